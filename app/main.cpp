@@ -1,0 +1,173 @@
+#include "app/ZWCommand.h"
+#include "host/ZWLocale.h"
+#include "host/ZWMarentaSetup.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <cstdio>
+#include <memory>
+
+std::vector<ZWCommand>& ZWCommandRegistry::Commands()
+{
+    static std::vector<ZWCommand> commands;
+    return commands;
+}
+
+const ZWCommand* ZWCommandRegistry::Find(const QString& name)
+{
+    for (const ZWCommand& c : Commands())
+        if (c.name == name)
+            return &c;
+    return nullptr;
+}
+
+QTextStream& Out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+QTextStream& Err()
+{
+    static QTextStream stream(stderr);
+    return stream;
+}
+
+namespace {
+
+void PrintUsage(QTextStream& s)
+{
+    s << "Usage: zwinformes [GLOBAL OPTIONS] [COMMAND] [ARGS...]\n"
+         "\n"
+         "Without a command, opens the desktop application.\n"
+         "\n"
+         "Commands:\n";
+    std::vector<const ZWCommand*> sorted;
+    for (const ZWCommand& c : ZWCommandRegistry::Commands())
+        sorted.push_back(&c);
+    std::sort(sorted.begin(), sorted.end(), [](auto a, auto b) { return a->name < b->name; });
+    for (const ZWCommand* c : sorted)
+        s << "  " << c->name.leftJustified(18) << c->summary << "\n";
+    s << "\n"
+         "Global options (before or after the command):\n"
+         "  --locale L        number and date conventions (en_US, es_ES, C...)\n"
+         "  --tz ZONE         time zone of report periods (Europe/Madrid, UTC...)\n"
+         "  --report-dir DIR  folder of the .XRPT reports\n"
+         "  --data-dir DIR    folder of styles and relative pictures\n"
+         "  --db URL          logger database: sqlite:PATH or postgresql://user@host:port/db\n"
+         "\n"
+         "'zwinformes COMMAND --help' describes a command.\n";
+    s.flush();
+}
+
+// Takes the global options out of the argument list and applies them.
+// Returns false (with a message) when one is malformed.
+bool TakeGlobalOptions(QStringList& args, QString& error)
+{
+    static const QStringList names = {QStringLiteral("--locale"), QStringLiteral("--tz"),
+        QStringLiteral("--report-dir"), QStringLiteral("--data-dir"), QStringLiteral("--db")};
+    for (int i = 0; i < args.size();) {
+        QString name = args[i];
+        QString value;
+        bool hasValue = false;
+        const qsizetype eq = name.indexOf(QLatin1Char('='));
+        if (name.startsWith(QLatin1String("--")) && eq > 0) {
+            value = name.mid(eq + 1);
+            name = name.left(eq);
+            hasValue = true;
+        }
+        if (!names.contains(name) || args[i] == QLatin1String("--")) {
+            if (args[i] == QLatin1String("--"))
+                break;
+            ++i;
+            continue;
+        }
+        args.removeAt(i);
+        if (!hasValue) {
+            if (i >= args.size()) {
+                error = QStringLiteral("option %1 needs a value").arg(name);
+                return false;
+            }
+            value = args.takeAt(i);
+        }
+        if (name == QLatin1String("--locale")) {
+            if (!ZWSetLocaleOverride(value)) {
+                error = QStringLiteral("unknown locale '%1'").arg(value);
+                return false;
+            }
+        } else if (name == QLatin1String("--tz")) {
+            qputenv("TZ", value.toLocal8Bit());
+            tzset();
+        } else if (name == QLatin1String("--report-dir")) {
+            ZWMarentaSetup::instance().SetReportDirectory(value);
+        } else if (name == QLatin1String("--data-dir")) {
+            ZWMarentaSetup::instance().SetDataDirectory(value);
+        } else if (name == QLatin1String("--db")) {
+            ZWMarentaSetup::instance().SetLoggerDatabase(value);
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args << QString::fromLocal8Bit(argv[i]);
+
+    QString error;
+    if (!TakeGlobalOptions(args, error)) {
+        Err() << "zwinformes: " << error << "\n";
+        Err().flush();
+        return ExitUsage;
+    }
+
+    if (!args.isEmpty() && (args[0] == QLatin1String("--help") || args[0] == QLatin1String("-h")
+                               || args[0] == QLatin1String("help"))) {
+        PrintUsage(Out());
+        return ExitOk;
+    }
+
+    const ZWCommand* command = nullptr;
+    if (!args.isEmpty()) {
+        command = ZWCommandRegistry::Find(args[0]);
+        if (!command) {
+            Err() << "zwinformes: unknown command '" << args[0] << "'\n\n";
+            PrintUsage(Err());
+            return ExitUsage;
+        }
+        args.removeFirst();
+    } else {
+        command = ZWCommandRegistry::Find(QStringLiteral("gui"));
+        if (!command) {
+            PrintUsage(Err());
+            return ExitUsage;
+        }
+    }
+
+    QCoreApplication::setOrganizationName(QStringLiteral("ZWInformes"));
+    QCoreApplication::setApplicationName(QStringLiteral("zwinformes"));
+    // Headless commands that draw need fonts, hence a GUI application, but
+    // never a display.
+    if (command->needs == ZWCommand::Needs::Gui && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::unique_ptr<QCoreApplication> app;
+    switch (command->needs) {
+    case ZWCommand::Needs::Core:
+        app = std::make_unique<QCoreApplication>(argc, argv);
+        break;
+    case ZWCommand::Needs::Gui:
+        app = std::make_unique<QGuiApplication>(argc, argv);
+        break;
+    case ZWCommand::Needs::Widgets:
+        app = std::make_unique<QApplication>(argc, argv);
+        break;
+    }
+    const int status = command->run(args);
+    Out().flush();
+    Err().flush();
+    return status;
+}
