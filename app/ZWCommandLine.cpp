@@ -20,6 +20,12 @@ int ZWCommandLine::Parse(const QStringList& args)
         return UsageError(m_parser.errorText());
     if (m_parser.isSet(QStringLiteral("help"))) {
         QString help = m_parser.helpText();
+        // The parser names the program by its path; name the command instead.
+        const qsizetype eol = help.indexOf(QLatin1Char('\n'));
+        const QString first = help.left(eol);
+        const qsizetype options = first.indexOf(QLatin1String(" [options]"));
+        if (first.startsWith(QLatin1String("Usage: ")) && options > 0)
+            help = QStringLiteral("Usage: zwinformes ") + m_command + first.mid(options) + help.mid(eol);
         Out() << help;
         Out().flush();
         return ExitOk;
