@@ -1,0 +1,85 @@
+#include "viewer/ZWViewZoom.h"
+
+#include "host/ZWMath.h"
+#include "host/ZWNoValue.h"
+
+#include <algorithm>
+#include <cmath>
+
+bool ZWViewZoom::IsFit(double factor)
+{
+    return factor <= 0.0 || IsNoValue(factor);
+}
+
+double ZWViewZoom::FitFactor(double clientWidth, double clientHeight, double pixelsPerMmX, double pixelsPerMmY,
+    double pageWidthMm, double pageHeightMm)
+{
+    if (pixelsPerMmX <= 0 || pixelsPerMmY <= 0 || pageWidthMm <= 0 || pageHeightMm <= 0)
+        return ZW_NO_VALUE;
+    return std::min(clientWidth / pixelsPerMmX / pageWidthMm, clientHeight / pixelsPerMmY / pageHeightMm);
+}
+
+std::optional<double> ZWViewZoom::ZoomIn(double factor)
+{
+    if (IsFit(factor)) {
+        const double current = std::fabs(factor);
+        for (int k = 1; k < SelectorEntries; ++k)
+            if (FactorOfIndex(k) > current)
+                return FactorOfIndex(k);
+        return std::nullopt;
+    }
+    const double next = factor + Step;
+    if (next > MaxFactor)
+        return std::nullopt;
+    return next;
+}
+
+std::optional<double> ZWViewZoom::ZoomOut(double factor)
+{
+    if (IsFit(factor)) {
+        const double current = std::fabs(factor);
+        for (int k = SelectorEntries - 1; k >= 1; --k)
+            if (FactorOfIndex(k) < current)
+                return FactorOfIndex(k);
+        return std::nullopt;
+    }
+    const double next = factor - Step;
+    if (next < MinFactor)
+        return std::nullopt;
+    return next;
+}
+
+bool ZWViewZoom::CanZoomIn(double factor)
+{
+    return std::fabs(factor) < MaxFactor;
+}
+
+bool ZWViewZoom::CanZoomOut(double factor)
+{
+    return std::fabs(factor) > MinFactor;
+}
+
+int ZWViewZoom::SelectorIndex(double factor)
+{
+    if (IsFit(factor))
+        return 0;
+    return std::clamp(int(2.0 * factor), 0, SelectorEntries - 1);
+}
+
+ZWViewZoom::Placement ZWViewZoom::Place(double factor, double pageWidthMm, double pageHeightMm, double roundedMm,
+    double pixelsPerMmX, double pixelsPerMmY, double rectWidth, double rectHeight, int scrollX, int scrollY)
+{
+    const double z = IsNoValue(factor) ? 1.0 : std::fabs(factor);
+    Placement p;
+    p.width = z * pageWidthMm * pixelsPerMmX;
+    p.height = z * pageHeightMm * pixelsPerMmY;
+    p.roundX = z * roundedMm * pixelsPerMmX;
+    p.roundY = z * roundedMm * pixelsPerMmY;
+    p.x = (rectWidth - p.width) * 0.5;
+    p.y = (rectHeight - p.height) * 0.5;
+    if (roundi(p.x) < 0)
+        p.x = -scrollX;
+    if (roundi(p.y) < 0)
+        p.y = -scrollY;
+    return p;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+
+// The zoom rules of the report viewer, apart from any window.
+//
+// A page window's factor is positive for a fixed zoom (1.0 = real size),
+// negative in fit-to-window mode (its absolute value the factor fitted to
+// the present window), or the no-value marker when fit was asked for but the
+// window cannot be measured yet.
+class ZWViewZoom
+{
+public:
+    static constexpr double MinFactor = 0.5;
+    static constexpr double MaxFactor = 10.0;
+    static constexpr double Step = 0.5;
+    // The zoom selector: entry 0 is fit to window, entry k >= 1 the factor k × 0.5.
+    static constexpr int SelectorEntries = 21;
+
+    static bool IsFit(double factor);
+    // The factor that fits a page (mm) into a client area (pixels) at the
+    // given pixels per millimetre: the smaller of the two ratios.
+    static double FitFactor(double clientWidth, double clientHeight, double pixelsPerMmX, double pixelsPerMmY,
+        double pageWidthMm, double pageHeightMm);
+    // The next factor up or down from `factor`, or nothing when it would
+    // leave 0.5 .. 10.0. From fit mode the steps go to the next multiple of
+    // 0.5 beyond the fitted factor.
+    static std::optional<double> ZoomIn(double factor);
+    static std::optional<double> ZoomOut(double factor);
+    static bool CanZoomIn(double factor);
+    static bool CanZoomOut(double factor);
+    // The selector entry that shows `factor`.
+    static int SelectorIndex(double factor);
+    static double FactorOfIndex(int index) { return index * 50 * 0.01; }
+
+    // Where a page goes in a rectangle of the device: centred when it fits,
+    // else at minus the scroll position.
+    struct Placement
+    {
+        double x = 0, y = 0, width = 0, height = 0, roundX = 0, roundY = 0;
+    };
+    static Placement Place(double factor, double pageWidthMm, double pageHeightMm, double roundedMm,
+        double pixelsPerMmX, double pixelsPerMmY, double rectWidth, double rectHeight, int scrollX, int scrollY);
+};
