@@ -1,0 +1,104 @@
+#include "app/ZWReportJob.h"
+
+#include "app/ZWCommand.h"
+#include "app/ZWCommandLine.h"
+#include "app/ZWTerminalProgress.h"
+#include "host/ZWDriverSupport.h"
+#include "host/ZWLoadString.h"
+#include "host/ZWLoggerUrl.h"
+#include "host/ZWMarentaSetup.h"
+#include "host/ZWSqlLoggerStore.h"
+#include "viewer/ZWUserInterval.h"
+
+#include <QFileInfo>
+#include <QThread>
+
+void ZWReportJob::AddOptions(QCommandLineParser& p)
+{
+    p.addOption({QStringLiteral("unit"), QStringLiteral("day, week, month, 3month, year or user (default day)."),
+        QStringLiteral("U"), QStringLiteral("day")});
+    p.addOption({QStringLiteral("date"),
+        QStringLiteral("A date in the period (default: now, the period that contains the present)."),
+        QStringLiteral("DATETIME")});
+    p.addOption({QStringLiteral("now"), QStringLiteral("The present (default: the clock)."), QStringLiteral("DATETIME")});
+    p.addOption({QStringLiteral("from"), QStringLiteral("Start of a user interval."), QStringLiteral("DATETIME")});
+    p.addOption({QStringLiteral("to"), QStringLiteral("End of a user interval."), QStringLiteral("DATETIME")});
+}
+
+namespace {
+
+bool ReadDate(QCommandLineParser& p, const QString& option, ZWDateTime& out, QString& error)
+{
+    if (!String2DateTime(out, p.value(option))) {
+        error = QStringLiteral("--%1: '%2' is not a date-time (use 2024-03-05T09:05:07)").arg(option, p.value(option));
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int ZWReportJob::Prepare(ZWCommandLine& cl, const QString& report)
+{
+    QCommandLineParser& p = cl.Parser();
+    const std::optional<int> unit = ZWReportPeriod::UnitFromName(p.value(QStringLiteral("unit")));
+    if (!unit)
+        return cl.UsageError(QStringLiteral("unknown unit '%1'").arg(p.value(QStringLiteral("unit"))));
+    QString error;
+    ZWDateTime now = ZWDateTime::LTC();
+    if (p.isSet(QStringLiteral("now")) && !ReadDate(p, QStringLiteral("now"), now, error))
+        return cl.UsageError(error);
+    ZWDateTime date = now;
+    if (p.isSet(QStringLiteral("date")) && !ReadDate(p, QStringLiteral("date"), date, error))
+        return cl.UsageError(error);
+    ZWDateTime from, to;
+    if (*unit == ID_GROUPBY_USER) {
+        if (!p.isSet(QStringLiteral("from")) || !p.isSet(QStringLiteral("to")))
+            return cl.UsageError(QStringLiteral("--unit user needs --from and --to"));
+        if (!ReadDate(p, QStringLiteral("from"), from, error) || !ReadDate(p, QStringLiteral("to"), to, error))
+            return cl.UsageError(error);
+        const ZWUserInterval::Check check = ZWUserInterval::Validate(from, to, now);
+        if (check != ZWUserInterval::Accepted) {
+            Err() << "zwinformes: " << ZWLoadString(check) << "\n";
+            return ExitFailed;
+        }
+    }
+
+    const QString dbText = ZWMarentaSetup::instance().GetLoggerDatabase();
+    ZWLoggerUrl url;
+    if (!url.Parse(dbText, &error))
+        return cl.UsageError(QStringLiteral("--db: %1").arg(error));
+    auto store = std::make_shared<ZWSqlLoggerStore>(url);
+    if (!store->Open(&error)) {
+        Err() << "zwinformes: cannot open the logger database " << url.Display() << ": " << error << "\n";
+        return ExitFailed;
+    }
+    ZWDriverSupport::SetStore(store);
+
+    m_path = report;
+    if (!m_data.Setup(m_path)) {
+        Err() << "zwinformes: cannot read the report: " << m_data.DesignError() << "\n";
+        return ExitFailed;
+    }
+    m_data.SetNow(now);
+    ZWReportPeriod& period = m_data.Period();
+    period.Reset(*unit);
+    if (*unit == ID_GROUPBY_USER)
+        period.SetupUserInterval(from, to);
+    period.SetupData(date, *unit, true, now);
+    return -1;
+}
+
+bool ZWReportJob::Gather()
+{
+    ZWTerminalProgress progress;
+    bool ok = false;
+    // The gathering runs on a worker thread of its own, as in the viewer.
+    std::unique_ptr<QThread> worker(QThread::create([&] { ok = m_data.SetupDataWork(true, &progress); }));
+    worker->start();
+    worker->wait();
+    progress.End(ok);
+    if (!ok)
+        Err() << "zwinformes: the logged data could not be read: " << m_data.LastError() << "\n";
+    return ok;
+}

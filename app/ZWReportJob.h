@@ -1,0 +1,32 @@
+#pragma once
+
+#include "viewer/ZWReportData.h"
+
+#include <QCommandLineParser>
+#include <QString>
+
+class ZWCommandLine;
+
+// What the values and render commands share: the report, the logger
+// database, the unit and date of the period, and a gathering run on a
+// worker thread with a progress bar on the terminal.
+class ZWReportJob
+{
+public:
+    // Adds --unit, --date, --now, --from, --to to the parser (--db and the
+    // other global options are taken before any command).
+    static void AddOptions(QCommandLineParser& parser);
+    // Reads the options, opens the database and the report and sets the
+    // period. Returns -1 to go on or the exit status to return.
+    int Prepare(ZWCommandLine& cl, const QString& report);
+    // Gathers the period's data and computes the value document. False (with
+    // a message on stderr) when the logged data could not be read.
+    bool Gather();
+
+    ZWReportData& Data() { return m_data; }
+    const QString& ReportPath() const { return m_path; }
+
+private:
+    ZWReportData m_data;
+    QString m_path;
+};
