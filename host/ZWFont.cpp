@@ -33,7 +33,7 @@ void ZWInstallFontSubstitutions()
 QFont EzCreateFont(const QPaintDevice* device, const QString& face, int deciPointHeight, int deciPointWidth,
     int attributes, bool logicalResolution)
 {
-    if (qGuiApp)
+    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
         ZWInstallFontSubstitutions();
     QFont font(face.isEmpty() ? QStringLiteral("Arial") : face);
     // Very large sizes are drawn as outlines by Qt; the bound only keeps the

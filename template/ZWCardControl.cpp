@@ -99,8 +99,10 @@ bool ZWCardControl::GetFromXml(const XmlDocument::XmlNode& e)
     ZWXmlFields::Read(e, QStringLiteral("width"), width);
     ZWXmlFields::Read(e, QStringLiteral("height"), height);
     ZWXmlFields::ReadColor(e, QStringLiteral("color"), color);
+    // "backcolor", "id" and "field" are left out when transparent or empty,
+    // so a missing one means exactly that, whatever the kind's default.
+    backcolor = ZW_NO_COLOR;
     ZWXmlFields::ReadColor(e, QStringLiteral("backcolor"), backcolor);
-    // An id or field not written was empty when written.
     id = e.Value(QStringLiteral("id"));
     field = e.Value(QStringLiteral("field"));
     return true;

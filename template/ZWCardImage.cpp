@@ -169,7 +169,8 @@ void ZWCardImage::Draw(QPainter& dc, const tagDraw& draw)
         dc.drawImage(device, image);
     } else {
         if (drawImage.size() != size) {
-            const bool cursor = qGuiApp && QThread::currentThread() == qGuiApp->thread()
+            const auto* gui = qobject_cast<QGuiApplication*>(QCoreApplication::instance());
+            const bool cursor = gui && QThread::currentThread() == gui->thread()
                 && QGuiApplication::platformName() != QLatin1String("offscreen");
             if (cursor)
                 QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));

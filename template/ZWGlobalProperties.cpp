@@ -10,7 +10,7 @@ namespace {
 
 quint32 ButtonFace()
 {
-    if (qGuiApp)
+    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
         return ZWQColorToColorRef(QGuiApplication::palette().color(QPalette::Button));
     return ZWRGB(240, 240, 240);
 }
