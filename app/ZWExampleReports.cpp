@@ -52,86 +52,70 @@ QByteArray BackgroundPng(int widthMm, int heightMm)
     return Png(image);
 }
 
-ZWCardLabel* AddLabel(ZWTemplatePage& page, double x, double y, double w, double h, const QString& text,
-    double size = 10.0, int style = 0, quint32 colour = Black, int horizontal = ZWCardLabel::AlignLeft)
+// Appends a default card of kind Card at (x, y), w × h mm, to the page.
+template <typename Card>
+Card* Add(ZWTemplatePage& page, double x, double y, double w, double h)
 {
-    auto card = std::make_unique<ZWCardLabel>();
+    auto card = std::make_unique<Card>();
     card->x = x;
     card->y = y;
     card->width = w;
     card->height = h;
+    Card* raw = card.get();
+    page.cards.push_back(std::move(card));
+    return raw;
+}
+
+ZWCardLabel* AddLabel(ZWTemplatePage& page, double x, double y, double w, double h, const QString& text,
+    double size = 10.0, int style = 0, quint32 colour = Black, int horizontal = ZWCardLabel::AlignLeft)
+{
+    ZWCardLabel* card = Add<ZWCardLabel>(page, x, y, w, h);
     card->value = text;
     card->size = size;
     card->style = style;
     card->color = colour;
     card->horizontalAlign = horizontal;
-    card->verticalAlign = ZWCardLabel::AlignCenter;
-    ZWCardLabel* raw = card.get();
-    page.cards.push_back(std::move(card));
-    return raw;
+    return card;
 }
 
 ZWCardFormule* AddFormule(ZWTemplatePage& page, double x, double y, double w, double h, const QString& formula,
     const QString& format, bool thousands = true)
 {
-    auto card = std::make_unique<ZWCardFormule>();
-    card->x = x;
-    card->y = y;
-    card->width = w;
-    card->height = h;
+    ZWCardFormule* card = Add<ZWCardFormule>(page, x, y, w, h);
     card->value = formula;
     card->SetFormat(format);
     card->thousandSeparator = thousands;
-    card->size = 10.0;
     card->style = Bold;
     card->color = DarkBlue;
     card->horizontalAlign = ZWCardLabel::AlignRight;
-    ZWCardFormule* raw = card.get();
-    page.cards.push_back(std::move(card));
-    return raw;
+    return card;
 }
 
 ZWCardDate* AddDate(ZWTemplatePage& page, double x, double y, double w, double h, const QString& field,
     const QString& format, double size = 10.0)
 {
-    auto card = std::make_unique<ZWCardDate>();
-    card->x = x;
-    card->y = y;
-    card->width = w;
-    card->height = h;
+    ZWCardDate* card = Add<ZWCardDate>(page, x, y, w, h);
     card->field = field;
     card->format = format;
     card->size = size;
     card->horizontalAlign = ZWCardLabel::AlignLeft;
-    ZWCardDate* raw = card.get();
-    page.cards.push_back(std::move(card));
-    return raw;
+    return card;
 }
 
 void AddShade(ZWTemplatePage& page, double x, double y, double w, double h, quint32 colour)
 {
     // A filled rectangle: an image card without a picture paints its colour.
-    auto card = std::make_unique<ZWCardImage>();
-    card->x = x;
-    card->y = y;
-    card->width = w;
-    card->height = h;
+    ZWCardImage* card = Add<ZWCardImage>(page, x, y, w, h);
     card->backcolor = colour;
     card->color = colour;
-    page.cards.push_back(std::move(card));
 }
 
 void AddLogo(ZWTemplatePage& page, double x, double y, double w, double h)
 {
-    auto logo = std::make_unique<ZWCardImage>();
-    logo->x = x;
-    logo->y = y;
-    logo->width = w;
-    logo->height = h;
+    ZWCardImage* logo = Add<ZWCardImage>(page, x, y, w, h);
     logo->backcolor = ZW_NO_COLOR;
     logo->horizontalAlign = ZWCardImage::AlignLeft;
     logo->SetPictureBytes(ZWExampleReports::LogoPng());
-    page.cards.push_back(std::move(logo));
 }
 
 std::unique_ptr<ZWCardLabel> Verdict(const QString& text, quint32 colour)
@@ -271,11 +255,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
         QStringLiteral(".04"), QStringLiteral("EUR/kWh"));
 
     AddLabel(first, 20.0, 186.0, 90.0, 10.0, QStringLiteral("Electricity budget (12 000 kWh):"), 11.0, Bold);
-    auto budget = std::make_unique<ZWCardConditioned>();
-    budget->x = 112.0;
-    budget->y = 186.0;
-    budget->width = 78.0;
-    budget->height = 10.0;
+    ZWCardConditioned* budget = Add<ZWCardConditioned>(first, 112.0, 186.0, 78.0, 10.0);
     budget->color = ZWRGB(96, 192, 96);
     budget->AddCondition(QStringLiteral("[Main meter.Active energy] <= ElectricityBudget"),
         Verdict(QStringLiteral("Within budget"), Green));
@@ -283,7 +263,6 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
         Verdict(QStringLiteral("Over budget"), Red));
     budget->level = 0;
     budget->ActualizeLevel();
-    first.cards.push_back(std::move(budget));
 
     AddLabel(first, 20.0, 200.0, 60.0, 8.0, QStringLiteral("Solar share:"), 10.0);
     AddFormule(first, 80.0, 200.0, 30.0, 8.0, QStringLiteral("PVShare"), QStringLiteral(".1"), false);
@@ -314,11 +293,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
         QStringLiteral(".1"), QStringLiteral("°C"));
 
     AddLabel(second, 20.0, 115.0, 90.0, 10.0, QStringLiteral("Office comfort:"), 11.0, Bold);
-    auto comfort = std::make_unique<ZWCardConditioned>();
-    comfort->x = 112.0;
-    comfort->y = 115.0;
-    comfort->width = 78.0;
-    comfort->height = 10.0;
+    ZWCardConditioned* comfort = Add<ZWCardConditioned>(second, 112.0, 115.0, 78.0, 10.0);
     comfort->color = ZWRGB(96, 192, 96);
     comfort->AddCondition(QStringLiteral("[Office.Temperature] >= 19 && [Office.Temperature] <= 26"),
         Verdict(QStringLiteral("Comfortable"), Green));
@@ -326,7 +301,6 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     comfort->AddCondition(QStringLiteral("[Office.Temperature] > 26"), Verdict(QStringLiteral("Too warm"), Red));
     comfort->level = 0;
     comfort->ActualizeLevel();
-    second.cards.push_back(std::move(comfort));
 
     auto note = AddLabel(second, 20.0, 135.0, 170.0, 8.0,
         QStringLiteral("Gauges show the mean of the period; counters show their increase over it."), 9.0, Italic,
@@ -398,16 +372,11 @@ ZWTemplate ZWExampleReports::LandscapeSummary()
     AddLabel(page, 20.0, 155.0, 60.0, 10.0, QStringLiteral("Self-sufficiency:"), 11.0, Bold);
     AddFormule(page, 80.0, 155.0, 30.0, 10.0, QStringLiteral("SelfSufficiency"), QStringLiteral(".1"), false);
     AddLabel(page, 111.0, 155.0, 10.0, 10.0, QStringLiteral("%"), 11.0, 0, Grey);
-    auto verdict = std::make_unique<ZWCardConditioned>();
-    verdict->x = 130.0;
-    verdict->y = 155.0;
-    verdict->width = 80.0;
-    verdict->height = 10.0;
+    ZWCardConditioned* verdict = Add<ZWCardConditioned>(page, 130.0, 155.0, 80.0, 10.0);
     verdict->AddCondition(QStringLiteral("SelfSufficiency >= 20"), Verdict(QStringLiteral("Good solar share"), Green));
     verdict->AddCondition(QStringLiteral("SelfSufficiency < 20"), Verdict(QStringLiteral("Low solar share"), Red));
     verdict->level = 0;
     verdict->ActualizeLevel();
-    page.cards.push_back(std::move(verdict));
 
     auto printed = AddDate(page, 20.0, 198.0, 120.0, 6.0, QStringLiteral("ACTUAL_DATE"),
         QStringLiteral("\"Printed on \"dd/MM/yyyy \"at\" hh:mm"), 8.0);
