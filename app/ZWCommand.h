@@ -18,6 +18,9 @@ struct ZWCommand
     // Receives the arguments after the subcommand's name; returns the exit
     // status: 0 success, 1 failure of the work itself, 2 usage error.
     std::function<int(const QStringList& args)> run;
+    // Left out of the usage text: commands the program runs on itself (the
+    // picture decoder) or that maintain the project (the example reports).
+    bool hidden = false;
 };
 
 class ZWCommandRegistry

@@ -1,4 +1,5 @@
 #include "app/ZWCommand.h"
+#include "host/ZWImageSupport.h"
 #include "host/ZWLocale.h"
 #include "host/ZWMarentaSetup.h"
 
@@ -45,7 +46,8 @@ void PrintUsage(QTextStream& s)
          "Commands:\n";
     std::vector<const ZWCommand*> sorted;
     for (const ZWCommand& c : ZWCommandRegistry::Commands())
-        sorted.push_back(&c);
+        if (!c.hidden)
+            sorted.push_back(&c);
     std::sort(sorted.begin(), sorted.end(), [](auto a, auto b) { return a->name < b->name; });
     for (const ZWCommand* c : sorted)
         s << "  " << c->name.leftJustified(18) << c->summary << "\n";
@@ -166,6 +168,9 @@ int main(int argc, char** argv)
         app = std::make_unique<QApplication>(argc, argv);
         break;
     }
+    // Risky picture formats are decoded by this same program, in a child
+    // process with limits.
+    ZWImageSupport::SetDecoderPath(QCoreApplication::applicationFilePath());
     const int status = command->run(args);
     Out().flush();
     Err().flush();

@@ -1,0 +1,90 @@
+#include "template/ZWPageRenderer.h"
+
+#include "host/ZWMath.h"
+
+#include <QPainter>
+#include <cmath>
+
+tagDraw ZWPageRenderer::MakeDraw(const QPaintDevice* device, const ZWGlobalProperties& properties, double zoom,
+    const QRect& target, int scrollX, int scrollY)
+{
+    const QPointF pxPerMm = ZWDevicePixelsPerMm(device);
+    const double z = std::fabs(zoom);
+    tagDraw draw;
+    draw.pageWidthMm = properties.width;
+    draw.pageHeightMm = properties.height;
+    draw.pageWidthPx = z * properties.width * pxPerMm.x();
+    draw.pageHeightPx = z * properties.height * pxPerMm.y();
+    draw.roundWidthPx = z * properties.rounded * pxPerMm.x();
+    draw.roundHeightPx = z * properties.rounded * pxPerMm.y();
+    draw.left = (target.width() - draw.pageWidthPx) * 0.5;
+    draw.top = (target.height() - draw.pageHeightPx) * 0.5;
+    // A page wider than the target starts at the scroll position instead.
+    if (roundi(draw.left) < 0)
+        draw.left = -scrollX;
+    if (roundi(draw.top) < 0)
+        draw.top = -scrollY;
+    draw.left += target.left();
+    draw.top += target.top();
+    draw.fontScale = zoom;
+    draw.logicalResolution = true;
+    return draw;
+}
+
+void ZWPageRenderer::DrawBackground(
+    QPainter& dc, const tagDraw& draw, const ZWGlobalProperties& properties, quint32 outColor, const QRect& clip)
+{
+    dc.save();
+    if (outColor != ZW_NO_COLOR)
+        dc.fillRect(clip, ZWColorRefToQColor(outColor));
+    // The page's edges truncated to whole pixels.
+    const auto edge = [](double v) { return int(std::clamp(v, -double(ZWRect::MaxExtent), double(ZWRect::MaxExtent))); };
+    const ZWRect page{edge(draw.left), edge(draw.top), edge(draw.left + draw.pageWidthPx),
+        edge(draw.top + draw.pageHeightPx)};
+    dc.fillRect(page.ToQRect(), Qt::white);
+    dc.restore();
+    properties.background->Draw(dc, draw);
+}
+
+void ZWPageRenderer::DrawCards(
+    QPainter& dc, const tagDraw& draw, const std::vector<std::unique_ptr<ZWCardControl>>& cards, int layers)
+{
+    for (int layer = 0; layer < layers; ++layer)
+        for (const auto& card : cards)
+            if (card->layer == layer)
+                card->Draw(dc, draw);
+}
+
+QSize ZWPageRenderer::PageSize(const ZWGlobalProperties& properties, double dpi)
+{
+    const double pxPerMm = std::round(dpi / 0.0254) / 1000.0;
+    const double w = properties.width * pxPerMm;
+    const double h = properties.height * pxPerMm;
+    if (!(w >= 1.0 && h >= 1.0 && w * h <= double(MaxPixels)))
+        return QSize();
+    return QSize(roundi(w), roundi(h));
+}
+
+QImage ZWPageRenderer::RenderPage(ZWTemplatePage& page, double dpi)
+{
+    if (!(dpi >= 1.0 && dpi <= 2400.0))
+        return QImage();
+    const QSize size = PageSize(page.properties, dpi);
+    if (!size.isValid())
+        return QImage();
+    QImage image(size, QImage::Format_RGB32);
+    if (image.isNull())
+        return image;
+    const int dotsPerMeter = int(std::round(dpi / 0.0254));
+    image.setDotsPerMeterX(dotsPerMeter);
+    image.setDotsPerMeterY(dotsPerMeter);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::TextAntialiasing, true);
+    const QRect target(QPoint(0, 0), size);
+    const tagDraw draw = MakeDraw(&image, page.properties, 1.0, target);
+    DrawBackground(painter, draw, page.properties, ZW_NO_COLOR, target);
+    DrawCards(painter, draw, page.cards);
+    painter.end();
+    return image;
+}

@@ -1,0 +1,67 @@
+#include "template/ZWTemplatePage.h"
+
+ZWTemplatePage::ZWTemplatePage(const ZWTemplatePage& other)
+    : properties(other.properties)
+{
+    cards.reserve(other.cards.size());
+    for (const auto& card : other.cards)
+        cards.push_back(card->GetClone());
+}
+
+ZWTemplatePage& ZWTemplatePage::operator=(const ZWTemplatePage& other)
+{
+    if (this != &other) {
+        ZWTemplatePage copy(other);
+        *this = std::move(copy);
+    }
+    return *this;
+}
+
+bool ZWTemplatePage::SaveTemplate(XmlDocument::XmlNode design) const
+{
+    XmlDocument::XmlNode page = design.NewChild(QStringLiteral("page"));
+    properties.SaveTemplate(page);
+    for (const auto& card : cards)
+        card->SaveTemplate(page, true);
+    return true;
+}
+
+bool ZWTemplatePage::SetTemplate(const XmlDocument::XmlNode& page)
+{
+    properties.DeleteBackground();
+    DeleteControlList();
+    properties.GetFromXml(page);
+    static const QString kinds[] = {QStringLiteral("image"), QStringLiteral("label"), QStringLiteral("date"),
+        QStringLiteral("formule"), QStringLiteral("conditioned")};
+    for (const XmlDocument::XmlNode& child : page.Children()) {
+        const QString name = child.Name();
+        for (const QString& kind : kinds) {
+            if (name != kind)
+                continue;
+            std::unique_ptr<ZWCardControl> card = ZWCardControl::CreateFromElement(kind);
+            card->GetFromXml(child);
+            cards.push_back(std::move(card));
+            break;
+        }
+    }
+    return true;
+}
+
+void ZWTemplatePage::DeleteControlList()
+{
+    cards.clear();
+}
+
+void ZWTemplatePage::UpdateStylesFromFile()
+{
+    for (const auto& card : cards)
+        card->UpdateStyleFromFile();
+}
+
+ZWCardControl* ZWTemplatePage::FindCard(const QString& cardId) const
+{
+    for (const auto& card : cards)
+        if (card->id == cardId)
+            return card.get();
+    return nullptr;
+}

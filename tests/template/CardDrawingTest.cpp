@@ -1,0 +1,685 @@
+// How cards draw themselves: the device mapping of the drawing record, the
+// editor's outline pixel by pixel, label placement and rotation, picture
+// placement and its resampling cache, page clipping and backgrounds.
+#include "host/ZWFont.h"
+#include "host/ZWImageSupport.h"
+#include "host/ZWMath.h"
+#include "template/ZWCardConditioned.h"
+#include "template/ZWCardImage.h"
+#include "template/ZWCardLabel.h"
+#include "template/ZWPageRenderer.h"
+#include "template/ZWTemplate.h"
+#include "tests/support/ZWTestSupport.h"
+#include "tests/template/TemplateTestSupport.h"
+
+#include <QFontInfo>
+#include <QPainter>
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace {
+
+using zwtest::InkBounds;
+using zwtest::PageDraw;
+using zwtest::WhiteImage;
+
+constexpr QRgb White = 0xFFFFFFFF;
+
+// ---------------------------------------------------------------- mapping
+
+TEST(DrawMapping, CardRectangles)
+{
+    struct Case
+    {
+        double left, top;
+        int scrollX, scrollY;
+        double x, y, w, h;
+        ZWRect expected;
+    };
+    // A 210 × 297 mm page at 2 pixels per mm.
+    const Case cases[] = {
+        {10.4, 20.6, 0, 0, 10.0, 20.0, 30.0, 40.0, {30, 61, 90, 141}},
+        {10.4, 20.6, 5, 7, 10.0, 20.0, 30.0, 40.0, {25, 54, 85, 134}},
+        {10.0, 20.0, 0, 0, 0.25, 0.25, 0.75, 0.25, {11, 21, 13, 22}}, // halves round away from zero
+        {10.0, 20.0, 0, 0, -1.25, -1.25, 1.0, 1.0, {8, 18, 10, 20}},
+        {0.0, 0.0, 0, 0, 0.0, 0.0, 210.0, 297.0, {0, 0, 420, 594}},
+        {-0.5, -0.5, 0, 0, 0.0, 0.0, 1.0, 1.0, {-1, -1, 1, 1}},
+    };
+    for (const Case& c : cases) {
+        tagDraw draw = PageDraw(2.0);
+        draw.left = c.left;
+        draw.top = c.top;
+        draw.scrollX = c.scrollX;
+        draw.scrollY = c.scrollY;
+        EXPECT_EQ(draw.CardRect(c.x, c.y, c.w, c.h), c.expected) << c.x << "," << c.y;
+    }
+}
+
+TEST(DrawMapping, PageRectangleIsOnePixelLarger)
+{
+    tagDraw draw = PageDraw(2.0);
+    draw.left = 10.4;
+    draw.top = 20.6;
+    draw.scrollX = 3;
+    EXPECT_EQ(draw.PageRect(), (ZWRect{7, 21, 428, 616}));
+}
+
+TEST(DrawMapping, VisibilityCountsTouchingEdges)
+{
+    const ZWRect area{10, 10, 20, 20};
+    struct Case
+    {
+        ZWRect rect;
+        bool visible;
+    };
+    const Case cases[] = {
+        {{0, 0, 9, 9}, false}, {{0, 0, 10, 10}, true}, {{20, 20, 30, 30}, true}, {{21, 0, 30, 30}, false},
+        {{0, 21, 30, 30}, false}, {{12, 12, 14, 14}, true}, {{0, 0, 100, 100}, true},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(tagDraw::IsVisible(area, c.rect), c.visible)
+            << c.rect.left << "," << c.rect.top << "," << c.rect.right << "," << c.rect.bottom;
+    tagDraw draw;
+    EXPECT_TRUE(draw.IsVisible(ZWRect{1000, 1000, 1001, 1001})); // no area: everything
+}
+
+TEST(DrawMapping, PagePlacementCentresOrScrolls)
+{
+    QImage device = WhiteImage(10, 10, 4000); // 4 px/mm
+    ZWGlobalProperties page;
+    page.width = 100.0;
+    page.height = 50.0;
+    page.rounded = 5.0;
+    tagDraw draw = ZWPageRenderer::MakeDraw(&device, page, 0.5, QRect(0, 0, 300, 300));
+    EXPECT_DOUBLE_EQ(draw.pageWidthPx, 200.0);
+    EXPECT_DOUBLE_EQ(draw.pageHeightPx, 100.0);
+    EXPECT_DOUBLE_EQ(draw.roundWidthPx, 10.0);
+    EXPECT_DOUBLE_EQ(draw.left, 50.0);
+    EXPECT_DOUBLE_EQ(draw.top, 100.0);
+    EXPECT_DOUBLE_EQ(draw.fontScale, 0.5);
+    // Wider than the target: starts at the scroll position.
+    draw = ZWPageRenderer::MakeDraw(&device, page, -2.0, QRect(0, 0, 300, 300), 40, 0);
+    EXPECT_DOUBLE_EQ(draw.pageWidthPx, 800.0);
+    EXPECT_DOUBLE_EQ(draw.left, -40.0);
+    EXPECT_DOUBLE_EQ(draw.top, 0.0); // 400 high in 300: at the vertical scroll position, 0
+}
+
+// ---------------------------------------------------------------- border
+
+// The top row of a 12-pixel wide outline, '1' where drawn.
+QString TopRow(const QImage& image, int left, int top, int width)
+{
+    QString row;
+    for (int x = left; x < left + width; ++x)
+        row += image.pixel(x, top) == White ? QLatin1Char('0') : QLatin1Char('1');
+    return row;
+}
+
+QString Column(const QImage& image, int x, int top, int height)
+{
+    QString column;
+    for (int y = top; y < top + height; ++y)
+        column += image.pixel(x, y) == White ? QLatin1Char('0') : QLatin1Char('1');
+    return column;
+}
+
+QImage Border(const ZWRect& rect, bool thick, bool dashed, bool dense, int phase)
+{
+    QImage image = WhiteImage(40, 40);
+    ZWCardControl card;
+    card.color = 0x0000FF;
+    QPainter painter(&image);
+    card.DrawBorder(painter, rect, thick, dashed, dense, phase);
+    return image;
+}
+
+TEST(DrawBorder, SolidThinAndThickIncludeBothEnds)
+{
+    const ZWRect rect{5, 6, 16, 14}; // 12 × 9 pixels, ends included
+    const QImage thin = Border(rect, false, false, false, 0);
+    EXPECT_EQ(InkBounds(thin), QRect(QPoint(5, 6), QPoint(16, 14)));
+    EXPECT_EQ(zwtest::CountColour(thin, qRgb(255, 0, 0)), 2 * 12 + 2 * 7);
+    EXPECT_EQ(thin.pixel(16, 14), qRgb(255, 0, 0));
+    EXPECT_EQ(thin.pixel(6, 7), White);
+
+    const QImage thick = Border(rect, true, false, false, 0);
+    EXPECT_EQ(InkBounds(thick), QRect(QPoint(5, 6), QPoint(16, 14)));
+    EXPECT_EQ(Column(thick, 10, 6, 9), QStringLiteral("111000111"));
+    EXPECT_EQ(TopRow(thick, 5, 10, 12), QStringLiteral("111000000111"));
+}
+
+TEST(DrawBorder, DashedPatternsForEveryPhase)
+{
+    struct Case
+    {
+        bool dense;
+        int phase;
+        const char* topRow; // the first 12 steps of the pattern
+    };
+    const Case cases[] = {
+        {false, 0, "011000011000"}, {false, 1, "001100001100"}, {false, 2, "000110000110"},
+        {false, 3, "000011000011"}, {false, 4, "100001100001"}, {false, 5, "110000110000"},
+        {false, 6, "011000011000"}, {false, -1, "110000110000"}, {true, 0, "011111011111"},
+        {true, 3, "111011111011"}, {true, 5, "111110111110"},
+    };
+    // 12 wide (x 4..15) and 8 high (y 4..11). The top row and then the right
+    // column share one running index; the left column and then the bottom
+    // row share another. Each corner pixel is visited by two edges.
+    const ZWRect rect{4, 4, 15, 11};
+    for (const Case& c : cases) {
+        const QString pattern = QString::fromLatin1(c.topRow).repeated(2);
+        const QImage image = Border(rect, false, true, c.dense, c.phase);
+        SCOPED_TRACE(testing::Message() << "phase " << c.phase << " dense " << c.dense);
+        EXPECT_EQ(TopRow(image, 4, 4, 11), pattern.left(11));           // steps 0..10
+        EXPECT_EQ(Column(image, 15, 5, 7), pattern.mid(13, 7));         // steps 13..19
+        EXPECT_EQ(Column(image, 4, 4, 7), pattern.left(7));             // steps 0..6
+        EXPECT_EQ(TopRow(image, 5, 11, 11), pattern.mid(9, 11));        // steps 9..19
+        const auto on = [&pattern](int step) { return pattern.at(step) == QLatin1Char('1'); };
+        EXPECT_EQ(image.pixel(15, 4) != White, on(11) || on(12));       // top-right
+        EXPECT_EQ(image.pixel(4, 11) != White, on(7) || on(8));         // bottom-left
+        EXPECT_EQ(image.pixel(15, 11) != White, on(19));                // bottom-right
+        EXPECT_EQ(InkBounds(image).isNull(), false);
+    }
+}
+
+TEST(DrawBorder, ThickDashesSetAllThreeLines)
+{
+    const QImage image = Border(ZWRect{4, 4, 15, 15}, true, true, false, 0);
+    // Top row pattern 011000011000, three lines deep.
+    for (int k = 0; k < 3; ++k)
+        EXPECT_EQ(TopRow(image, 4, 4 + k, 12).mid(3, 6), QStringLiteral("000011")) << k;
+    EXPECT_EQ(image.pixel(5, 4), qRgb(255, 0, 0));
+    EXPECT_EQ(image.pixel(5, 6), qRgb(255, 0, 0));
+}
+
+// ---------------------------------------------------------------- labels
+
+class LabelDrawing : public ::testing::Test
+{
+protected:
+    void SetUp() override { ZWInstallFontSubstitutions(); }
+
+    // Draws `label` on a 400 × 300 picture at 5 px/mm and returns it.
+    QImage Draw(ZWCardLabel& label, const tagDraw& draw)
+    {
+        QImage image = WhiteImage(400, 300);
+        QPainter painter(&image);
+        label.Draw(painter, draw);
+        painter.end();
+        return image;
+    }
+
+    // The extent the label measures for its text on such a picture.
+    QSizeF Extent(const ZWCardLabel& label, const tagDraw& draw)
+    {
+        QImage device = WhiteImage(1, 1);
+        const QFont font = label.CreateFont(&device, draw);
+        const QFontMetricsF metrics(font, &device);
+        return QSizeF(metrics.horizontalAdvance(label.GetDrawText()), metrics.height());
+    }
+};
+
+TEST_F(LabelDrawing, ArialIsDrawnWithTheMetricCompatibleLiberationSans)
+{
+    QImage device = WhiteImage(1, 1);
+    const QFont font = EzCreateFont(&device, QStringLiteral("Arial"), 100, 0, 3, true);
+    EXPECT_EQ(QFontInfo(font).family(), QStringLiteral("Liberation Sans"));
+    EXPECT_TRUE(font.bold());
+    EXPECT_TRUE(font.italic());
+    EXPECT_DOUBLE_EQ(font.pointSizeF(), 10.0);
+    const QFont plain = EzCreateFont(&device, QStringLiteral("Arial"), 125, 0, 4, true); // bit 2 means nothing
+    EXPECT_FALSE(plain.bold());
+    EXPECT_FALSE(plain.italic());
+    EXPECT_DOUBLE_EQ(plain.pointSizeF(), 12.5);
+}
+
+TEST_F(LabelDrawing, FontSizeFollowsTheScaleAndEscapementTheIntegerTenths)
+{
+    ZWCardLabel label;
+    label.size = 10.0;
+    label.style = 7;
+    tagDraw draw = PageDraw(5.0);
+    draw.fontScale = -1.5;
+    QImage device = WhiteImage(1, 1);
+    const QFont font = label.CreateFont(&device, draw);
+    EXPECT_DOUBLE_EQ(font.pointSizeF(), 15.0);
+    EXPECT_TRUE(font.bold() && font.italic());
+    label.orientation = 12.37;
+    EXPECT_EQ(label.Escapement(), 123);
+    label.orientation = -12.37;
+    EXPECT_EQ(label.Escapement(), -123);
+    label.orientation = 90.0;
+    EXPECT_EQ(label.Escapement(), 900);
+}
+
+TEST(LabelPlacement, TextStartForEachAlignmentAndAngle)
+{
+    struct Case
+    {
+        double orientation;
+        int horizontal, vertical;
+        double x, y;
+    };
+    // Card 200 × 60 pixels at (100, 200); text 80 × 20 pixels.
+    const Case cases[] = {
+        {0, 1, 4, 100, 200},
+        {0, 2, 4, 220, 200},
+        {0, 16, 4, 160, 200},
+        {0, 0, 4, 100, 200}, // any other value: left
+        {0, 1, 8, 100, 240},
+        {0, 1, 16, 100, 220},
+        {0, 1, 0, 100, 200}, // any other value: top
+        {90, 1, 4, 100, 280},
+        {90, 16, 16, 190, 270}, // the box is cy wide and cx high, centred
+        {180, 1, 4, 180, 220},
+        {270, 1, 4, 120, 200},
+        {12.37, 1, 4, 100, 217.1379},
+        {12.37, 16, 16, 158.7864, 228.8011},
+    };
+    const ZWRect card{100, 200, 300, 260};
+    for (const Case& c : cases) {
+        const QPointF start = ZWCardLabel::TextStart(card, 80.0, 20.0, c.orientation, c.horizontal, c.vertical);
+        EXPECT_NEAR(start.x(), c.x, 1e-3) << c.orientation << " " << c.horizontal << "/" << c.vertical;
+        EXPECT_NEAR(start.y(), c.y, 1e-3) << c.orientation << " " << c.horizontal << "/" << c.vertical;
+    }
+    const QSizeF extent = ZWCardLabel::RotatedExtent(80.0, 20.0, 90.0);
+    EXPECT_NEAR(extent.width(), 20.0, 1e-9);
+    EXPECT_NEAR(extent.height(), 80.0, 1e-9);
+}
+
+TEST_F(LabelDrawing, InkLiesWhereTheAlignmentPutsIt)
+{
+    struct Case
+    {
+        int horizontal, vertical;
+    };
+    const Case cases[] = {{1, 4}, {2, 4}, {16, 16}, {1, 8}, {2, 8}, {0, 0}};
+    const tagDraw draw = PageDraw(5.0);
+    for (const Case& c : cases) {
+        ZWCardLabel label;
+        label.value = QStringLiteral("HHHH");
+        label.size = 20.0;
+        label.x = 10.0;
+        label.y = 10.0;
+        label.width = 50.0;
+        label.height = 30.0;
+        label.horizontalAlign = c.horizontal;
+        label.verticalAlign = c.vertical;
+        const QImage image = Draw(label, draw);
+        const QRect ink = InkBounds(image);
+        ASSERT_FALSE(ink.isNull());
+        const ZWRect card = draw.CardRect(10, 10, 50, 30); // 50,50 – 300,200
+        const QSizeF extent = Extent(label, draw);
+        const QPointF start = ZWCardLabel::TextStart(card, extent.width(), extent.height(), 0, c.horizontal, c.vertical);
+        // Capital H: the ink starts a side bearing after the pen and its top
+        // lies within the text cell.
+        EXPECT_NEAR(ink.left(), std::round(start.x()), 4.0) << c.horizontal;
+        EXPECT_NEAR(ink.right() + 1, std::round(start.x()) + extent.width(), 5.0) << c.horizontal;
+        EXPECT_GE(ink.top(), std::round(start.y())) << c.vertical;
+        EXPECT_LE(ink.bottom(), std::round(start.y()) + extent.height()) << c.vertical;
+        if (c.horizontal == 1 || c.horizontal == 0) {
+            EXPECT_LT(ink.left() - card.left, 5);
+        }
+        if (c.horizontal == 2) {
+            EXPECT_LT(card.right - (ink.right() + 1), 5);
+        }
+        if (c.horizontal == 16) {
+            EXPECT_NEAR((ink.left() + ink.right() + 1) / 2.0, (card.left + card.right) / 2.0, 2.0);
+        }
+    }
+}
+
+TEST_F(LabelDrawing, NinetyDegreesCentredSitsInTheMiddleOfTheCard)
+{
+    ZWCardLabel label;
+    label.value = QStringLiteral("HHHHHH");
+    label.size = 16.0;
+    label.x = 10.0;
+    label.y = 5.0;
+    label.width = 20.0;
+    label.height = 50.0;
+    label.orientation = 90.0;
+    const tagDraw draw = PageDraw(5.0);
+    const QImage image = Draw(label, draw);
+    const QRect ink = InkBounds(image);
+    ASSERT_FALSE(ink.isNull());
+    // Turned a quarter counter-clockwise: taller than wide.
+    EXPECT_GT(ink.height(), 2 * ink.width());
+    const ZWRect card = draw.CardRect(10, 5, 20, 50);
+    EXPECT_NEAR((ink.left() + ink.right() + 1) / 2.0, (card.left + card.right) / 2.0, 3.0);
+    EXPECT_NEAR((ink.top() + ink.bottom() + 1) / 2.0, (card.top + card.bottom) / 2.0, 3.0);
+    const QSizeF extent = Extent(label, draw);
+    EXPECT_NEAR(ink.height(), extent.width(), 6.0);
+}
+
+TEST_F(LabelDrawing, EscapementTurnsTheTextByWholeTenths)
+{
+    ZWCardLabel label;
+    label.value = QStringLiteral("________________");
+    label.size = 14.0;
+    label.x = 5.0;
+    label.y = 5.0;
+    label.width = 70.0;
+    label.height = 40.0;
+    label.orientation = 12.37;
+    const QImage image = Draw(label, PageDraw(5.0));
+    // The underscores make one line: its slope is the angle drawn.
+    const QRect ink = InkBounds(image);
+    ASSERT_FALSE(ink.isNull());
+    const auto lowest = [&image](int x) {
+        for (int y = image.height() - 1; y >= 0; --y)
+            if (image.pixel(x, y) != White)
+                return y;
+        return -1;
+    };
+    const int x0 = ink.left() + 10, x1 = ink.right() - 10;
+    const double slope = double(lowest(x0) - lowest(x1)) / (x1 - x0);
+    EXPECT_NEAR(std::atan(slope) * 180.0 / M_PI, 12.3, 0.6);
+}
+
+TEST_F(LabelDrawing, TextIsClippedToTheCard)
+{
+    ZWCardLabel label;
+    label.value = QStringLiteral("A text much wider than its card");
+    label.size = 20.0;
+    label.x = 20.0;
+    label.y = 20.0;
+    label.width = 20.0;
+    label.height = 4.0;
+    const tagDraw draw = PageDraw(5.0);
+    const QImage image = Draw(label, draw);
+    const QRect ink = InkBounds(image);
+    ASSERT_FALSE(ink.isNull());
+    EXPECT_TRUE(draw.CardRect(20, 20, 20, 4).ToQRect().contains(ink));
+}
+
+TEST_F(LabelDrawing, OutsideTheVisibleAreaNothingIsDrawn)
+{
+    ZWCardLabel label;
+    label.value = QStringLiteral("HH");
+    tagDraw draw = PageDraw(5.0);
+    const ZWRect area{200, 200, 300, 300};
+    draw.visibleArea = &area;
+    EXPECT_TRUE(InkBounds(Draw(label, draw)).isNull());
+}
+
+TEST_F(LabelDrawing, PageClippingCutsTheRoundedCorner)
+{
+    ZWCardLabel label;
+    label.value = QStringLiteral("█████");
+    label.size = 30.0;
+    label.x = 0.0;
+    label.y = 0.0;
+    label.width = 40.0;
+    label.height = 20.0;
+    label.horizontalAlign = 1;
+    label.verticalAlign = 4;
+    tagDraw draw = PageDraw(5.0, 80.0, 60.0);
+    draw.roundWidthPx = 100.0;
+    draw.roundHeightPx = 100.0;
+    const QImage open = Draw(label, draw);
+    draw.clipToPage = true;
+    const QImage clipped = Draw(label, draw);
+    EXPECT_NE(open.pixel(2, 6), White);
+    EXPECT_EQ(clipped.pixel(2, 6), White);
+    EXPECT_NE(clipped.pixel(60, 30), White);
+}
+
+// ---------------------------------------------------------------- pictures
+
+TEST(ImageTarget, RectanglesForEachMode)
+{
+    struct Case
+    {
+        bool aspect, real;
+        int horizontal, vertical;
+        QRectF expected;
+    };
+    // Card 40 × 30 mm at (10, 20); a 100 × 50 pixel picture of 0.2 mm pixels
+    // (20 × 10 mm at real size).
+    const Case cases[] = {
+        {false, false, 1, 4, {10, 20, 40, 30}},
+        {false, false, 16, 16, {10, 20, 40, 30}},
+        {false, true, 1, 4, {10, 20, 20, 10}},
+        {false, true, 2, 8, {30, 40, 20, 10}},
+        {false, true, 16, 16, {20, 30, 20, 10}},
+        {false, true, 0, 0, {20, 30, 20, 10}}, // only 1, 2, 4 and 8 are special
+        {true, true, 1, 4, {10, 20, 20, 10}},  // real size wins
+        {true, false, 16, 16, {10, 25, 40, 20}},
+        {true, false, 1, 4, {10, 20, 40, 20}},
+        {true, false, 2, 8, {10, 30, 40, 20}},
+        {true, false, 3, 5, {10, 25, 40, 20}},
+    };
+    for (const Case& c : cases) {
+        const QRectF target = ZWCardImage::TargetRectMm(QRectF(10, 20, 40, 30), QSize(100, 50), QPointF(0.2, 0.2),
+            c.horizontal, c.vertical, c.aspect, c.real);
+        EXPECT_NEAR(target.x(), c.expected.x(), 1e-9) << c.aspect << c.real << c.horizontal << c.vertical;
+        EXPECT_NEAR(target.y(), c.expected.y(), 1e-9) << c.aspect << c.real << c.horizontal << c.vertical;
+        EXPECT_NEAR(target.width(), c.expected.width(), 1e-9);
+        EXPECT_NEAR(target.height(), c.expected.height(), 1e-9);
+    }
+}
+
+class ImageDrawing : public ::testing::Test
+{
+protected:
+    ZWCardImage Card(QColor colour, int w, int h)
+    {
+        ZWCardImage card;
+        card.x = 10.0;
+        card.y = 20.0;
+        card.width = 40.0;
+        card.height = 30.0;
+        EXPECT_TRUE(card.SetPictureBytes(zwtest::SolidPng(w, h, colour)));
+        return card;
+    }
+    QImage Draw(ZWCardImage& card, const tagDraw& draw)
+    {
+        QImage image = WhiteImage(400, 400); // 5 px/mm: 0.2 mm pixels
+        QPainter painter(&image);
+        card.Draw(painter, draw);
+        return image;
+    }
+};
+
+TEST_F(ImageDrawing, PicturesLandOnTheirTargetRectangles)
+{
+    struct Case
+    {
+        bool aspect, real;
+        int horizontal, vertical;
+        QRect expected;
+    };
+    const Case cases[] = {
+        {false, false, 16, 16, QRect(50, 100, 200, 150)},
+        {false, true, 1, 4, QRect(50, 100, 100, 50)}, // 1 picture pixel = 1 device pixel
+        {false, true, 2, 8, QRect(150, 200, 100, 50)},
+        {true, false, 16, 16, QRect(50, 125, 200, 100)},
+        {true, false, 16, 8, QRect(50, 150, 200, 100)},
+    };
+    for (const Case& c : cases) {
+        ZWCardImage card = Card(Qt::red, 100, 50);
+        card.maintainAspectRatio = c.aspect;
+        card.maintainRealSize = c.real;
+        card.horizontalAlign = c.horizontal;
+        card.verticalAlign = c.vertical;
+        const QImage image = Draw(card, PageDraw(5.0));
+        EXPECT_EQ(InkBounds(image), c.expected) << c.aspect << c.real << c.horizontal << c.vertical;
+        EXPECT_EQ(zwtest::CountColour(image, qRgb(255, 0, 0)), c.expected.width() * c.expected.height());
+    }
+}
+
+TEST_F(ImageDrawing, RepaintingAtOneZoomResamplesOnce)
+{
+    ZWCardImage card = Card(Qt::blue, 64, 48);
+    card.maintainAspectRatio = false;
+    const quint64 before = ZWImageSupport::ResampleCount();
+    tagDraw draw = PageDraw(5.0);
+    for (int i = 0; i < 5; ++i)
+        Draw(card, draw);
+    EXPECT_EQ(ZWImageSupport::ResampleCount() - before, 1u);
+    EXPECT_EQ(card.drawImage.size(), QSize(200, 150));
+    // Another zoom: once more, then cached again.
+    draw = PageDraw(2.5);
+    Draw(card, draw);
+    Draw(card, draw);
+    EXPECT_EQ(ZWImageSupport::ResampleCount() - before, 2u);
+    // Drawn at its own size the picture is never resampled.
+    ZWCardImage real = Card(Qt::blue, 64, 48);
+    real.maintainRealSize = true;
+    const quint64 atReal = ZWImageSupport::ResampleCount();
+    Draw(real, PageDraw(5.0));
+    Draw(real, PageDraw(5.0));
+    EXPECT_EQ(ZWImageSupport::ResampleCount(), atReal);
+}
+
+TEST_F(ImageDrawing, BackgroundColourOnlyWithoutPictureAndWhenAllowed)
+{
+    ZWCardImage empty;
+    empty.x = 10.0;
+    empty.y = 20.0;
+    empty.width = 40.0;
+    empty.height = 30.0;
+    empty.backcolor = ZWRGB(0, 255, 0);
+    tagDraw draw = PageDraw(5.0);
+    EXPECT_EQ(zwtest::CountColour(Draw(empty, draw), qRgb(0, 255, 0)), 200 * 150);
+    draw.noBackground = true;
+    EXPECT_TRUE(InkBounds(Draw(empty, draw)).isNull());
+
+    // A picture is drawn whatever the flag; its card's colour is not.
+    ZWCardImage picture = Card(Qt::red, 10, 10);
+    picture.backcolor = ZWRGB(0, 255, 0);
+    picture.maintainRealSize = true;
+    const QImage drawn = Draw(picture, draw);
+    EXPECT_EQ(zwtest::CountColour(drawn, qRgb(255, 0, 0)), 100);
+    EXPECT_EQ(zwtest::CountColour(drawn, qRgb(0, 255, 0)), 0);
+
+    ZWCardImage transparent;
+    transparent.backcolor = ZW_NO_COLOR;
+    EXPECT_TRUE(InkBounds(Draw(transparent, PageDraw(5.0))).isNull());
+}
+
+TEST_F(ImageDrawing, PageClippingCutsTheRoundedCorner)
+{
+    ZWCardImage fill;
+    fill.x = 0.0;
+    fill.y = 0.0;
+    fill.width = 80.0;
+    fill.height = 60.0;
+    fill.backcolor = ZWRGB(0, 0, 255);
+    tagDraw draw = PageDraw(5.0, 80.0, 60.0);
+    draw.roundWidthPx = 100.0;
+    draw.roundHeightPx = 100.0;
+    QImage open = Draw(fill, draw);
+    EXPECT_EQ(open.pixel(1, 1), qRgb(0, 0, 255));
+    draw.clipToPage = true;
+    QImage clipped = Draw(fill, draw);
+    EXPECT_EQ(clipped.pixel(1, 1), White);
+    EXPECT_EQ(clipped.pixel(398, 1), 0xFFFFFFFF); // beyond the page
+    EXPECT_EQ(clipped.pixel(200, 150), qRgb(0, 0, 255));
+    EXPECT_EQ(clipped.pixel(50, 2), qRgb(0, 0, 255)); // past the corner's curve
+}
+
+TEST_F(ImageDrawing, EditorClipsARealSizePictureToItsCard)
+{
+    ZWCardImage card = Card(Qt::red, 300, 300); // 60 × 60 mm, larger than the card
+    card.maintainRealSize = true;
+    tagDraw draw = PageDraw(5.0);
+    const QRect open = InkBounds(Draw(card, draw));
+    draw.clipToCard = true;
+    const QRect clipped = InkBounds(Draw(card, draw));
+    EXPECT_TRUE(open.contains(QRect(50, 100, 200, 150)));
+    EXPECT_GT(open.width(), 200);
+    EXPECT_EQ(clipped, QRect(50, 100, 200, 150));
+}
+
+// ---------------------------------------------------------------- conditioned
+
+TEST(ConditionedDrawing, DrawsOnlyTheCurrentAlternativeInItsOwnRectangle)
+{
+    ZWCardConditioned card;
+    card.x = 10.0;
+    card.y = 10.0;
+    card.width = 20.0;
+    card.height = 10.0;
+    auto red = std::make_unique<ZWCardImage>();
+    red->backcolor = ZWRGB(255, 0, 0);
+    red->x = 100.0; // moved with the conditioned card when drawn
+    auto picture = std::make_unique<ZWCardImage>();
+    picture->maintainAspectRatio = false;
+    picture->SetPictureBytes(zwtest::SolidPng(4, 4, Qt::blue));
+    card.AddCondition(QStringLiteral("a"), std::move(red));
+    card.AddCondition(QStringLiteral("b"), std::move(picture));
+
+    const auto draw = [&card]() {
+        QImage image = WhiteImage(200, 200);
+        QPainter painter(&image);
+        card.Draw(painter, PageDraw(5.0));
+        return image;
+    };
+    EXPECT_TRUE(InkBounds(draw()).isNull()); // no level yet
+    card.level = 0;
+    card.ActualizeLevel();
+    QImage image = draw();
+    EXPECT_EQ(InkBounds(image), QRect(50, 50, 100, 50));
+    EXPECT_EQ(zwtest::CountColour(image, qRgb(255, 0, 0)), 100 * 50);
+    card.level = 1;
+    card.ActualizeLevel();
+    image = draw();
+    EXPECT_EQ(zwtest::CountColour(image, qRgb(0, 0, 255)), 100 * 50);
+    EXPECT_EQ(zwtest::CountColour(image, qRgb(255, 0, 0)), 0);
+    EXPECT_EQ(card.layer, 0);
+    card.level = 2;
+    EXPECT_TRUE(InkBounds(draw()).isNull());
+}
+
+// ---------------------------------------------------------------- pages
+
+TEST(PageRendering, LayersPutTextOverPictures)
+{
+    ZWTemplatePage page;
+    page.properties.width = 40.0;
+    page.properties.height = 20.0;
+    auto label = std::make_unique<ZWCardLabel>();
+    label->value = QStringLiteral("█████████");
+    label->size = 40.0;
+    label->x = 0.0;
+    label->y = 0.0;
+    label->width = 40.0;
+    label->height = 20.0;
+    label->color = ZWRGB(255, 0, 0);
+    auto fill = std::make_unique<ZWCardImage>();
+    fill->x = 0.0;
+    fill->y = 0.0;
+    fill->width = 40.0;
+    fill->height = 20.0;
+    fill->backcolor = ZWRGB(0, 0, 255);
+    // The label comes first in the list, yet lies over the picture card.
+    page.cards.push_back(std::move(label));
+    page.cards.push_back(std::move(fill));
+    const QImage image = ZWPageRenderer::RenderPage(page, 127.0);
+    ASSERT_EQ(image.size(), QSize(200, 100));
+    EXPECT_EQ(image.pixel(100, 50), qRgb(255, 0, 0));
+    EXPECT_GT(zwtest::CountColour(image, qRgb(0, 0, 255)), 0);
+}
+
+TEST(PageRendering, ExamplePageAtRealSize)
+{
+    ZWTemplate report;
+    ASSERT_TRUE(report.Load(zwtest::SourcePath("examples/reports/MonthlyEnergy.XRPT")));
+    const QImage image = ZWPageRenderer::RenderPage(report.pages[0], 150.0);
+    EXPECT_EQ(image.size(), QSize(1240, 1754));
+    EXPECT_EQ(image.dotsPerMeterX(), 5906);
+    // The page background's blue band at the top; the budget verdict in green.
+    const QRgb band = image.pixel(1200, 20);
+    EXPECT_GT(qBlue(band), qRed(band) + 60);
+    bool green = false;
+    for (int y = roundi(186 * 5.906); y < roundi(196 * 5.906) && !green; ++y)
+        for (int x = roundi(112 * 5.906); x < roundi(190 * 5.906) && !green; ++x)
+            green = image.pixel(x, y) == qRgb(0, 130, 60);
+    EXPECT_TRUE(green);
+    EXPECT_TRUE(ZWPageRenderer::RenderPage(report.pages[0], 0.0).isNull());
+    EXPECT_TRUE(ZWPageRenderer::PageSize(report.pages[0].properties, 100000.0).isEmpty());
+}
+
+} // namespace

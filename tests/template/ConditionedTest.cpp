@@ -1,0 +1,107 @@
+// The conditioned card's alternatives: which one is current, its layer, and
+// deleting alternatives.
+#include "template/ZWCardConditioned.h"
+#include "template/ZWCardImage.h"
+#include "template/ZWCardLabel.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::unique_ptr<ZWCardConditioned> WithAlternatives(const QString& kinds)
+{
+    auto card = std::make_unique<ZWCardConditioned>();
+    for (const QChar kind : kinds) {
+        std::unique_ptr<ZWCardControl> control;
+        if (kind == QLatin1Char('L'))
+            control = std::make_unique<ZWCardLabel>();
+        else
+            control = std::make_unique<ZWCardImage>();
+        control->id = QStringLiteral("alt%1").arg(card->GetNumberOfConditions());
+        card->AddCondition(QStringLiteral("c%1").arg(card->GetNumberOfConditions()), std::move(control));
+    }
+    return card;
+}
+
+TEST(Conditioned, LayerFollowsTheCurrentAlternative)
+{
+    struct Case
+    {
+        const char* kinds;
+        int level;
+        int layer;
+    };
+    const Case cases[] = {
+        {"", -1, 1}, {"LI", 1, 0}, {"LI", 0, 1}, {"LI", -1, 1}, {"LI", 2, 1}, {"I", 0, 0}, {"IL", 1, 1},
+    };
+    for (const Case& c : cases) {
+        auto card = WithAlternatives(QString::fromLatin1(c.kinds));
+        card->level = c.level;
+        card->ActualizeLevel();
+        EXPECT_EQ(card->layer, c.layer) << c.kinds << " level " << c.level;
+    }
+}
+
+TEST(Conditioned, DeleteCondition)
+{
+    struct Case
+    {
+        int count;
+        int level;
+        int remove;
+        bool result;
+        int levelAfter;
+        const char* idsAfter;
+    };
+    const Case cases[] = {
+        {3, 2, 2, true, 1, "alt0,alt1"}, // the last of three: level on the new last
+        {3, 0, 0, true, 0, "alt1,alt2"}, // the first: the former second is current
+        {3, 2, 1, true, 1, "alt0,alt2"},
+        {1, 0, 0, true, -1, ""},        // the only one: none left
+        {3, 1, 3, false, 1, "alt0,alt1,alt2"},
+        {3, 1, -1, false, 1, "alt0,alt1,alt2"},
+        {0, -1, 0, false, -1, ""},
+    };
+    for (const Case& c : cases) {
+        auto card = WithAlternatives(QString(c.count, QLatin1Char('L')));
+        card->level = c.level;
+        card->ActualizeLevel();
+        EXPECT_EQ(card->DeleteCondition(c.remove), c.result) << c.count << "/" << c.remove;
+        EXPECT_EQ(card->level, c.levelAfter) << c.count << "/" << c.remove;
+        QStringList ids;
+        for (int i = 0; i < card->GetNumberOfConditions(); ++i)
+            ids << card->GetControl(i)->id;
+        EXPECT_EQ(ids.join(QLatin1Char(',')), QString::fromLatin1(c.idsAfter));
+        EXPECT_EQ(card->conditions.size(), card->controls.size());
+    }
+}
+
+TEST(Conditioned, DeletingThePictureMakesTheLabelCurrent)
+{
+    auto card = WithAlternatives(QStringLiteral("IL"));
+    card->level = 0;
+    card->ActualizeLevel();
+    EXPECT_EQ(card->layer, 0);
+    ASSERT_TRUE(card->DeleteCondition(0));
+    EXPECT_EQ(card->level, 0);
+    EXPECT_EQ(card->layer, 1);
+}
+
+TEST(Conditioned, OnlyPlainCardsCanBeAlternatives)
+{
+    ZWCardConditioned card;
+    EXPECT_FALSE(card.AddCondition(QStringLiteral("1"), std::make_unique<ZWCardConditioned>()));
+    EXPECT_FALSE(card.AddCondition(QStringLiteral("1"), std::make_unique<ZWCardControl>()));
+    EXPECT_FALSE(card.AddCondition(QStringLiteral("1"), nullptr));
+    EXPECT_EQ(card.GetNumberOfConditions(), 0);
+    EXPECT_EQ(card.FindControl(QStringLiteral("x")), -1);
+}
+
+TEST(Conditioned, FindControlById)
+{
+    auto card = WithAlternatives(QStringLiteral("LIL"));
+    EXPECT_EQ(card->FindControl(QStringLiteral("alt2")), 2);
+    EXPECT_EQ(card->FindControl(QStringLiteral("alt9")), -1);
+}
+
+} // namespace

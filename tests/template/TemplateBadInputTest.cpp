@@ -1,0 +1,226 @@
+// Templates from hostile or damaged files: reading never fails, keeps
+// defaults, and stays within bounds.
+#include "host/ZWRemote.h"
+#include "template/ZWCardDate.h"
+#include "template/ZWCardFormule.h"
+#include "template/ZWCardImage.h"
+#include "template/ZWCardLabel.h"
+#include "template/ZWPageRenderer.h"
+#include "template/ZWTemplate.h"
+#include "template/ZWXmlFields.h"
+#include "tests/support/ZWTestSupport.h"
+#include "tests/template/TemplateTestSupport.h"
+
+#include <QFile>
+#include <QPainter>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(TemplateBadInput, NumbersThatAreNotNumbersReadAsZero)
+{
+    struct DoubleCase
+    {
+        const char* text;
+        double value;
+    };
+    const DoubleCase doubles[] = {
+        {"12.50", 12.5}, {"  7", 7.0}, {"12.5mm", 12.5}, {"+3", 3.0}, {"-2.25", -2.25}, {".5", 0.5},
+        {"1e3", 1000.0}, {"abc", 0.0}, {"", 0.0}, {"-", 0.0}, {"--1", 0.0}, {"nan", 0.0}, {"inf", 0.0},
+        {"-inf", 0.0}, {"1e400", 0.0}, {"0x10", 0.0}, {"12,5", 12.0}, {"\xd9\xa1\xd9\xa2", 0.0},
+    };
+    for (const DoubleCase& c : doubles)
+        EXPECT_EQ(ZWXmlFields::ReadDouble(QString::fromUtf8(c.text)), c.value) << c.text;
+
+    struct IntCase
+    {
+        const char* text;
+        int value;
+    };
+    const IntCase ints[] = {
+        {"16", 16}, {"-5", -5}, {"12.7", 12}, {"x", 0}, {"99999999999", 0}, {" 4 ", 4}, {"2147483647", 2147483647},
+    };
+    for (const IntCase& c : ints)
+        EXPECT_EQ(ZWXmlFields::ReadInt(QString::fromUtf8(c.text)), c.value) << c.text;
+
+    struct ColourCase
+    {
+        const char* text;
+        quint32 value;
+    };
+    const ColourCase colours[] = {
+        {"FF0000", 0xFF0000u}, {"ff", 0xFFu}, {"0x0000FF", 0xFFu}, {"FFFFFFFF", 0xFFFFFFFFu}, {"zz", 0u},
+        {"-1", 0xFFFFFFFFu}, {"123456789", 0u}, {"", 0u}, {"00FF00xyz", 0x00FF00u},
+    };
+    for (const ColourCase& c : colours)
+        EXPECT_EQ(ZWXmlFields::ReadColor(QString::fromUtf8(c.text)), c.value) << c.text;
+
+    for (const char* text : {"t", "true", "TRUE", " T", "T ", "", "1"})
+        EXPECT_FALSE(ZWXmlFields::ReadBool(QString::fromUtf8(text))) << text;
+    EXPECT_TRUE(ZWXmlFields::ReadBool(QStringLiteral("T")));
+}
+
+TEST(TemplateBadInput, CardWithGarbageEverywhere)
+{
+    XmlDocument document;
+    ASSERT_TRUE(document.Parse("<formule><x>left</x><y>1e999</y><width>NaN</width><height>-</height>"
+                               "<color>green</color><backcolor>?</backcolor><style>bold</style>"
+                               "<horizontalAlign>right</horizontalAlign><size>big</size>"
+                               "<orientation>up</orientation><format>x.y.z</format><unknown>1</unknown>"
+                               "<thousandSeparator>yes</thousandSeparator></formule>"));
+    ZWCardFormule card;
+    card.GetFromXml(document.Root());
+    EXPECT_EQ(card.x, 0.0);
+    EXPECT_EQ(card.y, 0.0);
+    EXPECT_EQ(card.width, 0.0);
+    EXPECT_EQ(card.height, 0.0);
+    EXPECT_EQ(card.color, 0u);
+    EXPECT_EQ(card.backcolor, 0u);
+    EXPECT_EQ(card.style, 0);
+    EXPECT_EQ(card.horizontalAlign, 0);
+    EXPECT_EQ(card.size, 0.0);
+    EXPECT_EQ(card.integerDigits, 12); // "x" is one character, 'x' − '0' = 72, cut to 12
+    EXPECT_EQ(card.decimals, 3);       // "y.z" is too long: the default stays
+    EXPECT_FALSE(card.thousandSeparator);
+}
+
+TEST(TemplateBadInput, Base64ThatIsNotBase64)
+{
+    struct Case
+    {
+        const char* text;
+        bool ok;
+        const char* decoded;
+    };
+    const Case cases[] = {
+        {"aGVsbG8=", true, "hello"}, {"aGVsbG8", true, "hello"}, {"aGVs\n bG8=", true, "hello"},
+        {"", true, ""}, {"a", false, ""}, {"aGVs!G8=", false, ""}, {"aGVsbG8=aGVs", false, ""},
+        {"\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9", false, ""},
+    };
+    for (const Case& c : cases) {
+        QByteArray out("stale");
+        EXPECT_EQ(DecodeBase64(QString::fromUtf8(c.text), out), c.ok) << c.text;
+        EXPECT_EQ(out, QByteArray(c.decoded)) << c.text;
+    }
+    EXPECT_GE(DecodedBase64Size(QStringLiteral("aGVs bG8=")), 5);
+
+    XmlDocument document;
+    ASSERT_TRUE(document.Parse("<image><value>%%% not base64 %%%</value></image>"));
+    ZWCardImage card;
+    card.GetFromXml(document.Root());
+    EXPECT_FALSE(card.HasPicture());
+    EXPECT_TRUE(card.bytes.isEmpty());
+}
+
+TEST(TemplateBadInput, BytesThatAreNoPictureAreKeptAndWrittenBack)
+{
+    const QByteArray bytes("%PDF-1.4 this is not a picture at all");
+    XmlDocument document;
+    ASSERT_TRUE(document.Parse(QStringLiteral("<image><value>%1</value></image>").arg(EncodeBase64(bytes))));
+    ZWCardImage card;
+    card.GetFromXml(document.Root());
+    EXPECT_FALSE(card.HasPicture());
+    EXPECT_EQ(card.bytes, bytes);
+    XmlDocument out;
+    EXPECT_EQ(zwtest::WriteCard(card, out).Value("value"), EncodeBase64(bytes));
+}
+
+TEST(TemplateBadInput, FilesThatAreNoTemplate)
+{
+    QTemporaryDir dir;
+    const QByteArray example = zwtest::ReadFile(zwtest::SourcePath("examples/reports/MonthlyEnergy.XRPT"));
+    ASSERT_FALSE(example.isEmpty());
+    struct Case
+    {
+        const char* name;
+        QByteArray bytes;
+    };
+    const Case cases[] = {
+        {"malformed", "<design><page><label><x>1</x></page></design>"},
+        {"truncated", example.left(example.size() / 2)},
+        {"empty", ""},
+        {"binary", QByteArray("\x89PNG\r\n\x1a\n\0\0\0", 11)},
+        {"doctype", "<!DOCTYPE design [<!ENTITY a \"b\">]><design>&a;</design>"},
+    };
+    for (const Case& c : cases) {
+        const QString path = dir.filePath(QString::fromLatin1(c.name));
+        ASSERT_TRUE(zwtest::WriteFile(path, c.bytes));
+        ZWTemplate report;
+        report.name = QStringLiteral("before");
+        QString error;
+        EXPECT_FALSE(report.Load(path, &error)) << c.name;
+        EXPECT_FALSE(error.isEmpty()) << c.name;
+        EXPECT_TRUE(report.pages.empty()) << c.name;
+        EXPECT_TRUE(report.name.isEmpty()) << c.name;
+        EXPECT_FALSE(report.id.isEmpty()) << c.name;
+    }
+    ZWTemplate missing;
+    EXPECT_FALSE(missing.Load(dir.filePath("nothing-here.XRPT")));
+}
+
+TEST(TemplateBadInput, UnknownElementsAreSkipped)
+{
+    XmlDocument document;
+    ASSERT_TRUE(document.Parse("<design><id>i</id><future>x</future><page><width>100</width>"
+                               "<hologram><x>1</x></hologram><label><x>2</x><sparkle/></label>"
+                               "<Label><x>3</x></Label><control><label/></control></page>"
+                               "<page><page/></page></design>"));
+    ZWTemplate report;
+    report.Read(document);
+    ASSERT_EQ(report.pages.size(), 2u);
+    ASSERT_EQ(report.pages[0].cards.size(), 1u); // names are case-sensitive
+    EXPECT_DOUBLE_EQ(report.pages[0].cards[0]->x, 2.0);
+    EXPECT_TRUE(report.pages[1].cards.empty());
+}
+
+TEST(TemplateBadInput, AbsurdGeometryDrawsWithoutHarm)
+{
+    zwtest::TempDataDir data;
+    XmlDocument document;
+    ASSERT_TRUE(document.Parse("<design><page><width>1e300</width><height>0</height>"
+                               "<label><x>-1e300</x><y>1e300</y><width>1e300</width><height>1e300</height>"
+                               "<size>1e300</size><orientation>1e300</orientation><value>big</value></label>"
+                               "<image><width>1e300</width><height>1e-300</height><value>%1</value>"
+                               "<maintainAspectRatio>F</maintainAspectRatio></image></page></design>"));
+    ZWTemplate report;
+    report.Read(document);
+    ASSERT_EQ(report.pages.size(), 1u);
+    QImage image = zwtest::WhiteImage(200, 200);
+    QPainter painter(&image);
+    tagDraw draw = zwtest::PageDraw(5.0);
+    for (const auto& card : report.pages[0].cards)
+        card->Draw(painter, draw);
+    draw.pageWidthMm = 0.0;
+    for (const auto& card : report.pages[0].cards) {
+        card->Draw(painter, draw);
+        card->DrawBorder(painter, draw.CardRect(card->x, card->y, card->width, card->height), true, true, true, 3);
+    }
+    painter.end();
+    EXPECT_TRUE(ZWPageRenderer::RenderPage(report.pages[0], 150.0).isNull());
+}
+
+TEST(TemplateBadInput, FiftyMegabyteTemplate)
+{
+    // 40 000 labels of 1 KiB text each, and one 8 MB embedded "picture".
+    QByteArray xml = "<?xml version=\"1.0\"?><design><id>big</id><name>big</name><page>";
+    const QByteArray text(1024, 'k');
+    for (int i = 0; i < 40000; ++i)
+        xml += "<label><x>" + QByteArray::number(i % 200) + "</x><value>" + text + "</value></label>";
+    xml += "<image><value>" + QByteArray(8 * 1024 * 1024, 'A') + "</value></image>";
+    xml += "</page></design>";
+    ASSERT_GT(xml.size(), 50'000'000);
+    QTemporaryDir dir;
+    const QString path = dir.filePath("big.XRPT");
+    ASSERT_TRUE(zwtest::WriteFile(path, xml));
+    xml.clear();
+    ZWTemplate report;
+    ASSERT_TRUE(report.Load(path));
+    ASSERT_EQ(report.pages.size(), 1u);
+    EXPECT_EQ(report.CountCards(), 40001);
+    const auto& image = static_cast<const ZWCardImage&>(*report.pages[0].cards.back());
+    EXPECT_EQ(image.bytes.size(), 6 * 1024 * 1024);
+    EXPECT_FALSE(image.HasPicture());
+}
+
+} // namespace
