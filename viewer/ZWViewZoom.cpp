@@ -1,6 +1,5 @@
 #include "viewer/ZWViewZoom.h"
 
-#include "host/ZWMath.h"
 #include "host/ZWNoValue.h"
 
 #include <algorithm>
@@ -64,22 +63,4 @@ int ZWViewZoom::SelectorIndex(double factor)
     if (IsFit(factor))
         return 0;
     return std::clamp(int(2.0 * factor), 0, SelectorEntries - 1);
-}
-
-ZWViewZoom::Placement ZWViewZoom::Place(double factor, double pageWidthMm, double pageHeightMm, double roundedMm,
-    double pixelsPerMmX, double pixelsPerMmY, double rectWidth, double rectHeight, int scrollX, int scrollY)
-{
-    const double z = IsNoValue(factor) ? 1.0 : std::fabs(factor);
-    Placement p;
-    p.width = z * pageWidthMm * pixelsPerMmX;
-    p.height = z * pageHeightMm * pixelsPerMmY;
-    p.roundX = z * roundedMm * pixelsPerMmX;
-    p.roundY = z * roundedMm * pixelsPerMmY;
-    p.x = (rectWidth - p.width) * 0.5;
-    p.y = (rectHeight - p.height) * 0.5;
-    if (roundi(p.x) < 0)
-        p.x = -scrollX;
-    if (roundi(p.y) < 0)
-        p.y = -scrollY;
-    return p;
 }

@@ -32,13 +32,4 @@ public:
     // The selector entry that shows `factor`.
     static int SelectorIndex(double factor);
     static double FactorOfIndex(int index) { return index * 50 * 0.01; }
-
-    // Where a page goes in a rectangle of the device: centred when it fits,
-    // else at minus the scroll position.
-    struct Placement
-    {
-        double x = 0, y = 0, width = 0, height = 0, roundX = 0, roundY = 0;
-    };
-    static Placement Place(double factor, double pageWidthMm, double pageHeightMm, double roundedMm,
-        double pixelsPerMmX, double pixelsPerMmY, double rectWidth, double rectHeight, int scrollX, int scrollY);
 };

@@ -53,26 +53,4 @@ TEST(ZWViewZoom, FitTakesTheLimitingSide)
     EXPECT_EQ(ZWViewZoom::FitFactor(100, 100, pxPerMm, pxPerMm, 0, 297), ZW_NO_VALUE);
 }
 
-TEST(ZWViewZoom, PlacementCentresOrScrolls)
-{
-    // 4 px per mm, page 100 x 50 mm with 5 mm rounding.
-    auto p = ZWViewZoom::Place(1.0, 100, 50, 5, 4, 4, 600, 300, 7, 9);
-    EXPECT_DOUBLE_EQ(p.width, 400);
-    EXPECT_DOUBLE_EQ(p.height, 200);
-    EXPECT_DOUBLE_EQ(p.x, 100);
-    EXPECT_DOUBLE_EQ(p.y, 50);
-    EXPECT_DOUBLE_EQ(p.roundX, 20);
-    // Larger than the window: placed at minus the scroll position.
-    p = ZWViewZoom::Place(-2.0, 100, 50, 0, 4, 4, 600, 300, 7, 9);
-    EXPECT_DOUBLE_EQ(p.width, 800);
-    EXPECT_DOUBLE_EQ(p.x, -7);
-    EXPECT_DOUBLE_EQ(p.y, -9);
-    // -0.4 rounds to 0: still centred, not scrolled.
-    p = ZWViewZoom::Place(1.0, 100.2, 50, 0, 4, 4, 400, 300, 7, 9);
-    EXPECT_NEAR(p.x, -0.4, 1e-9);
-    // Fit not yet computable: drawn at real size.
-    p = ZWViewZoom::Place(ZW_NO_VALUE, 100, 50, 0, 4, 4, 600, 300, 0, 0);
-    EXPECT_DOUBLE_EQ(p.width, 400);
-}
-
 } // namespace

@@ -1,0 +1,203 @@
+#include "host/ZWNoValue.h"
+#include "host/ZWRemote.h"
+#include "template/ZWCardConditioned.h"
+#include "template/ZWCardDate.h"
+#include "template/ZWCardFormule.h"
+#include "template/ZWCardImage.h"
+#include "template/ZWCardLabel.h"
+#include "template/ZWColorRef.h"
+#include "tests/template/TemplateTestSupport.h"
+#include "viewer/ZWViewPage.h"
+
+#include <QPainter>
+#include <gtest/gtest.h>
+
+namespace {
+
+template <class Card>
+Card& Add(ZWTemplatePage& page, const QString& id, double x = 10, double y = 20, double w = 30, double h = 8)
+{
+    auto card = std::make_unique<Card>();
+    card->id = id;
+    card->x = x;
+    card->y = y;
+    card->width = w;
+    card->height = h;
+    Card& ref = *card;
+    page.cards.push_back(std::move(card));
+    return ref;
+}
+
+// A page with a label, a formula card, a date card, an image card and a
+// conditioned card (label "ok", label "bad", picture "pic").
+XmlDocument MakePage()
+{
+    ZWTemplatePage page;
+    Add<ZWCardLabel>(page, QStringLiteral("L")).value = QStringLiteral("Title");
+    Add<ZWCardFormule>(page, QStringLiteral("F")).value = QStringLiteral("[Main meter.Active energy]");
+    Add<ZWCardDate>(page, QStringLiteral("D"));
+    Add<ZWCardImage>(page, QStringLiteral("I"), 100, 100, 20, 20);
+    auto& conditioned = Add<ZWCardConditioned>(page, QStringLiteral("C"), 50, 50, 40, 10);
+    for (const char* id : {"ok", "bad"}) {
+        auto label = std::make_unique<ZWCardLabel>();
+        label->id = QString::fromLatin1(id);
+        label->value = QString::fromLatin1(id).toUpper();
+        conditioned.AddCondition(QStringLiteral("1 < 2"), std::move(label));
+    }
+    auto picture = std::make_unique<ZWCardImage>();
+    picture->id = QStringLiteral("pic");
+    conditioned.AddCondition(QStringLiteral("1 > 2"), std::move(picture));
+    XmlDocument doc;
+    doc.Create(QStringLiteral("design"));
+    page.SaveTemplate(doc.Root());
+    return doc;
+}
+
+class ZWViewPageTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_design = MakePage();
+        ASSERT_TRUE(m_view.SetTemplate(m_design.Node(QStringLiteral("/page"))));
+    }
+    template <class Card>
+    Card* Find(const char* id)
+    {
+        return dynamic_cast<Card*>(m_view.Page().FindCard(QString::fromLatin1(id)));
+    }
+
+    XmlDocument m_design;
+    ZWViewPage m_view;
+};
+
+TEST_F(ZWViewPageTest, ValuesGoToTheCardWithTheirIdAndKind)
+{
+    const QByteArray values = "<fields>"
+                              "<formule><id>F</id><value>1,234.5</value></formule>"
+                              "<date><id>D</id><value>01/03/2026</value></date>"
+                              "<label><id>L</id><value>New title</value></label>"
+                              "<formule><id>L</id><value>kind does not match</value></formule>"
+                              "<formule><id>nobody</id><value>ignored</value></formule>"
+                              "<label><value>no id</value></label>"
+                              "<conditioned><id>C</id><label><id>bad</id></label></conditioned>"
+                              "</fields>";
+    ASSERT_TRUE(m_view.SetUserData(values));
+    EXPECT_EQ(Find<ZWCardFormule>("F")->value, QStringLiteral("1,234.5"));
+    EXPECT_EQ(Find<ZWCardDate>("D")->value, QStringLiteral("01/03/2026"));
+    EXPECT_EQ(Find<ZWCardLabel>("L")->value, QStringLiteral("New title"));
+    auto* conditioned = Find<ZWCardConditioned>("C");
+    EXPECT_EQ(conditioned->level, 1);
+    EXPECT_EQ(conditioned->layer, 1);
+
+    // A malformed document is refused and the cards keep their values.
+    EXPECT_FALSE(m_view.SetUserData("<fields><formule><id>F</id><value>9</value>"));
+    EXPECT_EQ(Find<ZWCardFormule>("F")->value, QStringLiteral("1,234.5"));
+
+    // No alternative held: none is shown.
+    ASSERT_TRUE(m_view.SetUserData("<fields><conditioned><id>C</id></conditioned></fields>"));
+    EXPECT_EQ(conditioned->level, -1);
+    // An alternative id that the card does not have: none either.
+    ASSERT_TRUE(m_view.SetUserData("<fields><conditioned><id>C</id><label><id>zz</id></label></conditioned></fields>"));
+    EXPECT_EQ(conditioned->level, -1);
+}
+
+TEST_F(ZWViewPageTest, PicturesFromTheValueDocument)
+{
+    const QString png = EncodeBase64(zwtest::SolidPng(3, 2, Qt::red));
+    const QByteArray values = QStringLiteral("<fields><image><id>I</id><value>%1</value></image>"
+                                             "<conditioned><id>C</id><image><id>pic</id><value>%1</value></image>"
+                                             "</conditioned></fields>")
+                                  .arg(png)
+                                  .toUtf8();
+    ASSERT_TRUE(m_view.SetUserData(values));
+    EXPECT_EQ(Find<ZWCardImage>("I")->image.size(), QSize(3, 2));
+    auto* conditioned = Find<ZWCardConditioned>("C");
+    EXPECT_EQ(conditioned->level, 2);
+    // A picture alternative lies beneath the text cards.
+    EXPECT_EQ(conditioned->layer, 0);
+    EXPECT_EQ(dynamic_cast<ZWCardImage*>(conditioned->GetCurrentControl())->image.size(), QSize(3, 2));
+
+    // A value that decodes to nothing leaves the card empty.
+    ASSERT_TRUE(m_view.SetUserData("<fields><image><id>I</id><value>!!!</value></image></fields>"));
+    EXPECT_FALSE(Find<ZWCardImage>("I")->HasPicture());
+}
+
+TEST_F(ZWViewPageTest, ValuesAreAppliedAgainToANewTemplate)
+{
+    ASSERT_TRUE(m_view.SetUserData("<fields><formule><id>F</id><value>42</value></formule></fields>"));
+    ASSERT_TRUE(m_view.SetTemplate(m_design.Node(QStringLiteral("/page"))));
+    EXPECT_EQ(Find<ZWCardFormule>("F")->value, QStringLiteral("42"));
+}
+
+TEST_F(ZWViewPageTest, Modes)
+{
+    EXPECT_TRUE(m_view.SetMode(2));
+    EXPECT_FALSE(m_view.SetMode(2));
+    EXPECT_DOUBLE_EQ(m_view.Factor(), 2.0);
+    EXPECT_FALSE(m_view.SetMode(100));
+    EXPECT_TRUE(m_view.SetMode(7));
+    EXPECT_DOUBLE_EQ(m_view.Factor(), 1.0);
+    // Fit on a window twice as wide as the page's aspect: height-limited, stored negative.
+    const QPointF pxPerMm(4.0, 4.0);
+    EXPECT_TRUE(m_view.SetMode(0, QSize(2 * 210 * 4, 297 * 2), pxPerMm));
+    double factor = 0;
+    m_view.GetMode(factor);
+    EXPECT_DOUBLE_EQ(factor, -0.5);
+    // Without a window to measure: fit is pending.
+    EXPECT_TRUE(m_view.SetMode(0));
+    EXPECT_EQ(m_view.Factor(), ZW_NO_VALUE);
+}
+
+TEST_F(ZWViewPageTest, QuarterTurnThereAndBackIsExact)
+{
+    auto* label = Find<ZWCardLabel>("L");
+    label->horizontalAlign = 1;
+    label->verticalAlign = 8;
+    m_view.FlipCard(true);
+    EXPECT_DOUBLE_EQ(m_view.GetWidth(), 297.0);
+    EXPECT_DOUBLE_EQ(m_view.GetHeight(), 210.0);
+    // Right turn: x = new page width - y - height, y = old x.
+    EXPECT_DOUBLE_EQ(label->x, 297.0 - 20.0 - 8.0);
+    EXPECT_DOUBLE_EQ(label->y, 10.0);
+    EXPECT_DOUBLE_EQ(label->width, 8.0);
+    EXPECT_DOUBLE_EQ(label->height, 30.0);
+    // Left (1) now faces the top (4); bottom (8) now faces the left (1).
+    EXPECT_EQ(label->verticalAlign, 4);
+    EXPECT_EQ(label->horizontalAlign, 1);
+    m_view.FlipCard(false);
+    EXPECT_DOUBLE_EQ(m_view.GetWidth(), 210.0);
+    EXPECT_DOUBLE_EQ(label->x, 10.0);
+    EXPECT_DOUBLE_EQ(label->y, 20.0);
+    EXPECT_DOUBLE_EQ(label->width, 30.0);
+    EXPECT_EQ(label->horizontalAlign, 1);
+    EXPECT_EQ(label->verticalAlign, 8);
+    EXPECT_DOUBLE_EQ(label->orientation, 0.0);
+}
+
+TEST_F(ZWViewPageTest, PrintRestoresFactorAndOutColourAndTurnsOnlyWhenShapesDiffer)
+{
+    m_view.SetOutColor(0x00FF00);
+    m_view.SetMode(0, QSize(400, 300), QPointF(1, 1));
+    const double fit = m_view.Factor();
+    ASSERT_LT(fit, 0);
+    // Landscape paper (4 px per mm) for a portrait page: turned for printing.
+    QImage landscape = zwtest::WhiteImage(297 * 4, 210 * 4, 4000);
+    {
+        QPainter painter(&landscape);
+        m_view.Print(painter);
+    }
+    EXPECT_DOUBLE_EQ(m_view.Factor(), fit);
+    EXPECT_EQ(m_view.GetOutColor(), 0x00FF00u);
+    EXPECT_DOUBLE_EQ(m_view.GetWidth(), 210.0);
+    EXPECT_FALSE(m_view.IsFlipped());
+    // The turned title lies at the paper's right edge (x = 297 - 20 - 8 mm),
+    // not at its left (x = 10 mm) where the unturned page would put it.
+    const QRect ink = zwtest::InkBounds(landscape);
+    ASSERT_FALSE(ink.isNull());
+    EXPECT_GE(ink.right(), (297 - 28) * 4);
+    // No out colour on paper.
+    EXPECT_EQ(zwtest::CountColour(landscape, qRgb(0, 255, 0)), 0);
+}
+
+} // namespace
