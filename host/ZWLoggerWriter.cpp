@@ -141,7 +141,7 @@ bool ZWLoggerWriter::EnsureVariable(const QString& name, ZWSqlLoggerStore::Kind 
         return Fail(error, name);
     const qint64 deviceId = row[0].toLongLong();
     if (!Run(QStringLiteral("INSERT INTO variables (device_id, name, unit, kind) VALUES (?, ?, ?, ?)"),
-            {deviceId, name, unit, KindText(kind)}, error)
+            {deviceId, name, unit.isNull() ? QStringLiteral("") : unit, KindText(kind)}, error)
         || !Run(QStringLiteral("SELECT id FROM variables WHERE name = ?"), {name}, error, &row))
         return false;
     if (row.isEmpty())
