@@ -108,7 +108,7 @@ int RunDemoDb(const QStringList& args)
     }
     progress.End(true);
     const auto iso = [](qint64 t) {
-        return QDateTime::fromSecsSinceEpoch(t, QTimeZone::utc()).toString(Qt::ISODate);
+        return QDateTime::fromSecsSinceEpoch(t, QTimeZone::utc()).toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss'Z'"));
     };
     Out() << ZWLoadString(34052)
                  .arg(demo.SamplesWritten())
