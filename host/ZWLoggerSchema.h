@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class ZWSqlLoggerConnection;
+
+// The tables of a logger database, the same on SQLite and PostgreSQL:
+//
+//   zw_schema       (version)                     one row: the schema version
+//   devices         (id, name)                    a device: the part of a
+//                                                 variable's name before the first "."
+//   variables       (id, device_id, name, unit, kind)
+//                                                 name is the whole
+//                                                 "device.variable"; kind is
+//                                                 'counter' (cumulative reading:
+//                                                 its period value is the
+//                                                 increase) or 'gauge' (its
+//                                                 period value is the mean)
+//   samples         (variable_id, t, value)       t: UTC instant in whole
+//                                                 seconds since 1970-01-01T00:00:00Z;
+//                                                 primary key (variable_id, t),
+//                                                 which is also the period index
+//   rollup_hour     (variable_id, bucket, n, total, lo, hi)
+//   rollup_day      (variable_id, bucket, n, total, lo, hi)
+//                                                 count, sum, minimum and maximum of
+//                                                 the samples with bucket <= t <
+//                                                 bucket + 3600 (or 86400), bucket
+//                                                 a multiple of it (UTC); only
+//                                                 buckets holding samples have a row
+//   counter_resets  (variable_id, t, before_value, value)
+//                                                 every sample of a counter whose
+//                                                 value is below that of the sample
+//                                                 before it (a meter reset or
+//                                                 replacement), with that earlier value
+//
+// The rollups and the resets are derived from the samples and kept up to date
+// by every write (ZWLoggerWriter). Samples refer to variables by id; that
+// reference is not declared as a foreign key, so that bulk loads are not
+// slowed by a check per row.
+class ZWLoggerSchema
+{
+public:
+    static constexpr int Version = 1;
+
+    // Creates the tables when the database has none; checks the version
+    // otherwise. False with a message when the database cannot be used.
+    static bool Ensure(ZWSqlLoggerConnection& connection, QString* error);
+    // The statements that create schema `Version` on the connection's back end.
+    static QStringList CreateStatements(bool postgres);
+};

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QList>
+#include <QPair>
+#include <QString>
+
+// Where the logged data lives, from one URL-like text:
+//   sqlite:PATH                 a SQLite file (created when missing); also
+//                               sqlite:///abs/path, or a bare PATH
+//   postgresql://[user[:password]@]host[:port]/dbname[?option=value&...]
+//                               a PostgreSQL database ("postgres://" too);
+//                               without a password libpq's usual sources
+//                               apply (PGPASSWORD, ~/.pgpass)
+// Options passed on to libpq: connect_timeout (seconds, default 10),
+// sslmode, application_name. Percent-encoding applies in user, password and
+// database names.
+class ZWLoggerUrl
+{
+public:
+    enum class Backend { None, SQLite, PostgreSQL };
+
+    // Parses `text`; false with a message in `error` when it is malformed.
+    bool Parse(const QString& text, QString* error);
+
+    Backend backend() const { return m_backend; }
+    QString path() const { return m_path; }
+    QString host() const { return m_host; }
+    int port() const { return m_port; }
+    QString user() const { return m_user; }
+    QString password() const { return m_password; }
+    QString database() const { return m_database; }
+    int connectTimeout() const { return m_connectTimeout; }
+    // libpq options besides the connect timeout, as key/value pairs.
+    const QList<QPair<QString, QString>>& options() const { return m_options; }
+    // The URL without its password, for messages.
+    QString Display() const;
+
+private:
+    Backend m_backend = Backend::None;
+    QString m_path;
+    QString m_host;
+    int m_port = 5432;
+    QString m_user;
+    QString m_password;
+    QString m_database;
+    int m_connectTimeout = 10;
+    QList<QPair<QString, QString>> m_options;
+};
