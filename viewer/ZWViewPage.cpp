@@ -226,7 +226,7 @@ void ZWViewPage::Draw(QPainter& dc, const QRect& target, bool logicalResolution,
     dc.restore();
 }
 
-void ZWViewPage::Print(QPainter& dc)
+void ZWViewPage::Print(QPainter& dc, const QPointF& physicalOffset)
 {
     if (!m_hasTemplate || !dc.device())
         return;
@@ -241,7 +241,10 @@ void ZWViewPage::Print(QPainter& dc)
     const quint32 out = GetOutColor();
     m_factor = 1.0;
     SetOutColor(ZW_NO_COLOR);
-    Draw(dc, area, true, false, area);
+    dc.save();
+    dc.translate(-physicalOffset);
+    Draw(dc, area, true, false, area.translated(physicalOffset.toPoint()));
+    dc.restore();
     SetOutColor(out);
     m_factor = factor;
     if (turn)

@@ -60,7 +60,10 @@ public:
     // The page at real size, centred on the device's page (the printable
     // area of a printer), turned a quarter when the page and the paper
     // differ in orientation; factor and out colour are restored after.
-    void Print(QPainter& dc);
+    // `physicalOffset` is where the printable area begins on the paper (in
+    // device pixels): positions are then measured from the paper's edge, so
+    // a page as large as the paper prints where it lies on the paper.
+    void Print(QPainter& dc, const QPointF& physicalOffset = QPointF());
     // Turns the page and its cards a quarter to the right (or back to the
     // left) for printing.
     void FlipCard(bool right);
