@@ -252,53 +252,45 @@ int ZWPolaca::Evaluate(double& result, int& valueType)
     return Evaluate(context, result, valueType);
 }
 
-namespace {
-
-// Operand checks; each returns 0 or the code of the fault. A value type of
-// -1 for `need` asks both operands to have the same value type.
-template <typename Values>
-inline int CheckBinary(const Values& s, int stackCode, int typeCode, int need)
-{
-    if (s.size() < 2)
-        return stackCode;
-    const int a = s[s.size() - 2].valueType;
-    const int b = s.back().valueType;
-    if (need < 0 ? a != b : (a != need || b != need))
-        return typeCode;
-    return 0;
-}
-
-template <typename Values>
-inline int CheckUnary(const Values& s, int stackCode, int typeCode, int need)
-{
-    if (s.empty())
-        return stackCode;
-    if (s.back().valueType != need)
-        return typeCode;
-    return 0;
-}
-
-} // namespace
-
 int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
 {
     result = ZW_NO_VALUE;
-    m_values.clear();
     m_undefined.clear();
     int lastLookup = 0;
 
-    std::vector<Value>& s = m_values;
+    // Every token pushes at most one value, so a stack as long as the
+    // translation never overflows; it is sized once and kept.
+    if (m_values.size() < m_translation.size())
+        m_values.resize(m_translation.size());
+    Value* const s = m_values.data();
+    size_t n = 0;
+
     // A domain fault after a missing value may come from the placeholder
     // 1.0 rather than from the data: it is reported as missing data (40).
     auto domain = [this](int code) { return m_undefined.empty() ? code : 40; };
-    // Replaces the two operands by the result.
-    auto binary = [&s](double r, int type) {
-        s.pop_back();
-        s.back() = Value{r, type};
+    // Operand checks: 0, or the code of the fault. `need` -1 asks for two
+    // operands of the same value type.
+    auto checkBinary = [&](int stackCode, int typeCode, int need) {
+        if (n < 2)
+            return stackCode;
+        const int a = s[n - 2].valueType;
+        const int b = s[n - 1].valueType;
+        return (need < 0 ? a != b : (a != need || b != need)) ? typeCode : 0;
     };
-    auto unary = [&s](double r, int type) { s.back() = Value{r, type}; };
-    auto a = [&s]() { return s[s.size() - 2].value; };
-    auto b = [&s]() { return s.back().value; };
+    auto checkUnary = [&](int stackCode, int typeCode, int need) {
+        if (n < 1)
+            return stackCode;
+        return s[n - 1].valueType != need ? typeCode : 0;
+    };
+    auto a = [&]() { return s[n - 2].value; };
+    auto b = [&]() { return s[n - 1].value; };
+    // Replaces the operands by the result.
+    auto binary = [&](double r, int type) {
+        --n;
+        s[n - 1] = Value{r, type};
+    };
+    auto unary = [&](double r, int type) { s[n - 1] = Value{r, type}; };
+    auto push = [&](double r, int type) { s[n++] = Value{r, type}; };
     constexpr int N = ZWToken::Numeric;
     constexpr int B = ZWToken::Boolean;
 
@@ -306,18 +298,18 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
         int code = 0;
         switch (token.GetType()) {
         case ZWToken::Constant:
-            s.push_back(Value{token.GetDoubleValue(), token.GetValueType()});
+            push(token.GetDoubleValue(), token.GetValueType());
             break;
         case ZWToken::Variable: {
             double value = ZW_NO_VALUE;
             lastLookup = IsValidFormule(context, token, value);
             if (lastLookup == 0) {
                 // A reference counts as numeric even when the formula is boolean.
-                s.push_back(Value{value, N});
+                push(value, N);
             } else if (lastLookup == 1 || lastLookup == 40) {
                 // The placeholder lets the evaluation run on and collect
                 // every missing name; the result is not delivered.
-                s.push_back(Value{1.0, N});
+                push(1.0, N);
                 AddIfNotFound(m_undefined, token);
                 if (context.aborted)
                     return 40;
@@ -332,100 +324,100 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
             if (lastLookup == 1)
                 return 1;
             if (value == ZW_NO_VALUE) {
-                s.push_back(Value{1.0, N});
+                push(1.0, N);
                 AddIfNotFound(m_undefined, token);
             } else {
-                s.push_back(Value{value, N});
+                push(value, N);
             }
             break;
         }
         case ZWToken::Add:
-            if ((code = CheckBinary(s, 2, 3, N)))
+            if ((code = checkBinary(2, 3, N)))
                 return code;
             binary(a() + b(), N);
             break;
         case ZWToken::Subtract:
-            if ((code = CheckBinary(s, 4, 5, N)))
+            if ((code = checkBinary(4, 5, N)))
                 return code;
             binary(a() - b(), N);
             break;
         case ZWToken::Multiply:
-            if ((code = CheckBinary(s, 6, 7, N)))
+            if ((code = checkBinary(6, 7, N)))
                 return code;
             binary(a() * b(), N);
             break;
         case ZWToken::Divide:
-            if ((code = CheckBinary(s, 8, 9, N)))
+            if ((code = checkBinary(8, 9, N)))
                 return code;
             if (b() == 0.0)
                 return domain(10);
             binary(a() / b(), N);
             break;
         case ZWToken::Power:
-            if ((code = CheckBinary(s, 11, 12, N)))
+            if ((code = checkBinary(11, 12, N)))
                 return code;
             binary(std::pow(a(), b()), N);
             break;
         case ZWToken::UnaryMinus:
-            if ((code = CheckUnary(s, 13, 14, N)))
+            if ((code = checkUnary(13, 14, N)))
                 return code;
             unary(-b(), N);
             break;
         case ZWToken::Sqrt:
-            if ((code = CheckUnary(s, 15, 16, N)))
+            if ((code = checkUnary(15, 16, N)))
                 return code;
             if (b() < 0.0)
                 return domain(17);
             unary(std::sqrt(b()), N);
             break;
         case ZWToken::Log:
-            if ((code = CheckUnary(s, 18, 19, N)))
+            if ((code = checkUnary(18, 19, N)))
                 return code;
             if (b() <= 0.0)
                 return domain(20);
             unary(std::log(b()), N);
             break;
         case ZWToken::Exp:
-            if ((code = CheckUnary(s, 21, 22, N)))
+            if ((code = checkUnary(21, 22, N)))
                 return code;
             unary(std::exp(b()), N);
             break;
         case ZWToken::Sin:
-            if ((code = CheckUnary(s, 23, 24, N)))
+            if ((code = checkUnary(23, 24, N)))
                 return code;
             unary(std::sin(b()), N);
             break;
         case ZWToken::Cos:
-            if ((code = CheckUnary(s, 25, 26, N)))
+            if ((code = checkUnary(25, 26, N)))
                 return code;
             unary(std::cos(b()), N);
             break;
         case ZWToken::Tan:
-            if ((code = CheckUnary(s, 27, 28, N)))
+            if ((code = checkUnary(27, 28, N)))
                 return code;
             unary(std::tan(b()), N);
             break;
         case ZWToken::Asin:
-            if ((code = CheckUnary(s, 29, 30, N)))
+            if ((code = checkUnary(29, 30, N)))
                 return code;
             if (b() < -1.0 || b() > 1.0)
                 return domain(31);
             unary(std::asin(b()), N);
             break;
         case ZWToken::Acos:
-            if ((code = CheckUnary(s, 32, 33, N)))
+            if ((code = checkUnary(32, 33, N)))
                 return code;
             if (b() < -1.0 || b() > 1.0)
                 return domain(34);
             unary(std::acos(b()), N);
             break;
         case ZWToken::Atan:
-            if ((code = CheckUnary(s, 35, 36, N)))
+            if ((code = checkUnary(35, 36, N)))
                 return code;
             unary(std::atan(b()), N);
             break;
         case ZWToken::Log10:
-            if ((code = CheckUnary(s, 37, 38, N)))
+            if ((code = checkUnary(37, 38, N)))
                 return code;
             // The domain fault shares the natural logarithm's code.
             if (b() <= 0.0)
@@ -433,52 +425,52 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
             unary(std::log10(b()), N);
             break;
         case ZWToken::Less:
-            if ((code = CheckBinary(s, 46, 47, N)))
+            if ((code = checkBinary(46, 47, N)))
                 return code;
             binary(a() < b() ? 1.0 : 0.0, B);
             break;
         case ZWToken::Greater:
-            if ((code = CheckBinary(s, 48, 49, N)))
+            if ((code = checkBinary(48, 49, N)))
                 return code;
             binary(a() > b() ? 1.0 : 0.0, B);
             break;
         case ZWToken::LessEqual:
-            if ((code = CheckBinary(s, 50, 51, N)))
+            if ((code = checkBinary(50, 51, N)))
                 return code;
             binary(a() <= b() ? 1.0 : 0.0, B);
             break;
         case ZWToken::GreaterEqual:
-            if ((code = CheckBinary(s, 52, 53, N)))
+            if ((code = checkBinary(52, 53, N)))
                 return code;
             binary(a() >= b() ? 1.0 : 0.0, B);
             break;
         case ZWToken::Equal:
-            if ((code = CheckBinary(s, 54, 55, -1)))
+            if ((code = checkBinary(54, 55, -1)))
                 return code;
             binary(a() == b() ? 1.0 : 0.0, B);
             break;
         case ZWToken::NotEqual:
-            if ((code = CheckBinary(s, 56, 57, -1)))
+            if ((code = checkBinary(56, 57, -1)))
                 return code;
             binary(a() != b() ? 1.0 : 0.0, B);
             break;
         case ZWToken::And:
-            if ((code = CheckBinary(s, 58, 59, B)))
+            if ((code = checkBinary(58, 59, B)))
                 return code;
             binary(a() == 1.0 && b() == 1.0 ? 1.0 : 0.0, B);
             break;
         case ZWToken::Or:
-            if ((code = CheckBinary(s, 60, 61, B)))
+            if ((code = checkBinary(60, 61, B)))
                 return code;
             binary(a() == 1.0 || b() == 1.0 ? 1.0 : 0.0, B);
             break;
         case ZWToken::Not:
-            if ((code = CheckUnary(s, 44, 45, B)))
+            if ((code = checkUnary(44, 45, B)))
                 return code;
             unary(b() == 0.0 ? 1.0 : 0.0, B);
             break;
         case ZWToken::Atan2:
-            if ((code = CheckBinary(s, 63, 64, N)))
+            if ((code = checkBinary(63, 64, N)))
                 return code;
             binary(std::atan2(a(), b()), N);
             break;
@@ -489,17 +481,17 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
     }
 
     if (!m_undefined.empty()) {
-        if (s.size() == 1)
-            valueType = s.front().valueType;
+        if (n == 1)
+            valueType = s[0].valueType;
         // Which of 40 and 62 comes out depends on the last lookup: kept so.
         return lastLookup != 0 ? lastLookup : 40;
     }
-    if (s.empty())
+    if (n == 0)
         return 41;
     // Every value on the stack is a constant, so the "not a value" outcome
     // (42) cannot arise; values below the top are ignored.
-    result = s.back().value;
-    valueType = s.back().valueType;
+    result = s[n - 1].value;
+    valueType = s[n - 1].valueType;
     return 0;
 }
 

@@ -77,7 +77,8 @@ private:
     // Operator stack while translating.
     std::vector<ZWToken> m_stack;
     // Value stack while evaluating: every value on it is a constant, so only
-    // its number and value type are kept (no token text is copied).
+    // its number and value type are kept (no token text is copied). As long
+    // as the translation once sized, then reused.
     std::vector<Value> m_values;
     std::vector<ZWToken> m_undefined;
     const XmlDocument* m_formules = nullptr;
