@@ -7,6 +7,8 @@
 #include "host/ZWLoggerData.h"
 
 #include <QHash>
+#include <QMultiHash>
+#include <QSet>
 #include <algorithm>
 #include <cmath>
 
@@ -52,6 +54,7 @@ ZWPolaca::ZWPolaca(const ZWPolaca& other)
       m_stack(other.m_stack),
       m_values(other.m_values),
       m_undefined(other.m_undefined),
+      m_undefinedIndex(other.m_undefinedIndex),
       m_formules(other.m_formules),
       m_loggerData(other.m_loggerData),
       m_discriminators(other.m_discriminators)
@@ -65,6 +68,7 @@ ZWPolaca& ZWPolaca::operator=(const ZWPolaca& other)
         m_stack = other.m_stack;
         m_values = other.m_values;
         m_undefined = other.m_undefined;
+        m_undefinedIndex = other.m_undefinedIndex;
         m_formules = other.m_formules;
         m_loggerData = other.m_loggerData;
         m_discriminators = other.m_discriminators;
@@ -80,7 +84,7 @@ void ZWPolaca::Clear()
     m_translation.clear();
     m_stack.clear();
     m_values.clear();
-    m_undefined.clear();
+    ClearUndefined();
 }
 
 bool ZWPolaca::SetFormules(const XmlDocument* formulas)
@@ -230,10 +234,15 @@ bool ZWPolaca::IsOnlyOneDeviceVariable()
 bool ZWPolaca::GetFormules(std::vector<ZWBasicString>& names)
 {
     names.clear();
-    for (const ZWToken& token : m_translation)
-        if (token.GetType() == ZWToken::Variable
-            && std::find(names.begin(), names.end(), token.Text()) == names.end())
+    QSet<ZWBasicString> seen;
+    for (const ZWToken& token : m_translation) {
+        if (token.GetType() != ZWToken::Variable)
+            continue;
+        const qsizetype before = seen.size();
+        seen.insert(token.Text());
+        if (seen.size() != before)
             names.push_back(token.Text());
+    }
     return true;
 }
 
@@ -243,6 +252,32 @@ void ZWPolaca::AddIfNotFound(std::vector<ZWToken>& list, const ZWToken& token)
         if (t.SameAs(token))
             return;
     list.push_back(token);
+}
+
+void ZWPolaca::AddUndefined(const ZWToken& token)
+{
+    // A formula may name a great many distinct missing variables; past a
+    // few, the list is indexed by text so that collecting them stays linear.
+    constexpr size_t IndexFrom = 16;
+    if (m_undefined.size() < IndexFrom) {
+        AddUndefined(token);
+        return;
+    }
+    if (m_undefinedIndex.isEmpty())
+        for (size_t i = 0; i < m_undefined.size(); ++i)
+            m_undefinedIndex.insert(m_undefined[i].Text(), i);
+    const auto [first, last] = m_undefinedIndex.equal_range(token.Text());
+    for (auto it = first; it != last; ++it)
+        if (m_undefined[*it].SameAs(token))
+            return;
+    m_undefinedIndex.insert(token.Text(), m_undefined.size());
+    m_undefined.push_back(token);
+}
+
+void ZWPolaca::ClearUndefined()
+{
+    m_undefined.clear();
+    m_undefinedIndex.clear();
 }
 
 int ZWPolaca::Evaluate(double& result, int& valueType)
@@ -255,7 +290,7 @@ int ZWPolaca::Evaluate(double& result, int& valueType)
 int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
 {
     result = ZW_NO_VALUE;
-    m_undefined.clear();
+    ClearUndefined();
     int lastLookup = 0;
 
     // Every token pushes at most one value, so a stack as long as the
@@ -310,7 +345,7 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
                 // The placeholder lets the evaluation run on and collect
                 // every missing name; the result is not delivered.
                 push(1.0, N);
-                AddIfNotFound(m_undefined, token);
+                AddUndefined(token);
                 if (context.aborted)
                     return 40;
             } else {
@@ -325,7 +360,7 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
                 return 1;
             if (value == ZW_NO_VALUE) {
                 push(1.0, N);
-                AddIfNotFound(m_undefined, token);
+                AddUndefined(token);
             } else {
                 push(value, N);
             }
@@ -542,7 +577,7 @@ int ZWPolaca::IsValidFormule(Context& context, const ZWToken& token, double& val
 
     if (auto it = context.done.constFind(name); it != context.done.constEnd()) {
         for (const ZWToken& t : it->undefined)
-            AddIfNotFound(m_undefined, t);
+            AddUndefined(t);
         value = it->value;
         return it->code;
     }
@@ -587,7 +622,7 @@ int ZWPolaca::IsValidFormule(Context& context, const ZWToken& token, double& val
         context.active.pop_back();
         nestedUndefined = &nested.m_undefined;
         for (const ZWToken& t : nested.m_undefined)
-            AddIfNotFound(m_undefined, t);
+            AddUndefined(t);
     }
     if (!context.aborted) {
         Context::Outcome& outcome = context.done[name];

@@ -3,6 +3,7 @@
 #include "formula/ZWToken.h"
 #include "host/ZWBasicString.h"
 
+#include <QMultiHash>
 #include <memory>
 #include <vector>
 
@@ -72,6 +73,9 @@ private:
     int IsValidVariableDevice(const ZWToken& token, double& value);
     int IsValidFormule(Context& context, const ZWToken& token, double& value);
     static void AddIfNotFound(std::vector<ZWToken>& list, const ZWToken& token);
+    // AddIfNotFound on the undefined tokens, in linear time however many.
+    void AddUndefined(const ZWToken& token);
+    void ClearUndefined();
 
     std::vector<ZWToken> m_translation;
     // Operator stack while translating.
@@ -81,6 +85,8 @@ private:
     // as the translation once sized, then reused.
     std::vector<Value> m_values;
     std::vector<ZWToken> m_undefined;
+    // Positions in m_undefined by text, once the list is long.
+    QMultiHash<ZWBasicString, size_t> m_undefinedIndex;
     const XmlDocument* m_formules = nullptr;
     ZWLoggerData* m_loggerData = nullptr;
     bool m_discriminators = true;

@@ -163,6 +163,26 @@ TEST(LongFormulas, FlatTextOfAMegabyte)
     EXPECT_EQ(e.value, 1.0);
 }
 
+TEST(LongFormulas, ManyDistinctNames)
+{
+    // Every name undefined, each listed once, in order.
+    QString text = QStringLiteral("v0");
+    for (int i = 1; i < 100000; ++i)
+        text += QStringLiteral("+v%1").arg(i % 60000);
+    ZWEvaluator evaluator(text);
+    ASSERT_EQ(evaluator.AnalizeExpression(), 0);
+    std::vector<QString> names;
+    evaluator.GetFormules(names);
+    EXPECT_EQ(names.size(), 60000u);
+    double value = 0;
+    int valueType = -1;
+    EXPECT_EQ(evaluator.Evaluate(value, valueType), 40);
+    const std::vector<ZWToken>& undefined = *evaluator.GetUndefinedTokens();
+    ASSERT_EQ(undefined.size(), 60000u);
+    EXPECT_EQ(undefined[0].GetValue(), QStringLiteral("v0"));
+    EXPECT_EQ(undefined[59999].GetValue(), QStringLiteral("v59999"));
+}
+
 TEST(ZWEvaluator, CopiesCarryTheTranslation)
 {
     ZWEvaluator original(QStringLiteral("2^3^2"));
