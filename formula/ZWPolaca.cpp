@@ -260,7 +260,7 @@ void ZWPolaca::AddUndefined(const ZWToken& token)
     // few, the list is indexed by text so that collecting them stays linear.
     constexpr size_t IndexFrom = 16;
     if (m_undefined.size() < IndexFrom) {
-        AddUndefined(token);
+        AddIfNotFound(m_undefined, token);
         return;
     }
     if (m_undefinedIndex.isEmpty())
