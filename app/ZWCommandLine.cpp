@@ -12,9 +12,53 @@ ZWCommandLine::ZWCommandLine(const QString& command, const QString& description,
         m_parser.addPositionalArgument(QStringLiteral("arguments"), QString(), positionalSyntax);
 }
 
+bool ZWCommandLine::AddOption(const QCommandLineOption& option)
+{
+    (option.valueName().isEmpty() ? m_flagNames : m_valueNames) << option.names();
+    return m_parser.addOption(option);
+}
+
 int ZWCommandLine::Parse(const QStringList& args)
 {
-    QStringList full = args;
+    QStringList full;
+    QStringList dashed;
+    if (m_dashPositionals) {
+        static const QStringList help = {QStringLiteral("h"), QStringLiteral("?"), QStringLiteral("help"),
+            QStringLiteral("help-all")};
+        bool afterSeparator = false;
+        for (qsizetype i = 0; i < args.size(); ++i) {
+            const QString& arg = args[i];
+            if (afterSeparator || arg == QLatin1String("--")) {
+                afterSeparator = true;
+                full << arg;
+                continue;
+            }
+            if (arg.size() < 2 || !arg.startsWith(QLatin1Char('-'))) {
+                full << arg;
+                continue;
+            }
+            const bool isLong = arg.startsWith(QLatin1String("--"));
+            const QString name = arg.mid(isLong ? 2 : 1).section(QLatin1Char('='), 0, 0);
+            if (m_valueNames.contains(name) && !arg.contains(QLatin1Char('=')) && i + 1 < args.size()) {
+                // The option's value, whatever it looks like.
+                full << arg << args[i + 1];
+                ++i;
+                continue;
+            }
+            const bool known = m_flagNames.contains(name) || m_valueNames.contains(name) || help.contains(name);
+            if (!isLong && !known)
+                dashed << arg;
+            else
+                full << arg;
+        }
+        if (!dashed.isEmpty()) {
+            if (!full.contains(QStringLiteral("--")))
+                full << QStringLiteral("--");
+            full << dashed;
+        }
+    } else {
+        full = args;
+    }
     full.prepend(QStringLiteral("zwinformes ") + m_command);
     if (!m_parser.parse(full))
         return UsageError(m_parser.errorText());

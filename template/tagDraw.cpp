@@ -66,7 +66,11 @@ QPointF ZWDevicePixelsPerMm(const QPaintDevice* device)
         if (image->dotsPerMeterX() > 0 && image->dotsPerMeterY() > 0)
             return QPointF(image->dotsPerMeterX() / 1000.0, image->dotsPerMeterY() / 1000.0);
     }
-    const int dpiX = device->physicalDpiX() > 0 ? device->physicalDpiX() : device->logicalDpiX();
-    const int dpiY = device->physicalDpiY() > 0 ? device->physicalDpiY() : device->logicalDpiY();
+    // The resolution fonts are laid out at, so that text and geometry scale
+    // together: a PDF writer's or printer's resolution, a screen's logical
+    // dots per inch. (A PDF writer reports a physical resolution of its own
+    // that is not the one it draws at.)
+    const int dpiX = device->logicalDpiX() > 0 ? device->logicalDpiX() : device->physicalDpiX();
+    const int dpiY = device->logicalDpiY() > 0 ? device->logicalDpiY() : device->physicalDpiY();
     return QPointF(std::max(dpiX, 1) / 25.4, std::max(dpiY, 1) / 25.4);
 }

@@ -43,6 +43,6 @@ struct tagDraw
 };
 
 // Device pixels per millimetre, horizontally (x) and vertically (y): from
-// the dots per metre of an image, else from the device's physical
-// resolution.
+// the dots per metre of an image, else from the resolution the device lays
+// fonts out at (its logical resolution).
 QPointF ZWDevicePixelsPerMm(const QPaintDevice* device);

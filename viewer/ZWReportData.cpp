@@ -47,6 +47,7 @@ void ZWReportData::SetDesign(const XmlDocument& design)
 {
     m_design = design;
     m_designError.clear();
+    SetupLoggerData();
 }
 
 bool ZWReportData::GetLoggerInfo(ZWLoggerInfo& info)
@@ -101,11 +102,16 @@ void ZWReportData::AddDeviceVariables(const QString& expression, ZWLoggerInfo& i
 bool ZWReportData::Setup(QString& name)
 {
     const bool loaded = GetDesign(name);
+    SetupLoggerData();
+    return loaded;
+}
+
+void ZWReportData::SetupLoggerData()
+{
     GetLoggerInfo(m_info);
     if (!m_loggerData)
         m_loggerData = std::make_unique<ZWLoggerData>();
     m_loggerData->Setup(m_info);
-    return loaded;
 }
 
 void ZWReportData::SetLoggerData(std::unique_ptr<ZWLoggerData> data)

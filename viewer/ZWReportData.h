@@ -28,7 +28,8 @@ public:
     // A file that cannot be loaded gives an empty design (root "design");
     // false tells the caller so.
     bool GetDesign(QString& name);
-    // Uses a design already in memory (the editor's, a test's).
+    // Uses a design already in memory (the editor's, a test's), as Setup
+    // does with a file.
     void SetDesign(const XmlDocument& design);
     const XmlDocument& Design() const { return m_design; }
     const XmlDocument& Formules() const { return m_formules; }
@@ -40,6 +41,8 @@ public:
 
     // Loads the design, finds its variables and sets the logger data up.
     bool Setup(QString& name);
+    // The device variables of the design (found by Setup or SetDesign).
+    const ZWLoggerInfo& LoggerInfo() const { return m_info; }
     // The logged data the report reads (owned; created by Setup).
     ZWLoggerData* LoggerData() const { return m_loggerData.get(); }
     void SetLoggerData(std::unique_ptr<ZWLoggerData> data);
@@ -67,6 +70,8 @@ public:
     bool GetConditionedControl(const XmlDocument::XmlNode& card, ZWSimpleXml& xml);
 
 private:
+    void SetupLoggerData();
+
     XmlDocument m_design;
     XmlDocument m_formules;
     QString m_designError;

@@ -1,0 +1,167 @@
+// The report commands as a user runs them: logged data imported from CSV
+// into a SQLite file, the example monthly report rendered for a known month
+// to PDF (read back with poppler's tools) and its value document.
+#include "tests/support/ZWTestSupport.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Result
+{
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+Result RunProcess(const QString& program, const QStringList& args)
+{
+    QProcess process;
+    process.start(program, args);
+    EXPECT_TRUE(process.waitForFinished(120000)) << args.join(QLatin1Char(' ')).toStdString();
+    Result r;
+    r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    r.out = QString::fromUtf8(process.readAllStandardOutput());
+    r.err = QString::fromUtf8(process.readAllStandardError());
+    return r;
+}
+
+Result Zw(const QStringList& args)
+{
+    return RunProcess(QStringLiteral(ZW_PROGRAM), QStringList{QStringLiteral("--tz"), QStringLiteral("UTC"),
+                                               QStringLiteral("--locale"), QStringLiteral("en_US")}
+            + args);
+}
+
+class MonthlyReport : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        m_db = QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("site.sqlite"));
+        // February 2026 in UTC. Counters: the reading before the month, one
+        // inside, one on the 1 March boundary (it still counts) and one after.
+        const QByteArray csv =
+            "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
+            "2026-01-31T23:45:00Z,1000,100,10,0\n"
+            "2026-02-14T12:00:00Z,6000,700,20,2000\n"
+            "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
+            "2026-03-02T00:00:00Z,99999,9999,999,9999\n";
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("site.csv")), csv));
+        const Result imported = Zw({QStringLiteral("import"), QStringLiteral("--db"), m_db,
+            QStringLiteral("--counter"), QStringLiteral("Main meter.Active energy"), QStringLiteral("--counter"),
+            QStringLiteral("Gas meter.Volume"), QStringLiteral("--counter"), QStringLiteral("Water meter.Volume"),
+            QStringLiteral("--counter"), QStringLiteral("PV inverter.Energy"), m_dir.filePath(QStringLiteral("site.csv"))});
+        ASSERT_EQ(imported.status, 0) << imported.err.toStdString();
+    }
+
+    QStringList Period() const
+    {
+        return {QStringLiteral("--db"), m_db, QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"),
+            QStringLiteral("2026-02-14T08:00:00"), QStringLiteral("--now"), QStringLiteral("2026-11-21T10:00:00")};
+    }
+
+    QTemporaryDir m_dir;
+    QString m_db;
+};
+
+TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
+{
+    const QString pdf = m_dir.filePath(QStringLiteral("february.pdf"));
+    const QString pngs = m_dir.filePath(QStringLiteral("pages"));
+    const Result r = Zw(QStringList{QStringLiteral("render"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT"))}
+        + Period() + QStringList{QStringLiteral("-o"), pdf, QStringLiteral("--png"), pngs, QStringLiteral("--dpi"), QStringLiteral("50")});
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+
+    const Result info = RunProcess(QStringLiteral("pdfinfo"), {pdf});
+    ASSERT_EQ(info.status, 0);
+    EXPECT_TRUE(info.out.contains(QRegularExpression(QStringLiteral("Pages:\\s+2\\n")))) << info.out.toStdString();
+    EXPECT_TRUE(info.out.contains(QStringLiteral("595 x 842 pts (A4)"))) << info.out.toStdString();
+    const Result fonts = RunProcess(QStringLiteral("pdffonts"), {pdf});
+    EXPECT_TRUE(fonts.out.contains(QStringLiteral("LiberationSans"))) << fonts.out.toStdString();
+    // The "emb" column says yes for every font.
+    EXPECT_FALSE(fonts.out.contains(QRegularExpression(QStringLiteral("Identity-H\\s+no"))))
+        << "every font embedded:\n" << fonts.out.toStdString();
+
+    const Result text = RunProcess(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
+    ASSERT_EQ(text.status, 0);
+    const char* expected[] = {
+        "01/02/2026 00:00", "01/03/2026 00:00", // the period, its end exclusive
+        "12,345.6",                             // electricity: 13345.6 - 1000
+        "1,234.50",                             // gas m3, two decimals kept
+        "13,024",                               // gas energy: 1234.5 * 10.55 = 13023.975
+        "32.42",                                // water
+        "4,115.2",                              // solar
+        "25,370",                               // total energy: 12345.6 + 13023.975, no decimals
+        "2,592.58",                             // electricity cost: 12345.6 * 0.21
+        "Over budget",                          // 12345.6 kWh > 12000
+        "25",                                   // solar share, percent
+        "[Main meter.Active power]",            // no power data: the formula shows as written
+    };
+    for (const char* e : expected)
+        EXPECT_TRUE(text.out.contains(QString::fromUtf8(e))) << e << "\n" << text.out.toStdString();
+    EXPECT_FALSE(text.out.contains(QStringLiteral("Within budget")));
+    EXPECT_TRUE(QFile::exists(pngs + QStringLiteral("/MonthlyEnergy-page2.png")));
+}
+
+TEST_F(MonthlyReport, ValueDocumentAndItsFailures)
+{
+    const Result values = Zw(QStringList{QStringLiteral("values"),
+        zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT"))} + Period());
+    ASSERT_EQ(values.status, 0) << values.err.toStdString();
+    EXPECT_TRUE(values.out.startsWith(QStringLiteral("<fields><date><id>"))) << values.out.toStdString();
+    EXPECT_TRUE(values.out.contains(QStringLiteral("<value>12,345.6</value>")));
+    EXPECT_EQ(values.out.count(QStringLiteral("<conditioned>")), 2);
+
+    // A report that does not exist, a database that cannot be opened, a bad unit.
+    const Result missing = Zw(QStringList{QStringLiteral("values"), m_dir.filePath(QStringLiteral("none.XRPT"))} + Period());
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.err.contains(QStringLiteral("none.XRPT"))) << missing.err.toStdString();
+    const Result badDb = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
+        QStringLiteral("--db"), QStringLiteral("postgresql://nobody@127.0.0.1:1/none?connect_timeout=2")});
+    EXPECT_EQ(badDb.status, 1) << badDb.err.toStdString();
+    const Result badUnit = Zw({QStringLiteral("values"), QStringLiteral("x.XRPT"), QStringLiteral("--unit"), QStringLiteral("fortnight")});
+    EXPECT_EQ(badUnit.status, 2);
+}
+
+TEST(PeriodCommand, JsonOfUnitsAndTheUserInterval)
+{
+    struct Case
+    {
+        QStringList args;
+        int status;
+        const char* json;
+    } cases[] = {
+        {{QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"), QStringLiteral("2026-02-14T10:00:00")},
+            0, R"({"start":"2026-02-01T00:00:00","end":"2026-03-01T00:00:00","lengthDays":31})"},
+        {{QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"), QStringLiteral("2026-03-01T00:00:00")},
+            0, R"({"start":"2026-02-01T00:00:00","end":"2026-03-01T00:00:00","lengthDays":31})"},
+        {{QStringLiteral("--unit"), QStringLiteral("3month"), QStringLiteral("--date"), QStringLiteral("2026-11-02T00:00:00")},
+            0, R"({"start":"2026-10-01T00:00:00","end":"2027-01-01T00:00:00","lengthDays":91})"},
+        {{QStringLiteral("--unit"), QStringLiteral("day"), QStringLiteral("--date"), QStringLiteral("2030-01-01T00:00:00")},
+            0, R"({"start":"2026-11-21T00:00:00","end":"2026-11-22T00:00:00","lengthDays":1})"},
+        {{QStringLiteral("--unit"), QStringLiteral("user"), QStringLiteral("--from"), QStringLiteral("2026-01-01T06:00:00"),
+             QStringLiteral("--to"), QStringLiteral("2026-01-01T18:00:00")},
+            0, R"({"start":"2026-01-01T06:00:00","end":"2026-01-01T18:00:00","lengthDays":0.5})"},
+        {{QStringLiteral("--unit"), QStringLiteral("user"), QStringLiteral("--from"), QStringLiteral("2026-01-01T06:00:00"),
+             QStringLiteral("--to"), QStringLiteral("2026-01-01T06:59:59")},
+            1, ""},
+        {{QStringLiteral("--unit"), QStringLiteral("week"), QStringLiteral("--date"), QStringLiteral("not a date")}, 2, ""},
+    };
+    for (const Case& c : cases) {
+        const Result r = Zw(QStringList{QStringLiteral("period"), QStringLiteral("--json"), QStringLiteral("--now"),
+                                QStringLiteral("2026-11-21T10:00:00")}
+            + c.args);
+        EXPECT_EQ(r.status, c.status) << c.args.join(QLatin1Char(' ')).toStdString() << r.err.toStdString();
+        if (c.status == 0) {
+            EXPECT_EQ(r.out.trimmed(), QString::fromUtf8(c.json)) << c.args.join(QLatin1Char(' ')).toStdString();
+        }
+    }
+}
+
+} // namespace

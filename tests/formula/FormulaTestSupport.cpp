@@ -1,0 +1,77 @@
+#include "tests/formula/FormulaTestSupport.h"
+
+#include "formula/ZWEvaluator.h"
+#include "formula/ZWFormulaLibrary.h"
+#include "host/ZWDriverSupport.h"
+#include "host/ZWLiveValues.h"
+
+#include <charconv>
+
+namespace zwtest {
+
+Evaluation Evaluate(const QString& formula, const EvaluationOptions& options)
+{
+    Evaluation out;
+    ZWEvaluator evaluator(formula);
+    out.analyze = evaluator.AnalizeExpression();
+    if (out.analyze == -1)
+        return out;
+    evaluator.SetFormules(options.formulas);
+    evaluator.SetLoggerData(options.loggerData);
+    evaluator.EnableDiscriminators(options.discriminators);
+    out.code = evaluator.Evaluate(out.value, out.valueType);
+    for (const ZWToken& token : *evaluator.GetUndefinedTokens())
+        out.undefined << token.Text();
+    return out;
+}
+
+QString Postfix(const QString& formula)
+{
+    ZWEvaluator evaluator(formula);
+    if (evaluator.AnalizeExpression() == -1)
+        return QStringLiteral("<invalid>");
+    QStringList parts;
+    for (const ZWToken& token : evaluator.GetPolaca().GetTranslation()) {
+        if (token.GetType() == ZWToken::Constant) {
+            char buffer[32];
+            const auto r = std::to_chars(buffer, buffer + sizeof buffer, token.GetDoubleValue());
+            parts << QString::fromLatin1(buffer, r.ptr - buffer);
+        } else if (token.GetType() == ZWToken::UnaryMinus) {
+            parts << QStringLiteral("neg");
+        } else if (token.GetType() == ZWToken::DeviceVariable) {
+            parts << QLatin1Char('[') + token.Text() + QLatin1Char(']');
+        } else {
+            parts << token.Text();
+        }
+    }
+    return parts.join(QLatin1Char(' '));
+}
+
+std::unique_ptr<XmlDocument> Library(const std::vector<std::pair<QString, QString>>& formulas)
+{
+    std::vector<QString> names, texts;
+    for (const auto& [name, text] : formulas) {
+        names.push_back(name);
+        texts.push_back(text);
+    }
+    auto doc = std::make_unique<XmlDocument>();
+    ZWFormulaLibrary::Build(names, texts, *doc);
+    return doc;
+}
+
+LiveValuesScope::LiveValuesScope() : m_store(std::make_shared<ZWLiveValues>())
+{
+    ZWDriverSupport::SetStore(m_store);
+}
+
+LiveValuesScope::~LiveValuesScope()
+{
+    ZWDriverSupport::SetStore(nullptr);
+}
+
+void LiveValuesScope::Set(const QString& name, std::optional<double> value)
+{
+    m_store->Set(name, value);
+}
+
+} // namespace zwtest

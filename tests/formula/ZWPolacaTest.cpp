@@ -1,0 +1,563 @@
+#include "formula/ZWEvaluator.h"
+#include "formula/ZWFormulaLibrary.h"
+#include "formula/ZWPolaca.h"
+#include "host/ZWDriverSupport.h"
+#include "host/ZWLoggerData.h"
+#include "tests/formula/FormulaTestSupport.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+using zwtest::Evaluate;
+using zwtest::Postfix;
+
+namespace {
+
+// ---------------------------------------------------------------------------
+// Translation: precedence comes from the priority table, every binary
+// operator is left-associative, a unary minus binds tighter than "^".
+
+struct PostfixCase
+{
+    const char* formula;
+    const char* postfix;
+};
+
+class Translation : public testing::TestWithParam<PostfixCase>
+{
+};
+
+TEST_P(Translation, FollowsThePriorityTable)
+{
+    EXPECT_EQ(Postfix(QString::fromUtf8(GetParam().formula)).toStdString(), GetParam().postfix);
+}
+
+INSTANTIATE_TEST_SUITE_P(Priorities, Translation,
+    testing::Values(PostfixCase{"1+2*3", "1 2 3 * +"},
+        PostfixCase{"1*2+3", "1 2 * 3 +"},
+        PostfixCase{"2*3^2", "2 3 2 ^ *"},
+        PostfixCase{"2^3^2", "2 3 ^ 2 ^"},
+        PostfixCase{"1-2-3", "1 2 - 3 -"},
+        PostfixCase{"8/4/2", "8 4 / 2 /"},
+        PostfixCase{"-2^2", "2 neg 2 ^"},
+        PostfixCase{"2*-3", "2 3 neg *"},
+        PostfixCase{"2^-3^2", "2 3 neg ^ 2 ^"},
+        PostfixCase{"-sqrt(4)", "4 sqrt neg"},
+        PostfixCase{"sqrt(4)^2", "4 sqrt 2 ^"},
+        PostfixCase{"1+2<3*4", "1 2 + 3 4 * <"},
+        PostfixCase{"1<2 && 3<4", "1 2 < 3 4 < &&"},
+        PostfixCase{"1<2 || 3<4 && 5<6", "1 2 < 3 4 < || 5 6 < &&"},
+        PostfixCase{"1 < 2 == 3", "1 2 < 3 =="},
+        PostfixCase{"!(1<2) || 0<1", "1 2 < ! 0 1 < ||"},
+        PostfixCase{"(1+2)*3", "1 2 + 3 *"},
+        PostfixCase{"atan2(1+2, 3*4)", "1 2 + 3 4 * atan2"},
+        PostfixCase{"atan2(1, 2)^2", "1 2 atan2 2 ^"},
+        PostfixCase{"- -3", "neg 3 neg"},
+        PostfixCase{"!-1", "! 1 neg"},
+        PostfixCase{"[a.b]*Total", "[a.b] Total *"}),
+    [](const testing::TestParamInfo<PostfixCase>& info) { return "Case" + std::to_string(info.index); });
+
+// ---------------------------------------------------------------------------
+// Evaluation: values and result codes.
+
+struct EvalCase
+{
+    const char* formula;
+    int code;
+    double value = 0.0;
+    int valueType = 0;
+};
+
+class Evaluation : public testing::TestWithParam<EvalCase>
+{
+};
+
+TEST_P(Evaluation, GivesTheValueOrTheCode)
+{
+    const EvalCase& c = GetParam();
+    const zwtest::Evaluation e = Evaluate(QString::fromUtf8(c.formula));
+    ASSERT_NE(e.analyze, -1) << c.formula;
+    EXPECT_EQ(e.code, c.code) << c.formula;
+    if (c.code == 0) {
+        EXPECT_DOUBLE_EQ(e.value, c.value) << c.formula;
+        EXPECT_EQ(e.valueType, c.valueType) << c.formula;
+    } else {
+        EXPECT_EQ(e.value, ZW_NO_VALUE) << c.formula;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, Evaluation,
+    testing::Values(EvalCase{"2^3^2", 0, 64},
+        EvalCase{"-2^2", 0, 4},
+        EvalCase{"2*-3", 0, -6},
+        EvalCase{"-2*3", 0, -6},
+        EvalCase{"-(1+2)*3", 0, -9},
+        EvalCase{"2^-1", 0, 0.5},
+        EvalCase{"10-2-3", 0, 5},
+        EvalCase{"1+2*3", 0, 7},
+        EvalCase{"+5", 0, 5},
+        EvalCase{"0.1+0.2", 0, 0.1 + 0.2},
+        EvalCase{"atan2(1, 0)", 0, std::numbers::pi / 2},
+        EvalCase{"atan2(-1, -1)", 0, -3 * std::numbers::pi / 4},
+        EvalCase{"SQRT(16) + Log(1) + exp(0)", 0, 5},
+        EvalCase{"log10(1000)", 0, 3},
+        EvalCase{"sqrt(0) + asin(1) - acos(-1)/2", 0, 0},
+        EvalCase{"sin(0) + cos(0) + tan(0) + atan(0)", 0, 1},
+        EvalCase{"2^-3^2", 0, 1.0 / 64},
+        EvalCase{"1 < 2", 0, 1, 1},
+        EvalCase{"2 <= 2", 0, 1, 1},
+        EvalCase{"2 > 3", 0, 0, 1},
+        EvalCase{"3 >= 3", 0, 1, 1},
+        EvalCase{"1 == 1", 0, 1, 1},
+        EvalCase{"1 != 1", 0, 0, 1},
+        EvalCase{"(1<2) == (3<4)", 0, 1, 1},
+        EvalCase{"(1<2) != (3>4)", 0, 1, 1},
+        EvalCase{"!(1 < 2)", 0, 0, 1},
+        EvalCase{"!(1<2) == (2<1)", 0, 1, 1},
+        EvalCase{"(1<2) && (2<3)", 0, 1, 1},
+        EvalCase{"(1<2) && (3<2)", 0, 0, 1},
+        EvalCase{"(1>2) || (2<3)", 0, 1, 1},
+        // "&&" and "||" share a priority and group from the left.
+        EvalCase{"1<2 || 1<2 && 2<1", 0, 0, 1},
+        EvalCase{"!(1<2) && (1<2)", 0, 0, 1}),
+    [](const testing::TestParamInfo<EvalCase>& info) { return "Case" + std::to_string(info.index); });
+
+// An operand of the wrong value type: the code of the operator's Type column.
+INSTANTIATE_TEST_SUITE_P(TypeCodes, Evaluation,
+    testing::Values(EvalCase{"(1<2)+1", 3},
+        EvalCase{"1+(1<2)", 3},
+        EvalCase{"(1<2)-1", 5},
+        EvalCase{"(1<2)*1", 7},
+        EvalCase{"(1<2)/1", 9},
+        EvalCase{"(1<2)^1", 12},
+        EvalCase{"-(1<2)", 14},
+        EvalCase{"sqrt(1<2)", 16},
+        EvalCase{"log(1<2)", 19},
+        EvalCase{"exp(1<2)", 22},
+        EvalCase{"sin(1<2)", 24},
+        EvalCase{"cos(1<2)", 26},
+        EvalCase{"tan(1<2)", 28},
+        EvalCase{"asin(1<2)", 30},
+        EvalCase{"acos(1<2)", 33},
+        EvalCase{"atan(1<2)", 36},
+        EvalCase{"log10(1<2)", 38},
+        EvalCase{"!1", 45},
+        EvalCase{"(1<2)<1", 47},
+        EvalCase{"(1<2)>1", 49},
+        EvalCase{"(1<2)<=1", 51},
+        EvalCase{"(1<2)>=1", 53},
+        EvalCase{"(1<2) == 1", 55},
+        EvalCase{"1 != (1<2)", 57},
+        EvalCase{"1 && (1<2)", 59},
+        EvalCase{"(1<2) || 1", 61},
+        EvalCase{"atan2(1<2, 1)", 64},
+        EvalCase{"atan2(1, 1<2)", 64},
+        // Comparisons of the same priority group from the left.
+        EvalCase{"1 < 2 < 3", 47}),
+    [](const testing::TestParamInfo<EvalCase>& info) { return "Case" + std::to_string(info.index); });
+
+// Division and the functions with a domain.
+INSTANTIATE_TEST_SUITE_P(DomainCodes, Evaluation,
+    testing::Values(EvalCase{"1/0", 10},
+        EvalCase{"1/(2-2)", 10},
+        EvalCase{"sqrt(-1)", 17},
+        EvalCase{"log(0)", 20},
+        EvalCase{"log(-1)", 20},
+        // log10 shares the natural logarithm's code.
+        EvalCase{"log10(0)", 20},
+        EvalCase{"log10(-5)", 20},
+        EvalCase{"asin(2)", 31},
+        EvalCase{"asin(-1.5)", 31},
+        EvalCase{"acos(1.0001)", 34},
+        EvalCase{"acos(-2)", 34}),
+    [](const testing::TestParamInfo<EvalCase>& info) { return "Case" + std::to_string(info.index); });
+
+// A sign that the translator moves out before its operand exists: the
+// Stack column is reachable from valid text for the unary operators.
+INSTANTIATE_TEST_SUITE_P(ReachableStackCodes, Evaluation,
+    testing::Values(EvalCase{"- -3", 13}, EvalCase{"(- -3)", 13}, EvalCase{"!-1", 44}, EvalCase{"(!-1 < 2)", 44},
+        // The sign moved out early negates the value below it: (-1) + (-3).
+        EvalCase{"1 + (- -3)", 0, -4}),
+    [](const testing::TestParamInfo<EvalCase>& info) { return "Case" + std::to_string(info.index); });
+
+TEST(ZWPolaca, NoChecksForOverflowOrNaN)
+{
+    const zwtest::Evaluation big = Evaluate(QStringLiteral("exp(1000)"));
+    EXPECT_EQ(big.code, 0);
+    EXPECT_TRUE(std::isinf(big.value));
+    const zwtest::Evaluation nan = Evaluate(QStringLiteral("(-8)^0.5"));
+    EXPECT_EQ(nan.code, 0);
+    EXPECT_TRUE(std::isnan(nan.value));
+}
+
+// Each operator alone, fed straight to the translator: the Stack column.
+TEST(ZWPolaca, MissingOperandCodes)
+{
+    const std::vector<std::pair<int, int>> table = {{ZWToken::Add, 2}, {ZWToken::Subtract, 4},
+        {ZWToken::Multiply, 6}, {ZWToken::Divide, 8}, {ZWToken::Power, 11}, {ZWToken::UnaryMinus, 13},
+        {ZWToken::Sqrt, 15}, {ZWToken::Log, 18}, {ZWToken::Exp, 21}, {ZWToken::Sin, 23}, {ZWToken::Cos, 25},
+        {ZWToken::Tan, 27}, {ZWToken::Asin, 29}, {ZWToken::Acos, 32}, {ZWToken::Atan, 35}, {ZWToken::Log10, 37},
+        {ZWToken::Less, 46}, {ZWToken::Greater, 48}, {ZWToken::LessEqual, 50}, {ZWToken::GreaterEqual, 52},
+        {ZWToken::Equal, 54}, {ZWToken::NotEqual, 56}, {ZWToken::And, 58}, {ZWToken::Or, 60}, {ZWToken::Not, 44},
+        {ZWToken::Atan2, 63}};
+    const bool binary[] = {true, true, true, true, true, false, false, false, false, false, false, false, false,
+        false, false, false, true, true, true, true, true, true, true, true, false, true};
+    for (size_t i = 0; i < table.size(); ++i) {
+        const auto [type, code] = table[i];
+        ZWToken op;
+        op.Set(QStringLiteral("op"), type, 0, -1);
+        ZWToken end;
+        end.Set(QString(), ZWToken::End, 0, -1);
+        ZWPolaca alone;
+        alone.AddToken(op);
+        alone.AddToken(end);
+        double value = 0;
+        int valueType = -1;
+        EXPECT_EQ(alone.Evaluate(value, valueType), code) << "type " << type << " alone";
+        EXPECT_EQ(value, ZW_NO_VALUE);
+        if (binary[i]) {
+            // One operand is still one too few.
+            ZWToken one;
+            one.Set(1.0, ZWToken::Constant, 0, ZWToken::Numeric);
+            ZWPolaca half;
+            half.AddToken(one);
+            half.AddToken(op);
+            half.AddToken(end);
+            EXPECT_EQ(half.Evaluate(value, valueType), code) << "type " << type << " with one operand";
+        }
+    }
+}
+
+TEST(ZWPolaca, EmptyTranslationIsCode41)
+{
+    ZWPolaca empty;
+    double value = 0;
+    int valueType = -1;
+    EXPECT_EQ(empty.Evaluate(value, valueType), 41);
+    EXPECT_EQ(empty.GetType(), -1);
+}
+
+TEST(ZWPolaca, ResultTypeFromTheLastToken)
+{
+    const std::vector<std::pair<const char*, int>> table = {{"1+2", 0}, {"1<2", 1}, {"!(1<2)", 1},
+        {"(1<2)+1", 0}, {"1==2", 1}, {"(1<2)&&(2<3)", 1}, {"[a.b]", 0}, {"sqrt(1<2)", 0}, {"Name", 0}};
+    for (const auto& [formula, type] : table) {
+        ZWEvaluator evaluator(QString::fromUtf8(formula));
+        EXPECT_EQ(evaluator.AnalizeExpression(), type) << formula;
+        EXPECT_EQ(evaluator.GetPolaca().GetType(), type) << formula;
+    }
+}
+
+TEST(ZWPolaca, ListsDeviceVariablesAndFormulasInPostfixOrder)
+{
+    ZWEvaluator evaluator(QStringLiteral("B + A * B + [x.y] * [c.d] + C + [x.y]"));
+    ASSERT_EQ(evaluator.AnalizeExpression(), 0);
+    std::vector<QString> names;
+    names.push_back(QStringLiteral("stale"));
+    evaluator.GetFormules(names);
+    EXPECT_EQ(names, (std::vector<QString>{QStringLiteral("B"), QStringLiteral("A"), QStringLiteral("C")}));
+    std::vector<ZWToken> devices;
+    evaluator.GetDeviceVariables(devices);
+    evaluator.GetDeviceVariables(devices); // appends
+    QStringList texts;
+    for (const ZWToken& t : devices)
+        texts << t.GetValue();
+    EXPECT_EQ(texts.join(QLatin1Char(',')), QStringLiteral("x.y,c.d,x.y,x.y,c.d,x.y"));
+    EXPECT_FALSE(evaluator.IsOnlyOneDeviceVariable());
+
+    for (const auto& [formula, only] :
+        std::vector<std::pair<const char*, bool>>{{"[a.b]", true}, {"(([a.b]))", true}, {"-[a.b]", false},
+            {"[a.b]+0", false}, {"A", false}}) {
+        ZWEvaluator e(QString::fromUtf8(formula));
+        ASSERT_NE(e.AnalizeExpression(), -1);
+        EXPECT_EQ(e.IsOnlyOneDeviceVariable(), only) << formula;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// Device variables
+
+class DeviceVariables : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_live.Set(QStringLiteral("m.e"), 5.0);
+        m_live.Set(QStringLiteral("m.f"), 2.0);
+        m_live.Set(QStringLiteral("m.none"), std::nullopt);
+        m_live.Set(QStringLiteral("m.none2"), std::nullopt);
+        m_live.Set(QStringLiteral("nodot"), 3.0);
+        m_live.Set(QStringLiteral("Meter 1.Power"), 7.5);
+    }
+    zwtest::LiveValuesScope m_live;
+};
+
+TEST_F(DeviceVariables, LiveValuesAndTheirCodes)
+{
+    struct Case
+    {
+        const char* formula;
+        int code;
+        double value;
+        const char* undefined;
+    };
+    const Case cases[] = {
+        {"[m.e] * [m.f]", 0, 10, ""},
+        {"[Meter 1.Power]", 0, 7.5, ""},
+        {"[m.e:max] + 1", 0, 6, ""},
+        {"[nodot]", 0, 3, ""},
+        // The host does not know it: evaluation stops at once.
+        {"[zz.q] + [m.none]", 1, 0, ""},
+        {"[m.none] + [zz.q]", 1, 0, "m.none"},
+        // Known without a current value.
+        {"[m.none]", 62, 0, "m.none"},
+        // 62 only when the variable without a value was the last one looked up.
+        {"[m.e] + [m.none]", 62, 0, "m.none"},
+        {"[m.none] + [m.e]", 40, 0, "m.none"},
+        {"[m.none] * [m.none2] + [m.none]", 62, 0, "m.none,m.none2"},
+        // The placeholder 1.0 may be what divides by zero: missing data, 40.
+        {"[m.e] / ([m.none] - 1)", 40, 0, "m.none"},
+        {"1 / ([m.none] - 1) + [m.e]", 40, 0, "m.none"},
+        {"sqrt(-[m.none]) + [m.e]", 40, 0, "m.none"},
+        {"log10(0) + [m.none]", 20, 0, ""},
+    };
+    for (const Case& c : cases) {
+        const zwtest::Evaluation e = Evaluate(QString::fromUtf8(c.formula));
+        ASSERT_NE(e.analyze, -1) << c.formula;
+        EXPECT_EQ(e.code, c.code) << c.formula;
+        if (c.code == 0) {
+            EXPECT_EQ(e.value, c.value) << c.formula;
+        } else {
+            EXPECT_EQ(e.value, ZW_NO_VALUE) << c.formula;
+        }
+        EXPECT_EQ(e.undefined.join(QLatin1Char(',')).toStdString(), c.undefined) << c.formula;
+    }
+}
+
+TEST_F(DeviceVariables, ValueTypeReportedWhenOneValueIsLeft)
+{
+    zwtest::Evaluation e = Evaluate(QStringLiteral("[m.none] < 3"));
+    EXPECT_EQ(e.code, 62);
+    EXPECT_EQ(e.valueType, 1);
+    e = Evaluate(QStringLiteral("[m.none]"));
+    EXPECT_EQ(e.code, 62);
+    EXPECT_EQ(e.valueType, 0);
+}
+
+TEST_F(DeviceVariables, WithoutDiscriminatorsOnlyPlainNames)
+{
+    zwtest::EvaluationOptions plain;
+    plain.discriminators = false;
+    EXPECT_EQ(Evaluate(QStringLiteral("[m.e] + 1"), plain).code, 0);
+    EXPECT_EQ(Evaluate(QStringLiteral("[Meter 1.Power]"), plain).code, 0);
+    EXPECT_EQ(Evaluate(QStringLiteral("[m.e:max] + 1"), plain).code, 1);
+    EXPECT_EQ(Evaluate(QStringLiteral("[nodot]"), plain).code, 1);
+    EXPECT_EQ(Evaluate(QStringLiteral("[zz.q]"), plain).code, 1);
+}
+
+TEST_F(DeviceVariables, NoStoreMeansEveryVariableIsUnknown)
+{
+    ZWDriverSupport::SetStore(nullptr);
+    EXPECT_EQ(Evaluate(QStringLiteral("[m.e]")).code, 1);
+}
+
+TEST_F(DeviceVariables, LoggedDataTakesPrecedenceOverLiveValues)
+{
+    const ZWDateTime begin = ZWDateTime::FromDMY(2024, 3, 1);
+    const ZWDateTime end = ZWDateTime::FromDMY(2024, 3, 2);
+    ZWLoggerInfo info;
+    info.AddVariable(QStringLiteral("m.f"));
+    info.AddVariable(QStringLiteral("m.e"));
+    info.AddVariable(QStringLiteral("m.none"));
+    ZWLoggerData data;
+    data.Setup(info);
+    data.SetData(begin, end, ZWDataRecord{begin, {20.0, 100.0, ZW_NO_VALUE}});
+
+    zwtest::EvaluationOptions options;
+    options.loggerData = &data;
+    zwtest::Evaluation e = Evaluate(QStringLiteral("[m.e] + [m.f]"), options);
+    EXPECT_EQ(e.code, 0);
+    EXPECT_EQ(e.value, 120.0);
+    // A loaded variable without data, or one that is not loaded: no value,
+    // and with logged data that is 40, never 62.
+    e = Evaluate(QStringLiteral("[m.e] + [m.none]"), options);
+    EXPECT_EQ(e.code, 40);
+    EXPECT_EQ(e.undefined, QStringList{QStringLiteral("m.none")});
+    e = Evaluate(QStringLiteral("[m.e] + [Meter 1.Power]"), options);
+    EXPECT_EQ(e.code, 40);
+    // Unknown to the host stays 1.
+    EXPECT_EQ(Evaluate(QStringLiteral("[zz.q]"), options).code, 1);
+
+    // A record at or after the end of the period has no value.
+    data.SetData(begin, end, ZWDataRecord{end, {20.0, 100.0, 1.0}});
+    EXPECT_EQ(Evaluate(QStringLiteral("[m.e]"), options).code, 40);
+    // No record for the period.
+    ZWLoggerData empty;
+    empty.Setup(info);
+    options.loggerData = &empty;
+    EXPECT_EQ(Evaluate(QStringLiteral("[m.e]"), options).code, 40);
+}
+
+// ---------------------------------------------------------------------------
+// References to formulas of the library
+
+class References : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_live.Set(QStringLiteral("m.e"), 5.0);
+        m_live.Set(QStringLiteral("m.none"), std::nullopt);
+        m_library = zwtest::Library({
+            {QStringLiteral("A"), QStringLiteral("1+2")},
+            {QStringLiteral("B"), QStringLiteral("A*2")},
+            {QStringLiteral("C"), QStringLiteral("B+A")},
+            {QStringLiteral("Bool"), QStringLiteral("1<2")},
+            {QStringLiteral("Bad"), QStringLiteral("2 +")},
+            {QStringLiteral("Missing"), QStringLiteral("Nope+1")},
+            {QStringLiteral("Dev"), QStringLiteral("[m.e] * 2")},
+            {QStringLiteral("NoData"), QStringLiteral("[m.none] + 1")},
+            {QStringLiteral("Unknown"), QStringLiteral("[zz.q] + 1")},
+            {QStringLiteral("Filtered"), QStringLiteral("[m.e:max]")},
+            {QStringLiteral("Zero"), QStringLiteral("1/0")},
+            {QStringLiteral("Loop"), QStringLiteral("Loop+1")},
+            {QStringLiteral("P"), QStringLiteral("Q*2")},
+            {QStringLiteral("Q"), QStringLiteral("1+P")},
+            {QStringLiteral("UsesLoop"), QStringLiteral("A + P")},
+        });
+        m_options.formulas = m_library.get();
+    }
+    zwtest::LiveValuesScope m_live;
+    std::unique_ptr<XmlDocument> m_library;
+    zwtest::EvaluationOptions m_options;
+};
+
+TEST_F(References, EvaluatedFromTheLibrary)
+{
+    struct Case
+    {
+        const char* formula;
+        int code;
+        double value;
+        const char* undefined;
+    };
+    const Case cases[] = {
+        {"C", 0, 9, ""},
+        {"C * A - B", 0, 21, ""},
+        {"Dev + 1", 0, 11, ""},
+        // A reference counts as numeric even when the formula is boolean.
+        {"Bool + 1", 0, 2, ""},
+        {"Bool && (1<2)", 59, 0, ""},
+        {"Bad + 1", 43, 0, ""},
+        {"Nope * 2", 40, 0, "Nope"},
+        {"Missing", 40, 0, "Nope,Missing"},
+        // Names are case-sensitive.
+        {"a", 40, 0, "a"},
+        // A code other than 1 or 40 ends the evaluation at once.
+        {"Zero + Nope", 10, 0, ""},
+        {"NoData", 62, 0, "m.none"},
+        {"Unknown + 1", 1, 0, "Unknown"},
+        {"Unknown + A", 40, 0, "Unknown"},
+    };
+    for (const Case& c : cases) {
+        const zwtest::Evaluation e = Evaluate(QString::fromUtf8(c.formula), m_options);
+        ASSERT_NE(e.analyze, -1) << c.formula;
+        EXPECT_EQ(e.code, c.code) << c.formula;
+        if (c.code == 0) {
+            EXPECT_EQ(e.value, c.value) << c.formula;
+        }
+        EXPECT_EQ(e.undefined.join(QLatin1Char(',')).toStdString(), c.undefined) << c.formula;
+    }
+}
+
+TEST_F(References, WithoutALibraryEveryNameIsUndefined)
+{
+    const zwtest::Evaluation e = Evaluate(QStringLiteral("A + B"));
+    EXPECT_EQ(e.code, 40);
+    EXPECT_EQ(e.undefined, (QStringList{QStringLiteral("A"), QStringLiteral("B")}));
+    EXPECT_EQ(e.valueType, 0);
+}
+
+TEST_F(References, ReferencedFormulasAcceptFilteredNames)
+{
+    // A referenced formula is evaluated by an evaluator of its own, built
+    // afresh with discriminators enabled.
+    m_options.discriminators = false;
+    const zwtest::Evaluation e = Evaluate(QStringLiteral("Filtered"), m_options);
+    EXPECT_EQ(e.code, 0);
+    EXPECT_EQ(e.value, 5.0);
+    EXPECT_EQ(Evaluate(QStringLiteral("[m.e:max]"), m_options).code, 1);
+}
+
+TEST_F(References, SelfReferenceEndsWithCode40)
+{
+    zwtest::Evaluation e = Evaluate(QStringLiteral("Loop"), m_options);
+    EXPECT_EQ(e.code, 40);
+    EXPECT_EQ(e.undefined, QStringList{QStringLiteral("Loop")});
+    e = Evaluate(QStringLiteral("2 * UsesLoop"), m_options);
+    EXPECT_EQ(e.code, 40);
+    EXPECT_TRUE(e.undefined.contains(QStringLiteral("P")));
+    EXPECT_TRUE(e.undefined.contains(QStringLiteral("UsesLoop")));
+}
+
+TEST_F(References, TheLibraryIsReadAgainOnEveryEvaluation)
+{
+    ZWEvaluator evaluator(QStringLiteral("B"));
+    ASSERT_EQ(evaluator.AnalizeExpression(), 0);
+    evaluator.SetFormules(m_library.get());
+    double value = 0;
+    int valueType = -1;
+    ASSERT_EQ(evaluator.Evaluate(value, valueType), 0);
+    EXPECT_EQ(value, 6.0);
+    // The same document, changed: A is now 10.
+    ZWFormulaLibrary::Build({QStringLiteral("A"), QStringLiteral("B")}, {QStringLiteral("10"), QStringLiteral("A*2")},
+        *m_library);
+    ASSERT_EQ(evaluator.Evaluate(value, valueType), 0);
+    EXPECT_EQ(value, 20.0);
+    ZWFormulaLibrary::Build({QStringLiteral("B")}, {QStringLiteral("A*2")}, *m_library);
+    EXPECT_EQ(evaluator.Evaluate(value, valueType), 40);
+}
+
+std::unique_ptr<XmlDocument> Chain(int length)
+{
+    std::vector<std::pair<QString, QString>> formulas;
+    for (int i = 1; i < length; ++i)
+        formulas.emplace_back(QStringLiteral("F%1").arg(i), QStringLiteral("F%1+1").arg(i + 1));
+    formulas.emplace_back(QStringLiteral("F%1").arg(length), QStringLiteral("1"));
+    return zwtest::Library(formulas);
+}
+
+TEST(ReferenceDepth, ChainsUpToTheLimitEvaluate)
+{
+    const int limit = ZWPolaca::MaxReferenceDepth;
+    auto library = Chain(limit);
+    zwtest::EvaluationOptions options;
+    options.formulas = library.get();
+    zwtest::Evaluation e = Evaluate(QStringLiteral("F1"), options);
+    EXPECT_EQ(e.code, 0);
+    EXPECT_EQ(e.value, double(limit));
+
+    library = Chain(limit + 1);
+    options.formulas = library.get();
+    e = Evaluate(QStringLiteral("F1"), options);
+    EXPECT_EQ(e.code, 40);
+    EXPECT_TRUE(e.undefined.contains(QStringLiteral("F%1").arg(limit + 1)));
+}
+
+TEST(ReferenceDepth, SharedFormulasAreNotEvaluatedOncePerPath)
+{
+    // G1 = G2+G2, G2 = G3+G3, ...: 2^59 paths, one value each.
+    std::vector<std::pair<QString, QString>> formulas;
+    for (int i = 1; i < 60; ++i)
+        formulas.emplace_back(QStringLiteral("G%1").arg(i), QStringLiteral("G%1+G%1").arg(i + 1));
+    formulas.emplace_back(QStringLiteral("G60"), QStringLiteral("1"));
+    const auto library = zwtest::Library(formulas);
+    zwtest::EvaluationOptions options;
+    options.formulas = library.get();
+    const zwtest::Evaluation e = Evaluate(QStringLiteral("G1"), options);
+    EXPECT_EQ(e.code, 0);
+    EXPECT_EQ(e.value, std::ldexp(1.0, 59));
+}
+
+} // namespace
