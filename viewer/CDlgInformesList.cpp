@@ -1,10 +1,9 @@
 #include "viewer/CDlgInformesList.h"
 
 #include "host/ZWLoadString.h"
-#include "host/ZWMarentaSetup.h"
+#include "viewer/ZWViewerHost.h"
 
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -87,14 +86,8 @@ void CDlgInformesList::InitializeFields()
     m_list->clear();
     m_list->setSelectionMode(m_type == Several ? QAbstractItemView::ExtendedSelection
                                                : QAbstractItemView::SingleSelection);
-    // Only ".XRPT" exactly: backups beside a report ("Name.XRPT.bak") are not reports.
-    QDir dir(ZWMarentaSetup::instance().GetReportDirectory());
-    dir.setNameFilters({QStringLiteral("*.XRPT")});
-    dir.setFilter(QDir::Files | QDir::CaseSensitive);
-    dir.setSorting(QDir::Name | QDir::LocaleAware);
     QTreeWidgetItem* remembered = nullptr;
-    for (const QFileInfo& info : dir.entryInfoList()) {
-        const QString title = info.completeBaseName();
+    for (const QString& title : ZWViewerHost::ReportNames()) {
         auto* item = new QTreeWidgetItem(m_list, {title});
         if (!remembered && title == m_preselect)
             remembered = item;

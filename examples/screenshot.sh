@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Makes examples/screenshot.png, the picture of the viewer in the README:
+# the monthly energy report of the demo site for the last complete month.
+# Runs without a display (Qt's offscreen platform) and leaves the user's
+# settings alone. Usage: examples/screenshot.sh [BUILD_DIR]
+set -euo pipefail
+BUILD=${1:-build}
+ZW="$BUILD/app/zwinformes"
+case "$ZW" in /*) ;; *) ZW="$PWD/$ZW" ;; esac
+cd "$(dirname "$0")/.."
+mkdir -p out
+
+DB="sqlite:out/demo.sqlite"
+if [ ! -f out/demo.sqlite ]; then
+  "$ZW" demo-db --db "$DB" --months 14 --step 15m
+fi
+last_month=$(date -d "$(date +%Y-%m-01) -1 month" +%Y-%m-15T12:00:00)
+settings=$(mktemp --suffix=.ini)
+trap 'rm -f "$settings"' EXIT
+ZWINFORMES_SETTINGS="$settings" QT_QPA_PLATFORM=offscreen \
+  "$ZW" screenshot examples/reports/MonthlyEnergy.XRPT --db "$DB" --locale en_US \
+  --unit month --date "$last_month" --size 1200x900 -o examples/screenshot.png

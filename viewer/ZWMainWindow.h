@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QMainWindow>
+#include <QPointer>
+
+class CDlgViewer;
+class QAction;
+class QLabel;
+class QListWidget;
+
+// The desktop application's main window, in the host's role: the reports
+// of the report folder, each opened in a viewer with the unit last chosen;
+// the report last opened is remembered and preselected; the logger
+// database can be chosen.
+class ZWMainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit ZWMainWindow(QWidget* parent = nullptr);
+    ~ZWMainWindow() override;
+
+    // Opens the logger database of the setup; a message says why it cannot.
+    bool OpenDatabase();
+    // Lists the reports of the folder again, keeping the selection.
+    void Refresh();
+    // Opens the selected report in a new viewer.
+    void OnOpen();
+    // Opens `name` (a report of the folder) in a new viewer; null when the
+    // report could not be read.
+    CDlgViewer* OpenReport(const QString& name);
+    void OnLoggerDatabase();
+
+    QListWidget* List() const { return m_list; }
+    QAction* OpenAction() const { return m_open; }
+    // The viewers opened and not yet closed.
+    QList<CDlgViewer*> Viewers() const;
+
+protected:
+    // Makes the viewer of a report; tests make one that answers its own dialogs.
+    virtual CDlgViewer* CreateViewer();
+    virtual int ExecDialog(QDialog& dialog);
+    virtual void ShowMessage(const QString& text);
+
+private:
+    void UpdateStatus();
+
+    QListWidget* m_list;
+    QLabel* m_database;
+    QAction* m_open;
+    QAction* m_refresh;
+    QAction* m_chooseDatabase;
+    QList<QPointer<CDlgViewer>> m_viewers;
+};
