@@ -6,7 +6,11 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QDir>
+#include <cerrno>
 #include <cstdio>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <memory>
 
 std::vector<ZWCommand>& ZWCommandRegistry::Commands()
@@ -156,6 +160,14 @@ int main(int argc, char** argv)
     // never a display.
     if (command->needs == ZWCommand::Needs::Gui && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Without a login session (a service, a container) Qt falls back to a
+    // runtime folder of its own and says so on every run; make that folder
+    // quietly, as Qt would.
+    if (command->needs != ZWCommand::Needs::Core && qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+        const QByteArray dir = QDir::tempPath().toLocal8Bit() + "/runtime-" + QByteArray::number(getuid());
+        if (::mkdir(dir.constData(), 0700) == 0 || errno == EEXIST)
+            qputenv("XDG_RUNTIME_DIR", dir);
+    }
     std::unique_ptr<QCoreApplication> app;
     switch (command->needs) {
     case ZWCommand::Needs::Core:

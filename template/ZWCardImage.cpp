@@ -7,6 +7,7 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QThread>
 
@@ -162,7 +163,13 @@ void ZWCardImage::Draw(QPainter& dc, const tagDraw& draw)
         dc.setClipPath(draw.PageClipPath(), Qt::IntersectClip);
     const QRect device = targetRect.ToQRect();
     const QSize size = device.size();
-    if (qint64(size.width()) * size.height() > MaxDrawPixels) {
+    const bool vector = dc.paintEngine() && dc.paintEngine()->type() == QPaintEngine::Pdf;
+    if (vector) {
+        // A PDF (and printing, which goes through PDF) keeps the picture at
+        // its own resolution and scales it on paper: no resampled copy.
+        dc.setRenderHint(QPainter::SmoothPixmapTransform, true);
+        dc.drawImage(device, image);
+    } else if (qint64(size.width()) * size.height() > MaxDrawPixels) {
         // Far beyond any screen: let the painter scale what is visible.
         drawImage = QImage();
         dc.setRenderHint(QPainter::SmoothPixmapTransform, true);
