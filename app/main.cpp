@@ -160,6 +160,22 @@ int main(int argc, char** argv)
     // never a display.
     if (command->needs == ZWCommand::Needs::Gui && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+#if defined(Q_OS_UNIX) && !defined(Q_OS_MACOS)
+    // Windows need a display; without one Qt would abort. Help texts need none.
+    if (command->needs == ZWCommand::Needs::Widgets && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        const bool help = args.contains(QStringLiteral("--help")) || args.contains(QStringLiteral("-h"))
+            || args.contains(QStringLiteral("--help-all"));
+        if (help) {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        } else if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+            Err() << "zwinformes: " << command->name
+                  << " opens windows and there is no display (DISPLAY and WAYLAND_DISPLAY are not set);"
+                     " QT_QPA_PLATFORM=offscreen runs it without one\n";
+            Err().flush();
+            return ExitFailed;
+        }
+    }
+#endif
     // Without a login session (a service, a container) Qt falls back to a
     // runtime folder of its own and says so on every run; make that folder
     // quietly, as Qt would.

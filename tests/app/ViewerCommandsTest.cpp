@@ -19,12 +19,16 @@ protected:
 
     void SetUp() override { ASSERT_TRUE(m_dir.isValid()); }
 
-    Result Run(const QStringList& args)
+    Result Run(const QStringList& args, bool display = true)
     {
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("ZWINFORMES_LOCALE"), QStringLiteral("C"));
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        if (!display) {
+            for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
+                environment.remove(QString::fromLatin1(name));
+        }
         environment.insert(QStringLiteral("ZWINFORMES_SETTINGS"), m_dir.filePath(QStringLiteral("settings.ini")));
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(ZW_BINARY_DIR "/app/zwinformes"), args);
@@ -100,6 +104,16 @@ TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
         EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message)))
             << c.args.join(QLatin1Char(' ')).toStdString() << "\n" << r.err.toStdString();
     }
+}
+
+TEST_F(ViewerCommands, WithoutADisplayWindowsAreRefusedButHelpIsGiven)
+{
+    const Result gui = Run({}, false);
+    EXPECT_EQ(gui.status, 1);
+    EXPECT_TRUE(gui.err.contains(QStringLiteral("there is no display"))) << gui.err.toStdString();
+    const Result view = Run({QStringLiteral("view"), Report()}, false);
+    EXPECT_EQ(view.status, 1);
+    EXPECT_EQ(Run({QStringLiteral("view"), QStringLiteral("--help")}, false).status, 0);
 }
 
 } // namespace
