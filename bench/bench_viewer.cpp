@@ -137,7 +137,7 @@ void BM_RepaintBaselineSolidWindow(benchmark::State& state)
         state.SkipWithError("the window did not repaint");
     state.counters["fps"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
 }
-BENCHMARK(BM_RepaintBaselineSolidWindow)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RepaintBaselineSolidWindow)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The page drawn into a picture at the window's resolution at 100 %.
 void BM_RenderPageBaseline(benchmark::State& state)
@@ -149,7 +149,7 @@ void BM_RenderPageBaseline(benchmark::State& state)
     }
     state.counters["fps"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
 }
-BENCHMARK(BM_RenderPageBaseline)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RenderPageBaseline)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // Arg: the zoom in percent, 0 = fit to window.
 void BM_RepaintPage(benchmark::State& state)
@@ -173,7 +173,7 @@ void BM_RepaintPage(benchmark::State& state)
     state.counters["fps"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
     state.counters["factor"] = std::fabs(factor);
 }
-BENCHMARK(BM_RepaintPage)->Arg(0)->Arg(100)->Arg(400)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RepaintPage)->Arg(0)->Arg(100)->Arg(400)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_SwitchPage(benchmark::State& state)
 {
@@ -190,7 +190,7 @@ void BM_SwitchPage(benchmark::State& state)
     }
     state.counters["fps"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
 }
-BENCHMARK(BM_SwitchPage)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SwitchPage)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_ZoomStep(benchmark::State& state)
 {
@@ -205,7 +205,7 @@ void BM_ZoomStep(benchmark::State& state)
     }
     state.counters["fps"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
 }
-BENCHMARK(BM_ZoomStep)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ZoomStep)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
 
