@@ -43,5 +43,5 @@ run check-loops --formules "$LIB"
 # The viewer on the same report, when a display is there to show it.
 if "$ZW" --help | grep -q '^  view ' && { [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; }; then
   echo "== Opening the viewer"
-  "$ZW" view "$REPORT" --db "$DB" --unit month &
+  "$ZW" view "$REPORT" --db "$DB" --unit month --date "$last_month" &
 fi

@@ -191,7 +191,9 @@ void ZWViewTemplateWnd::paintEvent(QPaintEvent*)
         // Beneath the page when the page has no out colour of its own.
         dc.fillRect(client, palette().color(QPalette::Dark));
         dc.setRenderHint(QPainter::TextAntialiasing, true);
-        Draw(dc, client, client);
+        // Cards fill their background colours on screen as on paper: the
+        // window shows what will be printed.
+        Draw(dc, client, false, false, client);
     }
     QPainter screen(area);
     screen.drawImage(0, 0, m_backBuffer);
