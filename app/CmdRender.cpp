@@ -12,7 +12,6 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QSaveFile>
-#include <cmath>
 
 namespace {
 
@@ -86,16 +85,12 @@ bool WritePngs(const QString& dir, const QString& base, std::vector<std::unique_
         return false;
     }
     for (size_t i = 0; i < pages.size(); ++i) {
-        const QSize size = ZWPageRenderer::PageSize(pages[i]->Page().properties, dpi);
-        if (!size.isValid()) {
+        QImage image = ZWPageRenderer::PageImage(pages[i]->Page().properties, dpi);
+        if (image.isNull()) {
             error = QStringLiteral("page %1 is too large for %2 dpi").arg(i + 1).arg(dpi);
             return false;
         }
-        QImage image(size, QImage::Format_RGB32);
-        const int dotsPerMeter = int(std::round(dpi / 0.0254));
-        image.setDotsPerMeterX(dotsPerMeter);
-        image.setDotsPerMeterY(dotsPerMeter);
-        image.fill(Qt::white);
+        const QSize size = image.size();
         {
             QPainter painter(&image);
             painter.setRenderHint(QPainter::TextAntialiasing, true);

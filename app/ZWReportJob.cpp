@@ -38,23 +38,24 @@ bool ReadDate(QCommandLineParser& p, const QString& option, ZWDateTime& out, QSt
 
 } // namespace
 
-int ZWReportJob::Prepare(ZWCommandLine& cl, const QString& report)
+int ZWReportJob::ReadPeriod(ZWCommandLine& cl, ZWReportPeriod& period, ZWDateTime& now)
 {
     QCommandLineParser& p = cl.Parser();
     const std::optional<int> unit = ZWReportPeriod::UnitFromName(p.value(QStringLiteral("unit")));
     if (!unit)
         return cl.UsageError(QStringLiteral("unknown unit '%1'").arg(p.value(QStringLiteral("unit"))));
     QString error;
-    ZWDateTime now = ZWDateTime::LTC();
+    now = ZWDateTime::LTC();
     if (p.isSet(QStringLiteral("now")) && !ReadDate(p, QStringLiteral("now"), now, error))
         return cl.UsageError(error);
     ZWDateTime date = now;
     if (p.isSet(QStringLiteral("date")) && !ReadDate(p, QStringLiteral("date"), date, error))
         return cl.UsageError(error);
-    ZWDateTime from, to;
+    period.Reset(*unit);
     if (*unit == ID_GROUPBY_USER) {
         if (!p.isSet(QStringLiteral("from")) || !p.isSet(QStringLiteral("to")))
             return cl.UsageError(QStringLiteral("--unit user needs --from and --to"));
+        ZWDateTime from, to;
         if (!ReadDate(p, QStringLiteral("from"), from, error) || !ReadDate(p, QStringLiteral("to"), to, error))
             return cl.UsageError(error);
         const ZWUserInterval::Check check = ZWUserInterval::Validate(from, to, now);
@@ -62,7 +63,21 @@ int ZWReportJob::Prepare(ZWCommandLine& cl, const QString& report)
             Err() << "zwinformes: " << ZWLoadString(check) << "\n";
             return ExitFailed;
         }
+        period.SetupUserInterval(from, to);
+    } else if (p.isSet(QStringLiteral("from")) || p.isSet(QStringLiteral("to"))) {
+        return cl.UsageError(QStringLiteral("--from and --to go with --unit user"));
     }
+    period.SetupData(date, *unit, true, now);
+    return -1;
+}
+
+int ZWReportJob::Prepare(ZWCommandLine& cl, const QString& report)
+{
+    ZWDateTime now;
+    ZWReportPeriod period;
+    if (const int status = ReadPeriod(cl, period, now); status >= 0)
+        return status;
+    QString error;
 
     const QString dbText = ZWMarentaSetup::instance().GetLoggerDatabase();
     ZWLoggerUrl url;
@@ -81,11 +96,7 @@ int ZWReportJob::Prepare(ZWCommandLine& cl, const QString& report)
         return ExitFailed;
     }
     m_data.SetNow(now);
-    ZWReportPeriod& period = m_data.Period();
-    period.Reset(*unit);
-    if (*unit == ID_GROUPBY_USER)
-        period.SetupUserInterval(from, to);
-    period.SetupData(date, *unit, true, now);
+    m_data.Period() = period;
     return -1;
 }
 

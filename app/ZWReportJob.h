@@ -16,6 +16,11 @@ public:
     // Adds --unit, --date, --now, --from, --to to the parser (--db and the
     // other global options are taken before any command).
     static void AddOptions(QCommandLineParser& parser);
+    // Sets `period` from --unit, --date, --now, --from and --to, and `now`
+    // from --now (default the clock). Returns -1 to go on or the exit
+    // status to return (2 for a malformed option, 1 for a user interval
+    // that its checks refuse).
+    static int ReadPeriod(ZWCommandLine& cl, ZWReportPeriod& period, ZWDateTime& now);
     // Reads the options, opens the database and the report and sets the
     // period. Returns -1 to go on or the exit status to return.
     int Prepare(ZWCommandLine& cl, const QString& report);

@@ -65,11 +65,11 @@ QSize ZWPageRenderer::PageSize(const ZWGlobalProperties& properties, double dpi)
     return QSize(roundi(w), roundi(h));
 }
 
-QImage ZWPageRenderer::RenderPage(ZWTemplatePage& page, double dpi)
+QImage ZWPageRenderer::PageImage(const ZWGlobalProperties& properties, double dpi)
 {
     if (!(dpi >= 1.0 && dpi <= 2400.0))
         return QImage();
-    const QSize size = PageSize(page.properties, dpi);
+    const QSize size = PageSize(properties, dpi);
     if (!size.isValid())
         return QImage();
     QImage image(size, QImage::Format_RGB32);
@@ -79,6 +79,15 @@ QImage ZWPageRenderer::RenderPage(ZWTemplatePage& page, double dpi)
     image.setDotsPerMeterX(dotsPerMeter);
     image.setDotsPerMeterY(dotsPerMeter);
     image.fill(Qt::white);
+    return image;
+}
+
+QImage ZWPageRenderer::RenderPage(ZWTemplatePage& page, double dpi)
+{
+    QImage image = PageImage(page.properties, dpi);
+    if (image.isNull())
+        return image;
+    const QSize size = image.size();
     QPainter painter(&image);
     painter.setRenderHint(QPainter::TextAntialiasing, true);
     const QRect target(QPoint(0, 0), size);

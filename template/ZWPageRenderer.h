@@ -32,6 +32,9 @@ public:
     // size in pixels: PageSize). A null image when the page would be larger
     // than MaxPixels or the resolution is out of 1..2400.
     static QImage RenderPage(ZWTemplatePage& page, double dpi);
+    // A white picture of the page's size at `dpi`, measuring millimetres as
+    // the page does (null as for RenderPage).
+    static QImage PageImage(const ZWGlobalProperties& properties, double dpi);
     static QSize PageSize(const ZWGlobalProperties& properties, double dpi);
 
     static constexpr qint64 MaxPixels = 200'000'000;

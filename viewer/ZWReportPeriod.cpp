@@ -60,27 +60,12 @@ ZWDateTime ZWReportPeriod::AddGroupByUnit(const ZWDateTime& date, int signedUnit
     if (!date.IsValid())
         return date;
     const int unit = std::abs(signedUnit);
-    const int direction = signedUnit < 0 ? -1 : 1;
     const ZWDateTime boundary = AdjustToGroupBy(date, unit);
     if (boundary != date)
         return boundary;
-    int y, m, d;
-    date.DateTime2DMY(y, m, d);
-    switch (unit) {
-    case ID_GROUPBY_WEEK:
-    case ID_GROUPBY_USER:
-        return AdjustToGroupBy(date + ZWDateTimeSpan(7 * direction, 0, 0, 0), unit);
-    case ID_GROUPBY_DAY:
-        return AdjustToGroupBy(date + ZWDateTimeSpan(direction, 0, 0, 0), unit);
-    case ID_GROUPBY_MONTH:
-        return AdjustToGroupBy(WrappedMonthStart(y, m + direction), unit);
-    case ID_GROUPBY_3MONTH:
-        return WrappedMonthStart(y, m + 3 * direction);
-    case ID_GROUPBY_YEAR:
-        return FirstOfMonth(y + direction, 1);
-    default:
-        return date;
-    }
+    // On a boundary: the step of the go-to rule, snapped to its unit (a
+    // no-op for quarters and years, whose steps land on boundaries).
+    return AdjustToGroupBy(AdjustToGoTo(date, signedUnit), unit);
 }
 
 ZWDateTime ZWReportPeriod::AdjustToGoTo(const ZWDateTime& date, int signedUnit)
