@@ -112,6 +112,19 @@ bool ZWEvaluator::AnalizeTerm()
     return m_current.GetType() >= 0;
 }
 
+// "(" expression ")", the current token being the "(".
+void ZWEvaluator::AnalizeParenthesised()
+{
+    if (!Enter())
+        return;
+    AddCurrent();
+    AnalizeExpression();
+    --m_nesting;
+    if (m_current.GetType() != ZWToken::RightParenthesis)
+        return Fail();
+    Next();
+}
+
 void ZWEvaluator::AnalizeFactor()
 {
     const int type = m_current.GetType();
@@ -123,14 +136,7 @@ void ZWEvaluator::AnalizeFactor()
         Next();
         return;
     case ZWToken::LeftParenthesis:
-        if (!Enter())
-            return;
-        AddCurrent();
-        AnalizeExpression();
-        --m_nesting;
-        if (m_current.GetType() != ZWToken::RightParenthesis)
-            return Fail();
-        Next();
+        AnalizeParenthesised();
         return;
     case ZWToken::Atan2:
         AddCurrent();
@@ -160,14 +166,7 @@ void ZWEvaluator::AnalizeFactor()
         Next();
         if (m_current.GetType() != ZWToken::LeftParenthesis)
             return Fail();
-        if (!Enter())
-            return;
-        AddCurrent();
-        AnalizeExpression();
-        --m_nesting;
-        if (m_current.GetType() != ZWToken::RightParenthesis)
-            return Fail();
-        Next();
+        AnalizeParenthesised();
         return;
     }
     // "+", "!", ")", ",", the doubled signs, the end and error tokens.

@@ -86,6 +86,7 @@ private:
     void Fail();
     bool AnalizeTerm();
     void AnalizeFactor();
+    void AnalizeParenthesised();
     // Counts one more level of parentheses; false (and an error) beyond
     // MaxNesting.
     bool Enter();
