@@ -1,7 +1,7 @@
-#include "app/ZWCommand.h"
-#include "host/ZWImageSupport.h"
-#include "host/ZWLocale.h"
-#include "host/ZWMarentaSetup.h"
+#include "app/commands/ZWCommand.h"
+#include "host/images/ZWImageSupport.h"
+#include "host/core/ZWLocale.h"
+#include "host/core/ZWMarentaSetup.h"
 
 #include <QApplication>
 #include <QCoreApplication>

@@ -7,10 +7,10 @@
 // optimizer off so that both sides compute every operation.
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWFormulaLibrary.h"
-#include "host/XmlDocument.h"
-#include "host/ZWDriverSupport.h"
-#include "host/ZWLiveValues.h"
-#include "host/ZWLoggerData.h"
+#include "host/core/XmlDocument.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWLiveValues.h"
+#include "host/drivers/ZWLoggerData.h"
 
 #include <benchmark/benchmark.h>
 #include <muParser.h>

@@ -8,11 +8,11 @@
 // median time of the store's PeriodValues (rollups plus raw edges, one
 // query) and of the baseline query, their ratio, and the largest relative
 // difference between their values.
-#include "host/ZWDemoData.h"
-#include "host/ZWLocalTime.h"
-#include "host/ZWNoValue.h"
-#include "host/ZWSqlLoggerConnection.h"
-#include "host/ZWSqlLoggerStore.h"
+#include "app/demo/ZWDemoData.h"
+#include "host/core/ZWLocalTime.h"
+#include "host/core/ZWNoValue.h"
+#include "host/store/ZWSqlLoggerConnection.h"
+#include "host/store/ZWSqlLoggerStore.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -6,8 +6,8 @@
 //
 //   bench_template              Google Benchmark figures
 //   bench_template --once       one load, draw and save (for /usr/bin/time -v)
-#include "host/ZWImageSupport.h"
-#include "host/ZWSimpleXml.h"
+#include "host/images/ZWImageSupport.h"
+#include "host/core/ZWSimpleXml.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"

@@ -7,15 +7,15 @@
 // into a picture of the window's resolution (ZWPageRenderer::RenderPage).
 //
 //   bench_viewer    Google Benchmark figures; "fps" is repaints per second
-#include "host/ZWDemoData.h"
-#include "host/ZWDriverSupport.h"
-#include "host/ZWLoggerUrl.h"
-#include "host/ZWMarentaSetup.h"
-#include "host/ZWSqlLoggerStore.h"
+#include "app/demo/ZWDemoData.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/store/ZWLoggerUrl.h"
+#include "host/core/ZWMarentaSetup.h"
+#include "host/store/ZWSqlLoggerStore.h"
 #include "template/ZWPageRenderer.h"
 #include "viewer/ZWReportData.h"
-#include "viewer/ZWViewReportFrame.h"
-#include "viewer/ZWViewTemplateWnd.h"
+#include "viewer/widgets/ZWViewReportFrame.h"
+#include "viewer/widgets/ZWViewTemplateWnd.h"
 #include "viewer/ZWViewZoom.h"
 
 #include <QApplication>

@@ -5,6 +5,14 @@ function(zw_set_warnings target)
   endif()
 endfunction()
 
+# zw_library(NAME SOURCES ... LINKS ...): the static library of one folder.
+function(zw_library name)
+  cmake_parse_arguments(L "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} STATIC ${L_SOURCES})
+  zw_set_warnings(${name})
+  target_link_libraries(${name} PUBLIC ${L_LINKS})
+endfunction()
+
 if(ZW_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
   add_link_options(-fsanitize=address,undefined)

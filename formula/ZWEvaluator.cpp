@@ -1,7 +1,7 @@
 #include "formula/ZWEvaluator.h"
 
 #include "formula/ZWTreeNode.h"
-#include "host/ZWLoadString.h"
+#include "host/core/ZWLoadString.h"
 
 #include <QHash>
 #include <QSet>

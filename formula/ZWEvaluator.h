@@ -3,7 +3,7 @@
 #include "formula/ZWPolaca.h"
 #include "formula/ZWToken.h"
 #include "formula/ZWTokenProducer.h"
-#include "host/ZWBasicString.h"
+#include "host/core/ZWBasicString.h"
 
 #include <vector>
 

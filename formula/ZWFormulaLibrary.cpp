@@ -1,7 +1,7 @@
 #include "formula/ZWFormulaLibrary.h"
 
-#include "host/XmlDocument.h"
-#include "host/ZWSimpleXml.h"
+#include "host/core/XmlDocument.h"
+#include "host/core/ZWSimpleXml.h"
 
 bool ZWFormulaLibrary::Build(const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts,
     XmlDocument& doc)

@@ -1,10 +1,10 @@
 #include "formula/ZWPolaca.h"
 
 #include "formula/ZWEvaluator.h"
-#include "host/XmlDocument.h"
-#include "host/ZWDriverSupport.h"
-#include "host/ZWDriverVariable.h"
-#include "host/ZWLoggerData.h"
+#include "host/core/XmlDocument.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWDriverVariable.h"
+#include "host/drivers/ZWLoggerData.h"
 
 #include <QHash>
 #include <QMultiHash>

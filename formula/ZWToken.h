@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/ZWBasicString.h"
-#include "host/ZWNoValue.h"
+#include "host/core/ZWBasicString.h"
+#include "host/core/ZWNoValue.h"
 
 // One token of a formula: an operator, a function, a name, a device
 // variable, a number, the end of the text or an error. Also the values on

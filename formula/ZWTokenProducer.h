@@ -1,7 +1,7 @@
 #pragma once
 
 #include "formula/ZWToken.h"
-#include "host/ZWBasicString.h"
+#include "host/core/ZWBasicString.h"
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/ZWBasicString.h"
+#include "host/core/ZWBasicString.h"
 
 #include <vector>
 

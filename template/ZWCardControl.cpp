@@ -1,6 +1,6 @@
 #include "template/ZWCardControl.h"
 
-#include "host/ZWGuid.h"
+#include "host/core/ZWGuid.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"

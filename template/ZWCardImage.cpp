@@ -1,8 +1,8 @@
 #include "template/ZWCardImage.h"
 
-#include "host/ZWImageSupport.h"
-#include "host/ZWPath.h"
-#include "host/ZWRemote.h"
+#include "host/images/ZWImageSupport.h"
+#include "host/core/ZWPath.h"
+#include "host/core/ZWRemote.h"
 #include "template/ZWXmlFields.h"
 
 #include <QCursor>

@@ -1,8 +1,8 @@
 #include "template/ZWCardLabel.h"
 
-#include "host/ZWFont.h"
-#include "host/ZWMarentaSetup.h"
-#include "host/ZWMath.h"
+#include "host/core/ZWFont.h"
+#include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWMath.h"
 #include "template/ZWXmlFields.h"
 
 #include <QFontMetricsF>

@@ -1,7 +1,7 @@
 #include "template/ZWFormat.h"
 
-#include "host/ZWLocale.h"
-#include "host/ZWNumberFormat.h"
+#include "host/core/ZWLocale.h"
+#include "host/core/ZWNumberFormat.h"
 
 void ZWFormat::FormatDouble(QString& out, double value, int integerDigits, int decimals, bool thousandSeparator,
     bool fillIntegerZeros, bool fillDecimalZeros)

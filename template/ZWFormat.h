@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/ZWDateTime.h"
+#include "host/core/ZWDateTime.h"
 
 #include <QString>
 

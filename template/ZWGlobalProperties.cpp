@@ -1,6 +1,6 @@
 #include "template/ZWGlobalProperties.h"
 
-#include "host/ZWRemote.h"
+#include "host/core/ZWRemote.h"
 #include "template/ZWXmlFields.h"
 
 #include <QGuiApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/XmlDocument.h"
+#include "host/core/XmlDocument.h"
 #include "template/ZWCardImage.h"
 
 #include <memory>

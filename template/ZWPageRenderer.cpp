@@ -1,6 +1,6 @@
 #include "template/ZWPageRenderer.h"
 
-#include "host/ZWMath.h"
+#include "host/core/ZWMath.h"
 
 #include <QPainter>
 #include <cmath>

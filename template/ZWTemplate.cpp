@@ -1,7 +1,7 @@
 #include "template/ZWTemplate.h"
 
-#include "host/ZWGuid.h"
-#include "host/ZWLoadString.h"
+#include "host/core/ZWGuid.h"
+#include "host/core/ZWLoadString.h"
 
 #include <QFile>
 #include <QFileInfo>

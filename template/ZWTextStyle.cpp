@@ -1,8 +1,8 @@
 #include "template/ZWTextStyle.h"
 
-#include "host/XmlDocument.h"
-#include "host/ZWGuid.h"
-#include "host/ZWMarentaSetup.h"
+#include "host/core/XmlDocument.h"
+#include "host/core/ZWGuid.h"
+#include "host/core/ZWMarentaSetup.h"
 #include "template/ZWXmlFields.h"
 
 #include <QDir>

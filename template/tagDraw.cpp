@@ -1,6 +1,6 @@
 #include "template/tagDraw.h"
 
-#include "host/ZWMath.h"
+#include "host/core/ZWMath.h"
 
 #include <QImage>
 #include <QPaintDevice>

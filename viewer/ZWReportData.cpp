@@ -2,12 +2,13 @@
 
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWToken.h"
-#include "host/ZWLoadString.h"
-#include "host/ZWMarentaSetup.h"
-#include "host/ZWProgress.h"
-#include "host/ZWSimpleXml.h"
+#include "host/core/ZWLoadString.h"
+#include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWProgress.h"
+#include "host/core/ZWSimpleXml.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWFormat.h"
+#include "host/core/ZWSettingsKeys.h"
 
 #include <QFileInfo>
 
@@ -27,7 +28,7 @@ ZWReportData::~ZWReportData() = default;
 bool ZWReportData::GetDesign(QString& name)
 {
     if (name.isEmpty()) {
-        const QString last = ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LastInforme")).toString();
+        const QString last = ZWMarentaSetup::instance().OpenSettings()->value(ZWSettingsKeys::LastInforme).toString();
         if (!last.isEmpty())
             name = ZWMarentaSetup::instance().GetReportDirectory() + last + QStringLiteral(".XRPT");
     } else if (!name.contains(QLatin1Char('/')) && !name.endsWith(QLatin1String(".XRPT"), Qt::CaseInsensitive)) {

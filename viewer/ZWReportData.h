@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/XmlDocument.h"
-#include "host/ZWLoggerData.h"
-#include "host/ZWLoggerInfo.h"
+#include "host/core/XmlDocument.h"
+#include "host/drivers/ZWLoggerData.h"
+#include "host/drivers/ZWLoggerInfo.h"
 #include "viewer/ZWReportPeriod.h"
 
 #include <QByteArray>

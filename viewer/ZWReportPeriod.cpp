@@ -1,6 +1,7 @@
 #include "viewer/ZWReportPeriod.h"
 
-#include "host/ZWLocale.h"
+#include "host/core/ZWLocale.h"
+#include "host/core/ZWSettingsKeys.h"
 
 #include <QSettings>
 #include <cstdlib>
@@ -237,12 +238,12 @@ void ZWReportPeriod::WriteLastReportGroup(QSettings& settings, int unit)
 {
     const QString name = UnitName(unit);
     if (!name.isEmpty())
-        settings.setValue(QStringLiteral("LastReportGroup"), name);
+        settings.setValue(ZWSettingsKeys::LastReportGroup, name);
 }
 
 std::optional<int> ZWReportPeriod::ReadLastReportGroup(QSettings& settings)
 {
-    const QString name = settings.value(QStringLiteral("LastReportGroup")).toString();
+    const QString name = settings.value(ZWSettingsKeys::LastReportGroup).toString();
     const std::optional<int> unit = UnitFromName(name);
     if (!unit || *unit == ID_GROUPBY_USER)
         return std::nullopt;

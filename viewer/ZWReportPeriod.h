@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/ZWDateTime.h"
-#include "host/ZWDateTimeSpan.h"
+#include "host/core/ZWDateTime.h"
+#include "host/core/ZWDateTimeSpan.h"
 
 #include <QString>
 #include <optional>

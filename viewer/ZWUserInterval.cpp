@@ -1,4 +1,5 @@
 #include "viewer/ZWUserInterval.h"
+#include "host/core/ZWSettingsKeys.h"
 
 #include <QSettings>
 
@@ -57,15 +58,15 @@ void WriteParts(QSettings& settings, const QString& prefix, const ZWDateTime& t)
 ZWUserInterval ZWUserInterval::Load(QSettings& settings, const ZWDateTime& now)
 {
     ZWUserInterval interval;
-    interval.from = ReadParts(settings, QStringLiteral("ZWIFrom"), now.Date());
-    interval.to = ReadParts(settings, QStringLiteral("ZWITo"), now);
+    interval.from = ReadParts(settings, ZWSettingsKeys::UserIntervalFrom, now.Date());
+    interval.to = ReadParts(settings, ZWSettingsKeys::UserIntervalTo, now);
     return interval;
 }
 
 void ZWUserInterval::Save(QSettings& settings) const
 {
-    WriteParts(settings, QStringLiteral("ZWIFrom"), from);
-    WriteParts(settings, QStringLiteral("ZWITo"), to);
+    WriteParts(settings, ZWSettingsKeys::UserIntervalFrom, from);
+    WriteParts(settings, ZWSettingsKeys::UserIntervalTo, to);
 }
 
 ZWUserInterval::Check ZWUserInterval::Validate(const ZWDateTime& from, const ZWDateTime& to, const ZWDateTime& now)

@@ -1,7 +1,7 @@
 #include "viewer/ZWViewPage.h"
 
-#include "host/ZWNoValue.h"
-#include "host/ZWRemote.h"
+#include "host/core/ZWNoValue.h"
+#include "host/core/ZWRemote.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"

@@ -1,6 +1,6 @@
 #include "viewer/ZWViewZoom.h"
 
-#include "host/ZWNoValue.h"
+#include "host/core/ZWNoValue.h"
 
 #include <algorithm>
 #include <cmath>

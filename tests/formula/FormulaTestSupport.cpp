@@ -2,8 +2,8 @@
 
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWFormulaLibrary.h"
-#include "host/ZWDriverSupport.h"
-#include "host/ZWLiveValues.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWLiveValues.h"
 
 #include <charconv>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "formula/ZWToken.h"
-#include "host/XmlDocument.h"
+#include "host/core/XmlDocument.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,5 +1,5 @@
 #include "formula/ZWEvaluator.h"
-#include "host/ZWLoadString.h"
+#include "host/core/ZWLoadString.h"
 #include "tests/formula/FormulaTestSupport.h"
 
 #include <gtest/gtest.h>

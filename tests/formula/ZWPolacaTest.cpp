@@ -1,8 +1,8 @@
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWFormulaLibrary.h"
 #include "formula/ZWPolaca.h"
-#include "host/ZWDriverSupport.h"
-#include "host/ZWLoggerData.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWLoggerData.h"
 #include "tests/formula/FormulaTestSupport.h"
 
 #include <cmath>

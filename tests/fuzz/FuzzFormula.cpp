@@ -5,10 +5,10 @@
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWFormulaLibrary.h"
 #include "formula/ZWTokenProducer.h"
-#include "host/XmlDocument.h"
-#include "host/ZWDriverSupport.h"
-#include "host/ZWLiveValues.h"
-#include "host/ZWLoggerData.h"
+#include "host/core/XmlDocument.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWLiveValues.h"
+#include "host/drivers/ZWLoggerData.h"
 
 #include <cstdint>
 #include <cstdlib>

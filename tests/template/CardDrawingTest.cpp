@@ -1,9 +1,9 @@
 // How cards draw themselves: the device mapping of the drawing record, the
 // editor's outline pixel by pixel, label placement and rotation, picture
 // placement and its resampling cache, page clipping and backgrounds.
-#include "host/ZWFont.h"
-#include "host/ZWImageSupport.h"
-#include "host/ZWMath.h"
+#include "host/core/ZWFont.h"
+#include "host/images/ZWImageSupport.h"
+#include "host/core/ZWMath.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardImage.h"
 #include "template/ZWCardLabel.h"

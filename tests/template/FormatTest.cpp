@@ -1,7 +1,7 @@
 // Number formats of formula cards, date patterns of date cards, and the
 // host's number formatting beneath them.
-#include "host/ZWLocale.h"
-#include "host/ZWNumberFormat.h"
+#include "host/core/ZWLocale.h"
+#include "host/core/ZWNumberFormat.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWFormat.h"
 

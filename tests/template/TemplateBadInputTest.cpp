@@ -1,6 +1,6 @@
 // Templates from hostile or damaged files: reading never fails, keeps
 // defaults, and stays within bounds.
-#include "host/ZWRemote.h"
+#include "host/core/ZWRemote.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardImage.h"

@@ -1,7 +1,7 @@
 // Reading and writing templates: every field of every card kind and of the
 // page, the text encodings, what is left out and what a missing element
 // means, and whole files.
-#include "host/ZWRemote.h"
+#include "host/core/ZWRemote.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"

@@ -1,6 +1,6 @@
 #include "tests/template/TemplateTestSupport.h"
 
-#include "host/ZWMarentaSetup.h"
+#include "host/core/ZWMarentaSetup.h"
 
 #include <QBuffer>
 

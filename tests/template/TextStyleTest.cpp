@@ -1,5 +1,5 @@
 // Text style files: reading them into labels and writing them.
-#include "host/XmlDocument.h"
+#include "host/core/XmlDocument.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardLabel.h"

@@ -1,7 +1,7 @@
-#include "host/ZWDriverSupport.h"
-#include "host/ZWLiveValues.h"
-#include "host/ZWLocale.h"
-#include "host/ZWProgress.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWLiveValues.h"
+#include "host/core/ZWLocale.h"
+#include "host/core/ZWProgress.h"
 #include "tests/support/ZWTestSupport.h"
 #include "viewer/ZWReportData.h"
 

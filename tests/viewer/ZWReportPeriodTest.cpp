@@ -1,4 +1,4 @@
-#include "host/ZWLocale.h"
+#include "host/core/ZWLocale.h"
 #include "viewer/ZWReportPeriod.h"
 #include "viewer/ZWUserInterval.h"
 

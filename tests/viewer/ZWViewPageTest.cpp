@@ -1,5 +1,5 @@
-#include "host/ZWNoValue.h"
-#include "host/ZWRemote.h"
+#include "host/core/ZWNoValue.h"
+#include "host/core/ZWRemote.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"

@@ -1,4 +1,4 @@
-#include "host/ZWNoValue.h"
+#include "host/core/ZWNoValue.h"
 #include "viewer/ZWViewZoom.h"
 
 #include <gtest/gtest.h>

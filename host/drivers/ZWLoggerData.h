@@ -1,0 +1,56 @@
+#pragma once
+
+#include "host/core/ZWDateTime.h"
+#include "host/drivers/ZWLoggerInfo.h"
+
+#include <QString>
+#include <QStringList>
+#include <memory>
+#include <vector>
+
+class ZWLoggerStore;
+class ZWProgress;
+
+// One record of logged data: the values of the loaded variables (in the
+// order of the loaded-variable list) for the period beginning at `time`.
+// A variable without data in the period holds the no-value marker.
+struct ZWDataRecord
+{
+    ZWDateTime time;
+    std::vector<double> values;
+};
+
+// The logged data of a set of variables over one period, as the formula
+// engine reads it: Setup names the variables, SelectData reads the period
+// from the store, DataRecord hands out the period's record.
+class ZWLoggerData
+{
+public:
+    // Reads from the store installed in ZWDriverSupport unless one is given.
+    explicit ZWLoggerData(std::shared_ptr<ZWLoggerStore> store = nullptr);
+    virtual ~ZWLoggerData();
+
+    bool Setup(const ZWLoggerInfo& info);
+    // Reads the period [start, end). False when the store cannot be read;
+    // LastError() then says why. The record is empty afterwards.
+    virtual bool SelectData(const ZWDateTime& start, const ZWDateTime& end, ZWProgress* progress);
+    // Sets the period and its record directly (a host that computes values
+    // itself, tests).
+    void SetData(const ZWDateTime& start, const ZWDateTime& end, const ZWDataRecord& record);
+
+    // The record of the period [from, to), or null when there is none.
+    const ZWDataRecord* DataRecord(const ZWDateTime& from, const ZWDateTime& to) const;
+    const ZWDateTime& GetBegin() const { return m_begin; }
+    const ZWDateTime& GetEnd() const { return m_end; }
+    const QStringList& GetVariables() const { return m_names; }
+    QString LastError() const { return m_error; }
+
+private:
+    std::shared_ptr<ZWLoggerStore> m_store;
+    QStringList m_names;
+    ZWDateTime m_begin;
+    ZWDateTime m_end;
+    bool m_hasRecord = false;
+    ZWDataRecord m_record;
+    QString m_error;
+};

@@ -1,0 +1,279 @@
+#include "host/images/ZWImageSupport.h"
+
+#include "host/images/ZWImageDecoderProcess.h"
+#include "host/images/ZWPcxDecoder.h"
+#include "host/images/ZWTgaDecoder.h"
+
+#include <QBuffer>
+#include <QCache>
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QMutex>
+#include <QTransform>
+#include <atomic>
+#include <mutex>
+
+namespace {
+
+struct CacheEntry
+{
+    QImage image;
+    ZWImageSupport::Status status = ZWImageSupport::Status::Ok;
+};
+
+struct State
+{
+    QMutex mutex;
+    // Cost in KiB: 256 MiB of decoded pictures at most.
+    QCache<QByteArray, CacheEntry> cache{256 * 1024};
+    QString decoderPath;
+    int timeoutMs = 5000;
+    qint64 memoryBytes = 1024LL * 1024 * 1024;
+};
+
+State& TheState()
+{
+    static State state;
+    return state;
+}
+
+std::atomic<quint64> g_resamples{0};
+std::atomic<quint64> g_decodes{0};
+
+bool WithinLimits(const QSize& size)
+{
+    return size.isValid() && size.width() <= ZWImageSupport::MaxSide && size.height() <= ZWImageSupport::MaxSide
+        && qint64(size.width()) * size.height() <= ZWImageSupport::MaxPixels;
+}
+
+void KeepAllocationLimit()
+{
+    // Qt's own guard against image bombs; kept on, and no looser than the
+    // largest picture accepted here needs.
+    static std::once_flag once;
+    std::call_once(once, [] {
+        const int limit = QImageReader::allocationLimit();
+        if (limit <= 0 || limit > 256)
+            QImageReader::setAllocationLimit(256);
+    });
+}
+
+QImage Fail(ZWImageSupport::Status* status, ZWImageSupport::Status value)
+{
+    if (status)
+        *status = value;
+    return QImage();
+}
+
+} // namespace
+
+QImage ZWImageSupport::ToDisplayFormat(const QImage& image)
+{
+    if (image.isNull())
+        return image;
+    const QImage::Format format = image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
+    return image.format() == format ? image : image.convertToFormat(format);
+}
+
+QImage ZWImageSupport::DecodeHere(const QByteArray& bytes, Status* status)
+{
+    if (bytes.isEmpty())
+        return Fail(status, Status::Empty);
+    if (bytes.size() > MaxFileBytes)
+        return Fail(status, Status::TooLarge);
+    const ZWImageFormat::Type type = ZWImageFormat::Detect(bytes);
+    QImage image;
+    switch (type) {
+    case ZWImageFormat::Unknown:
+        return Fail(status, Status::NotAPicture);
+    case ZWImageFormat::Tga:
+        if (!WithinLimits(ZWImageFormat::TgaSize(bytes)))
+            return Fail(status, Status::TooLarge);
+        image = ZWTgaDecoder::Decode(bytes);
+        break;
+    case ZWImageFormat::Pcx:
+        if (!WithinLimits(ZWImageFormat::PcxSize(bytes)))
+            return Fail(status, Status::TooLarge);
+        image = ZWPcxDecoder::Decode(bytes);
+        break;
+    default: {
+        KeepAllocationLimit();
+        QBuffer buffer;
+        buffer.setData(bytes);
+        buffer.open(QIODevice::ReadOnly);
+        QImageReader reader(&buffer, QByteArray(ZWImageFormat::QtName(type)));
+        reader.setAutoDetectImageFormat(false);
+        reader.setDecideFormatFromContent(false);
+        const QSize size = reader.size();
+        if (!size.isValid())
+            return Fail(status, Status::Corrupt);
+        if (!WithinLimits(size))
+            return Fail(status, Status::TooLarge);
+        image = reader.read();
+        break;
+    }
+    }
+    if (image.isNull())
+        return Fail(status, Status::Corrupt);
+    if (!WithinLimits(image.size()))
+        return Fail(status, Status::TooLarge);
+    if (status)
+        *status = Status::Ok;
+    return ToDisplayFormat(image);
+}
+
+QImage ZWImageSupport::Decode(const QByteArray& bytes, Status* status)
+{
+    ++g_decodes;
+    if (bytes.isEmpty())
+        return Fail(status, Status::Empty);
+    if (bytes.size() > MaxFileBytes)
+        return Fail(status, Status::TooLarge);
+    const ZWImageFormat::Type type = ZWImageFormat::Detect(bytes);
+    if (type != ZWImageFormat::Tiff)
+        return DecodeHere(bytes, status);
+    const QString program = DecoderPath();
+    if (program.isEmpty() || !QFileInfo(program).isExecutable())
+        return Fail(status, Status::NoDecoder);
+    Status result = Status::Ok;
+    QImage image = ZWImageDecoderProcess::Decode(program, bytes, DecoderTimeout(), DecoderMemory(), result);
+    if (status)
+        *status = image.isNull() ? result : Status::Ok;
+    return image;
+}
+
+QImage ZWImageSupport::Load(const QByteArray& bytes, Status* status)
+{
+    if (bytes.isEmpty())
+        return Fail(status, Status::Empty);
+    const QByteArray key = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+    State& state = TheState();
+    {
+        QMutexLocker lock(&state.mutex);
+        if (const CacheEntry* entry = state.cache.object(key)) {
+            if (status)
+                *status = entry->status;
+            return entry->image;
+        }
+    }
+    Status result = Status::Ok;
+    const QImage image = Decode(bytes, &result);
+    {
+        QMutexLocker lock(&state.mutex);
+        const qint64 cost = image.sizeInBytes() / 1024 + 1;
+        state.cache.insert(key, new CacheEntry{image, result}, cost);
+    }
+    if (status)
+        *status = result;
+    return image;
+}
+
+bool ZWImageSupport::ReadPictureFile(const QString& path, QByteArray& bytes)
+{
+    bytes.clear();
+    const QFileInfo info(path);
+    if (path.isEmpty() || !info.isFile() || info.size() > MaxFileBytes)
+        return false;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    bytes = file.read(MaxFileBytes);
+    return file.error() == QFileDevice::NoError;
+}
+
+QImage ZWImageSupport::Resample(const QImage& image, const QSize& size)
+{
+    ++g_resamples;
+    if (image.isNull() || size.isEmpty())
+        return QImage();
+    return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+quint64 ZWImageSupport::ResampleCount()
+{
+    return g_resamples.load();
+}
+
+QImage ZWImageSupport::RotateQuarter(const QImage& image, bool right)
+{
+    if (image.isNull())
+        return image;
+    return image.transformed(QTransform().rotate(right ? 90 : -90));
+}
+
+void ZWImageSupport::SetDecoderPath(const QString& path)
+{
+    State& state = TheState();
+    QMutexLocker lock(&state.mutex);
+    state.decoderPath = path;
+}
+
+QString ZWImageSupport::DecoderPath()
+{
+    State& state = TheState();
+    {
+        QMutexLocker lock(&state.mutex);
+        if (!state.decoderPath.isEmpty())
+            return state.decoderPath;
+    }
+    return qEnvironmentVariable("ZWINFORMES_IMAGE_DECODER");
+}
+
+void ZWImageSupport::SetDecoderLimits(int timeoutMs, qint64 memoryBytes)
+{
+    State& state = TheState();
+    QMutexLocker lock(&state.mutex);
+    state.timeoutMs = std::max(timeoutMs, 100);
+    state.memoryBytes = std::max<qint64>(memoryBytes, 64LL * 1024 * 1024);
+}
+
+int ZWImageSupport::DecoderTimeout()
+{
+    State& state = TheState();
+    QMutexLocker lock(&state.mutex);
+    return state.timeoutMs;
+}
+
+qint64 ZWImageSupport::DecoderMemory()
+{
+    State& state = TheState();
+    QMutexLocker lock(&state.mutex);
+    return state.memoryBytes;
+}
+
+quint64 ZWImageSupport::DecodeCount()
+{
+    return g_decodes.load();
+}
+
+void ZWImageSupport::ClearCache()
+{
+    State& state = TheState();
+    QMutexLocker lock(&state.mutex);
+    state.cache.clear();
+}
+
+const char* ZWImageSupport::StatusName(Status status)
+{
+    switch (status) {
+    case Status::Ok:
+        return "ok";
+    case Status::Empty:
+        return "empty";
+    case Status::NotAPicture:
+        return "not a picture";
+    case Status::TooLarge:
+        return "too large";
+    case Status::Corrupt:
+        return "corrupt";
+    case Status::NoDecoder:
+        return "no decoder";
+    case Status::DecoderFailed:
+        return "decoder failed";
+    case Status::TimedOut:
+        return "timed out";
+    }
+    return "unknown";
+}

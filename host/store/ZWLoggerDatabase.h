@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+
+class ZWSqlLoggerStore;
+
+// The one way to open the logger database a report reads: from an address
+// text (the --db option, ZWINFORMES_DB, the "LoggerDatabase" setting or the
+// default, as ZWMarentaSetup resolves them). Used by every command and by
+// the desktop application.
+class ZWLoggerDatabase
+{
+public:
+    struct Opened
+    {
+        std::shared_ptr<ZWSqlLoggerStore> store;
+        // Why it did not open; `badAddress` when the text is no database
+        // address at all (a usage error on the command line).
+        QString error;
+        bool badAddress = false;
+        explicit operator bool() const { return store != nullptr; }
+    };
+
+    static Opened Open(const QString& address);
+    // The configured database (ZWMarentaSetup::GetLoggerDatabase).
+    static Opened OpenConfigured();
+    // Opens `address` and makes it the database every device variable reads
+    // (ZWDriverSupport). False, with a message for the user in `error`,
+    // leaving the database in use as it was.
+    static bool Install(const QString& address, QString* error);
+    // Keeps `address` as the user's choice ("LoggerDatabase") and uses it
+    // from now on, also over an address given at start-up.
+    static void Remember(const QString& address);
+    // The configured address for display (without its password).
+    static QString Display();
+};

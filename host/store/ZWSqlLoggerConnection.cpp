@@ -1,0 +1,187 @@
+#include "host/store/ZWSqlLoggerConnection.h"
+
+#include "host/core/ZWLoadString.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QSqlError>
+#include <QThread>
+#include <atomic>
+
+namespace {
+
+// The calling thread's connections, by store. Destroyed at the thread's
+// exit; a QThread empties it earlier, when it emits finished, so that the
+// connections are gone by the time QThread::wait returns.
+struct ThreadConnections;
+// Plain flag, readable even after the map below is destroyed: Qt emits an
+// adopted thread's finished after the thread-local destructors have run.
+thread_local bool t_alive = false;
+
+struct ThreadConnections
+{
+    ThreadConnections() { t_alive = true; }
+    ~ThreadConnections()
+    {
+        byStore.clear();
+        t_alive = false;
+    }
+    std::unordered_map<quint64, std::unique_ptr<ZWSqlLoggerConnection>> byStore;
+    bool hooked = false;
+};
+
+thread_local ThreadConnections t_connections;
+
+void DropThreadConnections()
+{
+    if (t_alive)
+        t_connections.byStore.clear();
+}
+
+std::atomic<quint64> g_connectionSerial{0};
+
+} // namespace
+
+ZWSqlLoggerConnection::ZWSqlLoggerConnection(const ZWLoggerUrl& url)
+    : m_url(url), m_name(QStringLiteral("zwlogger-%1").arg(++g_connectionSerial))
+{
+    const QString driver = IsPostgres() ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
+    m_db = QSqlDatabase::addDatabase(driver, m_name);
+}
+
+ZWSqlLoggerConnection::~ZWSqlLoggerConnection()
+{
+    m_queries.clear();
+    m_db.close();
+    m_db = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_name);
+}
+
+ZWSqlLoggerConnection& ZWSqlLoggerConnection::ForThread(quint64 storeId, const ZWLoggerUrl& url)
+{
+    ThreadConnections& mine = t_connections;
+    auto it = mine.byStore.find(storeId);
+    if (it != mine.byStore.end())
+        return *it->second;
+    if (!mine.hooked) {
+        mine.hooked = true;
+        QThread* thread = QThread::currentThread();
+        const QCoreApplication* app = QCoreApplication::instance();
+        // The main thread relies on the thread-local destructor.
+        if (thread && !(app && app->thread() == thread))
+            QObject::connect(thread, &QThread::finished, thread, &DropThreadConnections, Qt::DirectConnection);
+    }
+    auto made = std::make_unique<ZWSqlLoggerConnection>(url);
+    ZWSqlLoggerConnection& ref = *made;
+    mine.byStore.emplace(storeId, std::move(made));
+    return ref;
+}
+
+void ZWSqlLoggerConnection::DropForThread(quint64 storeId)
+{
+    t_connections.byStore.erase(storeId);
+}
+
+int ZWSqlLoggerConnection::ThreadConnectionCount()
+{
+    return int(t_connections.byStore.size());
+}
+
+QString ZWSqlLoggerConnection::ErrorText(const QSqlError& error)
+{
+    QString text = error.text().simplified();
+    if (!error.nativeErrorCode().isEmpty() && !text.contains(error.nativeErrorCode()))
+        text += QStringLiteral(" [%1]").arg(error.nativeErrorCode());
+    return text;
+}
+
+bool ZWSqlLoggerConnection::Open(QString* error)
+{
+    if (m_db.isOpen())
+        return true;
+    if (!m_db.isValid()) {
+        if (error)
+            *error = ZWLoadString(34017).arg(m_url.Display(), m_db.driverName());
+        return false;
+    }
+    if (IsPostgres()) {
+        m_db.setHostName(m_url.host());
+        m_db.setPort(m_url.port());
+        m_db.setDatabaseName(m_url.database());
+        m_db.setUserName(m_url.user());
+        m_db.setPassword(m_url.password());
+        QStringList options{QStringLiteral("connect_timeout=%1").arg(m_url.connectTimeout())};
+        for (const auto& [key, value] : m_url.options())
+            options << key + QLatin1Char('=') + value;
+        m_db.setConnectOptions(options.join(QLatin1Char(';')));
+    } else {
+        // "Created when missing" includes the folder it goes in.
+        const QFileInfo file(m_url.path());
+        if (!file.exists())
+            QDir().mkpath(file.absolutePath());
+        m_db.setDatabaseName(m_url.path());
+        m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+    }
+    if (!m_db.open()) {
+        if (error)
+            *error = ZWLoadString(34010).arg(m_url.Display(), ErrorText(m_db.lastError()));
+        return false;
+    }
+    if (!IsPostgres()) {
+        // A missing file opens as an empty database; a file that is not a
+        // database only shows when it is read, so read it now.
+        QSqlQuery probe(m_db);
+        if (!probe.exec(QStringLiteral("PRAGMA schema_version"))) {
+            if (error)
+                *error = ZWLoadString(34010).arg(m_url.Display(), ErrorText(probe.lastError()));
+            m_db.close();
+            return false;
+        }
+    }
+    return true;
+}
+
+void ZWSqlLoggerConnection::Close()
+{
+    m_queries.clear();
+    m_db.close();
+}
+
+bool ZWSqlLoggerConnection::Reopen(QString* error)
+{
+    Close();
+    return Open(error);
+}
+
+QSqlQuery* ZWSqlLoggerConnection::Prepared(const QString& sql, QString* error)
+{
+    if (!Open(error))
+        return nullptr;
+    auto it = m_queries.find(sql);
+    if (it != m_queries.end())
+        return it->second.get();
+    auto query = std::make_unique<QSqlQuery>(m_db);
+    query->setForwardOnly(true);
+    if (!query->prepare(sql)) {
+        if (error)
+            *error = ErrorText(query->lastError());
+        return nullptr;
+    }
+    QSqlQuery* raw = query.get();
+    m_queries.emplace(sql, std::move(query));
+    return raw;
+}
+
+bool ZWSqlLoggerConnection::Exec(const QString& sql, QString* error)
+{
+    if (!Open(error))
+        return false;
+    QSqlQuery query(m_db);
+    if (!query.exec(sql)) {
+        if (error)
+            *error = ErrorText(query.lastError());
+        return false;
+    }
+    return true;
+}

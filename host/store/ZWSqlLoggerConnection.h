@@ -1,0 +1,57 @@
+#pragma once
+
+#include "host/store/ZWLoggerUrl.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <memory>
+#include <unordered_map>
+
+// One thread's connection to a logger database. QtSql connections may only
+// be used by the thread that made them, and the viewer gathers on a new
+// worker thread each time, so every thread gets its own: ForThread() finds or
+// makes the calling thread's connection for a store, and the connection is
+// closed and removed when that thread finishes (QThread::finished, or the
+// thread's exit for threads that Qt did not start).
+class ZWSqlLoggerConnection
+{
+public:
+    ZWSqlLoggerConnection(const ZWLoggerUrl& url);
+    ~ZWSqlLoggerConnection();
+    ZWSqlLoggerConnection(const ZWSqlLoggerConnection&) = delete;
+    ZWSqlLoggerConnection& operator=(const ZWSqlLoggerConnection&) = delete;
+
+    // The calling thread's connection for the store `storeId` (made on first use).
+    static ZWSqlLoggerConnection& ForThread(quint64 storeId, const ZWLoggerUrl& url);
+    // Closes and removes the calling thread's connection for `storeId`.
+    static void DropForThread(quint64 storeId);
+    // How many connections the calling thread holds (tests).
+    static int ThreadConnectionCount();
+
+    // Opens the connection unless it is open; false with a message otherwise.
+    bool Open(QString* error);
+    // Closes and opens again: after a lost server connection. Prepared
+    // statements are dropped and prepared again on next use.
+    bool Reopen(QString* error);
+    void Close();
+    bool IsOpen() const { return m_db.isOpen(); }
+
+    // A statement prepared once per connection and kept (bound values are
+    // replaced at each use). Null with a message when it cannot be prepared.
+    QSqlQuery* Prepared(const QString& sql, QString* error);
+    // Runs a statement without values.
+    bool Exec(const QString& sql, QString* error);
+
+    QSqlDatabase& Database() { return m_db; }
+    const ZWLoggerUrl& Url() const { return m_url; }
+    bool IsPostgres() const { return m_url.backend() == ZWLoggerUrl::Backend::PostgreSQL; }
+    // The last error of a query or of the connection, as one line.
+    static QString ErrorText(const QSqlError& error);
+
+private:
+    ZWLoggerUrl m_url;
+    QString m_name;
+    QSqlDatabase m_db;
+    std::unordered_map<QString, std::unique_ptr<QSqlQuery>> m_queries;
+};

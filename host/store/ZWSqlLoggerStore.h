@@ -1,0 +1,96 @@
+#pragma once
+
+#include "host/drivers/ZWLoggerStore.h"
+#include "host/store/ZWLoggerUrl.h"
+#include "host/store/ZWPeriodAggregate.h"
+
+#include <QHash>
+#include <QMutex>
+#include <atomic>
+#include <memory>
+#include <optional>
+
+class ZWSqlLoggerConnection;
+
+// The logged data in a SQL database (SQLite file or PostgreSQL server, one
+// schema: see ZWLoggerSchema). Safe to use from several threads: each thread
+// reads through a connection of its own.
+//
+// Names: "device.variable" (the whole text as stored; it may hold blanks,
+// dots, quotes, brackets and colons), optionally followed by ":REDUCTION"
+// with REDUCTION one of avg, min, max, sum, first, last, count, delta. A name
+// that is itself a stored variable is taken whole, so a variable whose own
+// name ends in ":max" is still found.
+//
+// Period values over the local period [start, end), converted to UTC with
+// ZWLocalTime:
+// - avg (a gauge's default): the mean of the samples with start <= t < end;
+// - min, max, sum, count, first, last: of those samples;
+// - delta (a counter's default): the increase from the last sample at or
+//   before start to the last one at or before end, a sample below the one
+//   before it counting as a meter reset whose reading is itself increase;
+// - no sample (for delta: no sample after the first one in reach) gives the
+//   no-value marker.
+// All values come from one query per call, with bound values only. That
+// query reads rollups for the whole hours and days of the period and raw
+// samples only for the partial hours at its edges; Method::Raw reads only
+// raw samples (the reference that the rollups are checked against).
+class ZWSqlLoggerStore : public ZWLoggerStore
+{
+public:
+    enum class Kind { Gauge, Counter };
+    enum class Method { Rollups, Raw };
+    struct Variable
+    {
+        qint64 id = 0;
+        QString name;
+        QString unit;
+        Kind kind = Kind::Gauge;
+    };
+
+    explicit ZWSqlLoggerStore(const ZWLoggerUrl& url);
+    ~ZWSqlLoggerStore() override;
+
+    // Opens the database on the calling thread, creating a missing SQLite
+    // file and missing tables, and reads the variable list.
+    bool Open(QString* error);
+    const ZWLoggerUrl& Url() const { return m_url; }
+
+    bool HasVariable(const QString& name) override;
+    bool LiveValue(const QString& name, double& value) override;
+    bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
+        std::vector<double>& values, ZWProgress* progress, QString* error) override;
+    // The same over UTC bounds.
+    bool PeriodValuesUtc(const QStringList& names, qint64 start, qint64 end, std::vector<double>& values,
+        QString* error, Method method = Method::Rollups);
+
+    // A name (plain or filtered) to its variable and reduction; false when
+    // the variable is unknown or the filter is not a reduction.
+    bool Resolve(const QString& name, Variable& variable, ZWLoggerReduction& reduction);
+    std::optional<Variable> FindVariable(const QString& plainName);
+    QList<Variable> Variables();
+    bool ReloadVariables(QString* error);
+    // Adds a variable to the in-memory list (writers, after they made it).
+    void NoteVariable(const Variable& variable);
+
+    // The calling thread's connection (opened by the caller).
+    ZWSqlLoggerConnection& Connection();
+    // Queries run for period values so far, retries included (tests).
+    int PeriodQueryCount() const { return m_periodQueries.load(); }
+
+private:
+    struct Request;
+    bool EnsureReady(ZWSqlLoggerConnection& c, QString* error);
+    bool RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& sql, const QVariantList& binds,
+        QHash<qint64, ZWPeriodAggregate>& out, QString* error);
+    bool LoadVariables(ZWSqlLoggerConnection& c, QString* error);
+    std::optional<Variable> Lookup(const QString& name);
+
+    const ZWLoggerUrl m_url;
+    const quint64 m_id;
+    std::atomic<bool> m_schemaReady{false};
+    std::atomic<int> m_periodQueries{0};
+    QMutex m_mutex;
+    QHash<QString, Variable> m_variables;
+    qint64 m_lastReloadMs = -1;
+};

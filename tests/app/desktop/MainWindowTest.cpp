@@ -1,0 +1,184 @@
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/core/ZWLoadString.h"
+#include "host/core/ZWMarentaSetup.h"
+#include "tests/support/ZWTestSupport.h"
+#include "app/desktop/CDlgLoggerDatabase.h"
+#include "viewer/widgets/CDlgViewer.h"
+#include "viewer/widgets/ZWViewReportFrame.h"
+#include "app/desktop/ZWMainWindow.h"
+#include "host/store/ZWLoggerDatabase.h"
+#include "viewer/ZWReportFiles.h"
+
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace {
+
+class TestDatabaseDialog : public CDlgLoggerDatabase
+{
+public:
+    using CDlgLoggerDatabase::CDlgLoggerDatabase;
+    std::vector<QString> messages;
+
+protected:
+    void ShowMessage(const QString& text) override { messages.push_back(text); }
+};
+
+class TestMainWindow : public ZWMainWindow
+{
+public:
+    std::vector<QString> messages;
+    std::function<int(QDialog&)> onDialog;
+
+protected:
+    int ExecDialog(QDialog& dialog) override { return onDialog ? onDialog(dialog) : int(QDialog::Rejected); }
+    void ShowMessage(const QString& text) override { messages.push_back(text); }
+};
+
+QStringList Items(const QListWidget* list)
+{
+    QStringList out;
+    for (int i = 0; i < list->count(); ++i)
+        out << list->item(i)->text();
+    return out;
+}
+
+const char* kReport = "<design><name>%1</name><page><width>210</width><height>297</height>"
+                      "<formule><x>10</x><y>10</y><width>50</width><height>10</height><id>E</id>"
+                      "<value>[Main meter.Active energy]</value></formule></page></design>";
+
+class MainWindow : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
+        ZWMarentaSetup::instance().SetReportDirectory(m_dir.filePath(QStringLiteral("reports")));
+        ZWMarentaSetup::instance().SetLoggerDatabase(QString());
+        QDir().mkpath(m_dir.filePath(QStringLiteral("reports")));
+        for (const char* name : {"Boiler", "Annual", "Zeta"})
+            AddReport(QString::fromLatin1(name));
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("reports/Old.XRPT.bak")), "<design/>"));
+    }
+    void TearDown() override
+    {
+        ZWDriverSupport::SetStore(nullptr);
+        ZWMarentaSetup::instance().SetReportDirectory(QString());
+        ZWMarentaSetup::instance().SetLoggerDatabase(QString());
+        ZWMarentaSetup::instance().SetSettingsFile(QString());
+    }
+    void AddReport(const QString& name)
+    {
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("reports/%1.XRPT").arg(name)),
+            QString::fromLatin1(kReport).arg(name).toUtf8()));
+    }
+    QString SqliteUrl(const QString& file) const { return QStringLiteral("sqlite:") + m_dir.filePath(file); }
+
+    QTemporaryDir m_dir;
+};
+
+TEST_F(MainWindow, ListsReportsAndOpensTheChosenOneWithTheLastUnit)
+{
+    ZWMarentaSetup::instance().OpenSettings()->setValue(QStringLiteral("LastInforme"), QStringLiteral("Boiler"));
+    ZWMarentaSetup::instance().OpenSettings()->setValue(QStringLiteral("LastReportGroup"), QStringLiteral("WEEK"));
+    ASSERT_TRUE(ZWLoggerDatabase::Install(SqliteUrl(QStringLiteral("logger.sqlite")), nullptr));
+
+    TestMainWindow window;
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    QListWidget* list = window.List();
+    EXPECT_EQ(Items(list), (QStringList{QStringLiteral("Annual"), QStringLiteral("Boiler"), QStringLiteral("Zeta")}));
+    ASSERT_NE(list->currentItem(), nullptr);
+    EXPECT_EQ(list->currentItem()->text(), QStringLiteral("Boiler"));
+
+    // A report added meanwhile shows after a refresh; the selection stays.
+    AddReport(QStringLiteral("Chiller"));
+    window.Refresh();
+    EXPECT_EQ(Items(list).size(), 4);
+    EXPECT_EQ(list->currentItem()->text(), QStringLiteral("Boiler"));
+
+    // Enter on a report opens it in a viewer with the unit last chosen.
+    list->setCurrentRow(3);
+    QTest::keyClick(list, Qt::Key_Return);
+    ASSERT_EQ(window.Viewers().size(), 1);
+    CDlgViewer* viewer = window.Viewers().front();
+    EXPECT_TRUE(viewer->isVisible());
+    EXPECT_EQ(viewer->Frame()->Title(), QStringLiteral("Zeta"));
+    EXPECT_EQ(viewer->Data().Period().Unit(), ID_GROUPBY_WEEK);
+    EXPECT_EQ(viewer->GatheringCount(), 1);
+    EXPECT_EQ(ZWReportFiles::LastReport(), QStringLiteral("Zeta"));
+    EXPECT_TRUE(window.messages.empty());
+    viewer->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(window.Viewers().isEmpty());
+
+    // A report that went away: a message, no viewer, the last report kept.
+    ASSERT_TRUE(QFile::remove(m_dir.filePath(QStringLiteral("reports/Annual.XRPT"))));
+    list->setCurrentRow(0);
+    window.OnOpen();
+    ASSERT_EQ(window.messages.size(), 1u);
+    EXPECT_TRUE(window.messages[0].startsWith(QStringLiteral("The report \"Annual\" could not be read")))
+        << window.messages[0].toStdString();
+    EXPECT_EQ(ZWReportFiles::LastReport(), QStringLiteral("Zeta"));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(window.Viewers().isEmpty());
+}
+
+TEST_F(MainWindow, ChoosingTheLoggerDatabase)
+{
+    ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("garbage.sqlite")), QByteArray(4096, 'x')));
+    struct Case
+    {
+        QString url;
+        const char* message; // a part of the refusal; null: accepted
+    } cases[] = {
+        {QStringLiteral("mysql://host/db"), "The logger database 'mysql://host/db' is not valid"},
+        {SqliteUrl(QStringLiteral("garbage.sqlite")), "garbage.sqlite"},
+        {QStringLiteral("sqlite:"), "The logger database 'sqlite:' is not valid"},
+        {SqliteUrl(QStringLiteral("chosen.sqlite")), nullptr},
+    };
+    for (const Case& c : cases) {
+        TestDatabaseDialog dialog;
+        dialog.show();
+        dialog.Address()->clear();
+        QTest::keyClicks(dialog.Address(), c.url);
+        QTest::mouseClick(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok), Qt::LeftButton);
+        if (c.message) {
+            ASSERT_EQ(dialog.messages.size(), 1u) << c.url.toStdString();
+            EXPECT_TRUE(dialog.messages[0].contains(QString::fromUtf8(c.message)))
+                << dialog.messages[0].toStdString();
+            EXPECT_TRUE(dialog.isVisible());
+            EXPECT_EQ(ZWDriverSupport::Store(), nullptr);
+        } else {
+            EXPECT_TRUE(dialog.messages.empty());
+            EXPECT_EQ(dialog.result(), QDialog::Accepted);
+        }
+    }
+    // The accepted database is in use and remembered.
+    EXPECT_NE(ZWDriverSupport::Store(), nullptr);
+    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LoggerDatabase")).toString(),
+        SqliteUrl(QStringLiteral("chosen.sqlite")));
+    EXPECT_EQ(ZWMarentaSetup::instance().GetLoggerDatabase(), SqliteUrl(QStringLiteral("chosen.sqlite")));
+
+    // The main window opens the remembered database and shows it; a broken
+    // one is reported.
+    ZWDriverSupport::SetStore(nullptr);
+    ZWMarentaSetup::instance().SetLoggerDatabase(QString());
+    TestMainWindow window;
+    EXPECT_TRUE(window.OpenDatabase());
+    EXPECT_NE(ZWDriverSupport::Store(), nullptr);
+    EXPECT_TRUE(window.messages.empty());
+    ZWMarentaSetup::instance().SetLoggerDatabase(QStringLiteral("postgresql://host:99999/db"));
+    EXPECT_FALSE(window.OpenDatabase());
+    ASSERT_EQ(window.messages.size(), 1u);
+    EXPECT_TRUE(window.messages[0].contains(QStringLiteral("port"))) << window.messages[0].toStdString();
+}
+
+} // namespace

@@ -1,0 +1,185 @@
+#include "host/core/XmlDocument.h"
+#include "host/core/ZWSimpleXml.h"
+#include "tests/support/ZWTestSupport.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+QByteArray Nested(int depth)
+{
+    QByteArray s;
+    for (int i = 0; i < depth; ++i)
+        s += "<a>";
+    s += "x";
+    for (int i = 0; i < depth; ++i)
+        s += "</a>";
+    return s;
+}
+
+struct RefusedCase
+{
+    const char* what;
+    QByteArray xml;
+    XmlDocument::Error error;
+};
+
+class XmlRefused : public testing::TestWithParam<RefusedCase>
+{
+};
+
+TEST_P(XmlRefused, FailsToLoadWithItsReason)
+{
+    XmlDocument doc;
+    EXPECT_FALSE(doc.Parse(GetParam().xml)) << GetParam().what;
+    EXPECT_EQ(doc.LastError(), GetParam().error) << GetParam().what;
+    EXPECT_TRUE(doc.IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Hostile, XmlRefused,
+    testing::Values(
+        RefusedCase{"billion laughs",
+            "<?xml version=\"1.0\"?><!DOCTYPE lolz [<!ENTITY lol \"lol\"><!ENTITY lol2 "
+            "\"&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;\">]><design><name>&lol2;</name></design>",
+            XmlDocument::Error::Doctype},
+        RefusedCase{"external entity",
+            "<!DOCTYPE d [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><design>&e;</design>",
+            XmlDocument::Error::Doctype},
+        RefusedCase{"undeclared entity", "<design><name>&nope;</name></design>", XmlDocument::Error::Syntax},
+        RefusedCase{"one level too deep", Nested(XmlDocument::MaxDepth + 1), XmlDocument::Error::TooDeep},
+        RefusedCase{"fifty thousand levels", Nested(50000), XmlDocument::Error::TooDeep},
+        RefusedCase{"truncated", "<design><page><width>210.00</width>", XmlDocument::Error::Syntax},
+        RefusedCase{"two roots", "<a/><b/>", XmlDocument::Error::Syntax},
+        RefusedCase{"empty", "", XmlDocument::Error::Empty},
+        RefusedCase{"not xml", "\x89PNG\r\n\x1a\n", XmlDocument::Error::Syntax}),
+    [](const testing::TestParamInfo<RefusedCase>& info) {
+        std::string name = info.param.what;
+        for (char& c : name)
+            if (!isalnum(static_cast<unsigned char>(c)))
+                c = '_';
+        return name;
+    });
+
+TEST(XmlDocument, AcceptsNestingUpToTheLimit)
+{
+    XmlDocument doc;
+    ASSERT_TRUE(doc.Parse(Nested(XmlDocument::MaxDepth)));
+    QString path;
+    for (int i = 1; i < XmlDocument::MaxDepth; ++i)
+        path += QStringLiteral("/a");
+    EXPECT_EQ(doc.Value(path), QStringLiteral("x"));
+    // Serialising a document at the limit must not crash either.
+    EXPECT_FALSE(doc.ToXml().isEmpty());
+}
+
+TEST(XmlDocument, PathsAndKeyFilter)
+{
+    XmlDocument doc;
+    ASSERT_TRUE(doc.Parse(QByteArray("<formules>"
+                                     "<formule><name>A</name><text>1+2</text></formule>"
+                                     "<formule><name>B</name><text>A*2</text></formule>"
+                                     "<formule><name>a'\"]/?=%s</name><text>7</text></formule>"
+                                     "</formules>")));
+    EXPECT_EQ(doc.Root().Name(), QStringLiteral("formules"));
+    EXPECT_EQ(doc.Node(QStringLiteral("/")).Name(), QStringLiteral("formules"));
+    EXPECT_EQ(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("B")).Value(QStringLiteral("/text")),
+        QStringLiteral("A*2"));
+    // Names are compared as text, case-sensitively, whatever they hold.
+    EXPECT_TRUE(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("b")).IsNull());
+    EXPECT_EQ(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("a'\"]/?=%s"))
+                  .Value(QStringLiteral("/text")),
+        QStringLiteral("7"));
+    EXPECT_TRUE(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("' or '1'='1")).IsNull());
+    EXPECT_TRUE(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("A/text")).IsNull());
+    EXPECT_EQ(doc.Value(QStringLiteral("/formule/name")), QStringLiteral("A"));
+    EXPECT_EQ(doc.Value(QStringLiteral("/missing/name"), QStringLiteral("def")), QStringLiteral("def"));
+    EXPECT_EQ(doc.Root().Nodes(QStringLiteral("formule")).size(), 3u);
+}
+
+TEST(XmlDocument, BlankTextInLeavesSurvivesIndentationDoesNot)
+{
+    XmlDocument doc;
+    ASSERT_TRUE(doc.Parse(QByteArray("<design>\n  <value>   </value>\n  <other> a b </other>\n</design>")));
+    EXPECT_EQ(doc.Value(QStringLiteral("/value")), QStringLiteral("   "));
+    EXPECT_EQ(doc.Value(QStringLiteral("/other")), QStringLiteral(" a b "));
+    EXPECT_EQ(doc.Root().Children().size(), 2u);
+    XmlDocument again;
+    ASSERT_TRUE(again.Parse(doc.ToXml()));
+    EXPECT_EQ(again.Value(QStringLiteral("/value")), QStringLiteral("   "));
+    EXPECT_EQ(again.ToXml(), doc.ToXml());
+}
+
+TEST(XmlDocument, TextThatXmlCannotCarryIsDroppedSoTheFileReadsBack)
+{
+    XmlDocument doc;
+    doc.Create(QStringLiteral("design"));
+    QString text = QStringLiteral("a");
+    text += QChar(0x01);
+    text += QChar(0xD800); // a lone surrogate
+    text += QStringLiteral("b<&>\u00e9");
+    text += QString::fromUcs4(U"\U0001F600");
+    doc.Root().NewChild(QStringLiteral("name"), text);
+    XmlDocument back;
+    ASSERT_TRUE(back.Parse(doc.ToXml()));
+    EXPECT_EQ(back.Value(QStringLiteral("/name")), QStringLiteral("ab<&>\u00e9") + QString::fromUcs4(U"\U0001F600"));
+
+    ZWSimpleXml writer;
+    writer.Open(QStringLiteral("fields"));
+    writer.Add(QStringLiteral("value"), text);
+    XmlDocument fromWriter;
+    ASSERT_TRUE(fromWriter.Parse(writer.GetXml()));
+    EXPECT_EQ(fromWriter.Value(QStringLiteral("/value")), back.Value(QStringLiteral("/name")));
+}
+
+TEST(XmlDocument, SaveIsAtomicAndKeepsThePreviousFileOnFailure)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("r.XRPT"));
+    XmlDocument doc;
+    doc.Create(QStringLiteral("design"));
+    doc.Root().NewChild(QStringLiteral("name"), QStringLiteral("first"));
+    ASSERT_TRUE(doc.SaveAs(path));
+    XmlDocument loaded;
+    ASSERT_TRUE(loaded.Load(path));
+    EXPECT_EQ(loaded.Value(QStringLiteral("/name")), QStringLiteral("first"));
+    // A target in a folder that does not exist cannot be written; nothing is left behind.
+    EXPECT_FALSE(doc.SaveAs(dir.filePath(QStringLiteral("missing/r.XRPT"))));
+    EXPECT_FALSE(loaded.Load(dir.filePath(QStringLiteral("missing.XRPT"))));
+    EXPECT_EQ(loaded.LastError(), XmlDocument::Error::File);
+}
+
+TEST(XmlDocument, LineAndColumnOfASyntaxError)
+{
+    XmlDocument doc;
+    ASSERT_FALSE(doc.Parse(QByteArray("<design>\n<name>x</nam>\n</design>")));
+    EXPECT_EQ(doc.ErrorLine(), 2);
+    EXPECT_GT(doc.ErrorColumn(), 0);
+    EXPECT_FALSE(doc.ErrorString().isEmpty());
+}
+
+TEST(XmlDocument, QtFuzzRegressionsLoadOrFailQuickly)
+{
+    const QString corpus = zwtest::CorpusDir();
+    if (corpus.isEmpty())
+        GTEST_SKIP() << "shared corpus not present";
+    const QDir dir(corpus + QStringLiteral("/qt-fuzz-regressions/xml"));
+    const QStringList files = dir.entryList(QDir::Files);
+    ASSERT_FALSE(files.isEmpty());
+    for (const QString& name : files) {
+        XmlDocument doc;
+        QElapsedTimer timer;
+        timer.start();
+        const bool ok = doc.Load(dir.filePath(name));
+        if (ok) {
+            // Whatever loads can be serialised and read again.
+            XmlDocument again;
+            EXPECT_TRUE(again.Parse(doc.ToXml())) << name.toStdString();
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,117 @@
+#include "host/core/ZWDateTime.h"
+#include "host/core/ZWLocale.h"
+#include "host/core/ZWMath.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(ZWDateTime, CivilCalendarRoundTrip)
+{
+    struct Case
+    {
+        int y, m, d;
+        int dayOfWeek;
+    } cases[] = {
+        {1970, 1, 1, Qt::Thursday},
+        {2000, 2, 29, Qt::Tuesday},
+        {2024, 3, 5, Qt::Tuesday},
+        {1969, 12, 31, Qt::Wednesday},
+        {2100, 3, 1, Qt::Monday},
+        {1900, 1, 1, Qt::Monday},
+    };
+    for (const Case& c : cases) {
+        const ZWDateTime t = ZWDateTime::FromDMY(c.y, c.m, c.d, 13, 4, 5);
+        ASSERT_TRUE(t.IsValid());
+        int y, m, d;
+        t.DateTime2DMY(y, m, d);
+        EXPECT_EQ(y, c.y);
+        EXPECT_EQ(m, c.m);
+        EXPECT_EQ(d, c.d);
+        EXPECT_EQ(t.Hour(), 13);
+        EXPECT_EQ(t.Minute(), 4);
+        EXPECT_EQ(t.Second(), 5);
+        EXPECT_EQ(t.DayOfWeek(), c.dayOfWeek) << c.y << "-" << c.m << "-" << c.d;
+        EXPECT_EQ(t.Date(), ZWDateTime::FromDMY(c.y, c.m, c.d));
+    }
+}
+
+TEST(ZWDateTime, ImpossibleDatesAreInvalid)
+{
+    EXPECT_FALSE(ZWDateTime::FromDMY(2023, 2, 29).IsValid());
+    EXPECT_FALSE(ZWDateTime::FromDMY(2024, 13, 1).IsValid());
+    EXPECT_FALSE(ZWDateTime::FromDMY(2024, 1, 1, 24).IsValid());
+    EXPECT_FALSE(ZWDateTime().IsValid());
+    EXPECT_TRUE(ZWDateTime::FromDMY(2024, 2, 29).IsValid());
+}
+
+TEST(ZWDateTime, ArithmeticAndOrder)
+{
+    const ZWDateTime a = ZWDateTime::FromDMY(2024, 2, 28, 23, 0, 0);
+    const ZWDateTime b = a + ZWDateTimeSpan(1, 2, 0, 0);
+    EXPECT_EQ(b, ZWDateTime::FromDMY(2024, 3, 1, 1, 0, 0));
+    EXPECT_EQ((b - a).GetTotalSeconds(), 26 * 3600);
+    EXPECT_LT(a, b);
+    EXPECT_EQ(b - ZWDateTimeSpan(1, 2, 0, 0), a);
+    EXPECT_EQ(ZWDateTimeSpan(1, 2, 3, 4).GetHours(), 2);
+    EXPECT_DOUBLE_EQ(ZWDateTimeSpan(0, 12, 0, 0).GetTotalDays(), 0.5);
+}
+
+TEST(String2DateTime, Forms)
+{
+    struct Case
+    {
+        const char* text;
+        bool ok;
+        const char* iso;
+    } cases[] = {
+        {"2024-03-05T09:05:07", true, "2024-03-05T09:05:07"},
+        {"2024-03-05 09:05:07", true, "2024-03-05T09:05:07"},
+        {"2024-03-05T09:05", true, "2024-03-05T09:05:00"},
+        {"2024-03-05", true, "2024-03-05T00:00:00"},
+        {"  2024-03-05  ", true, "2024-03-05T00:00:00"},
+        // A wall-clock time that daylight saving skips is still a wall-clock time.
+        {"2024-03-31T02:30:00", true, "2024-03-31T02:30:00"},
+        {"2024-02-30", false, ""},
+        {"yesterday", false, ""},
+        {"", false, ""},
+        {"2024-03-05T25:00:00", false, ""},
+    };
+    for (const Case& c : cases) {
+        ZWDateTime t = ZWDateTime::FromDMY(1999, 1, 1);
+        EXPECT_EQ(String2DateTime(t, QString::fromUtf8(c.text)), c.ok) << c.text;
+        if (c.ok)
+            EXPECT_EQ(t.ToIso(), QString::fromUtf8(c.iso)) << c.text;
+        else
+            EXPECT_EQ(t, ZWDateTime::FromDMY(1999, 1, 1)) << c.text;
+    }
+}
+
+TEST(ZWMath, RoundHalfAwayFromZero)
+{
+    EXPECT_EQ(roundi(2.5), 3);
+    EXPECT_EQ(roundi(-2.5), -3);
+    EXPECT_EQ(roundi(2.4999), 2);
+    EXPECT_EQ(roundi(1e300), std::numeric_limits<int>::max());
+    EXPECT_EQ(roundi(-1e300), std::numeric_limits<int>::min());
+    EXPECT_EQ(roundi(std::nan("")), 0);
+    EXPECT_DOUBLE_EQ(round(1.005, 2), std::round(1.005 * 100.0) / 100.0);
+    EXPECT_DOUBLE_EQ(round(-12.345, 1), -12.3);
+}
+
+TEST(ZWLocale, OverrideSetsSeparatorsAndFirstDay)
+{
+    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("es_ES")));
+    EXPECT_EQ(LocaleInformationWide().decimalSeparator, QStringLiteral(","));
+    EXPECT_EQ(LocaleInformationWide().thousandSeparator, QStringLiteral("."));
+    EXPECT_EQ(LocaleInformationWide().firstDayOfWeek, Qt::Monday);
+    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("en_US")));
+    EXPECT_EQ(LocaleInformationWide().decimalSeparator, QStringLiteral("."));
+    EXPECT_EQ(LocaleInformationWide().firstDayOfWeek, Qt::Sunday);
+    EXPECT_FALSE(ZWSetLocaleOverride(QStringLiteral("xx_notalocale")));
+    EXPECT_EQ(LocaleInformationWide().firstDayOfWeek, Qt::Sunday);
+    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("C")));
+    EXPECT_EQ(LocaleInformationWide().decimalSeparator, QStringLiteral("."));
+}
+
+} // namespace

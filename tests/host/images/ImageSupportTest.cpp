@@ -1,0 +1,372 @@
+// Pictures from hostile bytes: recognising the formats by content, the
+// module's own tga and pcx decoders, size limits, the helper process for
+// tif with its limits, the decode cache, and the regression corpus.
+#include "host/images/ZWImageFormat.h"
+#include "host/images/ZWImageSupport.h"
+#include "host/core/ZWRemote.h"
+#include "template/ZWCardImage.h"
+#include "template/ZWTemplate.h"
+#include "template/ZWTextStyle.h"
+#include "tests/support/ZWTestSupport.h"
+#include "tests/template/TemplateTestSupport.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QDirIterator>
+#include <QImageWriter>
+#include <QtEndian>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Status = ZWImageSupport::Status;
+
+void PutU16(QByteArray& b, int at, int v)
+{
+    b[at] = char(v & 0xFF);
+    b[at + 1] = char((v >> 8) & 0xFF);
+}
+
+QByteArray TgaHeader(int type, int width, int height, int depth, int descriptor, int mapType = 0, int mapLength = 0,
+    int mapBits = 0, int idLength = 0)
+{
+    QByteArray h(18, '\0');
+    h[0] = char(idLength);
+    h[1] = char(mapType);
+    h[2] = char(type);
+    PutU16(h, 5, mapLength);
+    h[7] = char(mapBits);
+    PutU16(h, 12, width);
+    PutU16(h, 14, height);
+    h[16] = char(depth);
+    h[17] = char(descriptor);
+    return h + QByteArray(idLength, 'i');
+}
+
+QByteArray PcxHeader(int bits, int planes, int width, int height, int bytesPerLine, bool encoded = true)
+{
+    QByteArray h(128, '\0');
+    h[0] = 0x0A;
+    h[1] = 5;
+    h[2] = encoded ? 1 : 0;
+    h[3] = char(bits);
+    PutU16(h, 8, width - 1);
+    PutU16(h, 10, height - 1);
+    h[65] = char(planes);
+    PutU16(h, 66, bytesPerLine);
+    return h;
+}
+
+quint32 Crc32(const QByteArray& data)
+{
+    quint32 crc = 0xFFFFFFFFu;
+    for (const char c : data) {
+        crc ^= quint8(c);
+        for (int k = 0; k < 8; ++k)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+// A PNG whose header claims width × height pixels (with a correct checksum).
+QByteArray PngClaiming(quint32 width, quint32 height)
+{
+    QByteArray png = zwtest::SolidPng(2, 2, Qt::red);
+    qToBigEndian<quint32>(width, png.data() + 16);
+    qToBigEndian<quint32>(height, png.data() + 20);
+    qToBigEndian<quint32>(Crc32(png.mid(12, 17)), png.data() + 29);
+    return png;
+}
+
+QByteArray Encoded(const QImage& image, const char* format)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    EXPECT_TRUE(writer.write(image)) << format << writer.errorString().toStdString();
+    return bytes;
+}
+
+class ImageSupport : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        qunsetenv("ZWINFORMES_IMAGE_DECODER");
+        ZWImageSupport::SetDecoderPath(QStringLiteral(ZW_IMAGE_DECODER));
+        ZWImageSupport::SetDecoderLimits(5000, 1024LL * 1024 * 1024);
+        ZWImageSupport::ClearCache();
+    }
+    void TearDown() override { ZWImageSupport::SetDecoderPath(QString()); }
+};
+
+TEST_F(ImageSupport, FormatsAreRecognisedByContent)
+{
+    QImage image(3, 2, QImage::Format_RGB32);
+    image.fill(Qt::green);
+    struct Case
+    {
+        QByteArray bytes;
+        ZWImageFormat::Type type;
+    };
+    const Case cases[] = {
+        {Encoded(image, "png"), ZWImageFormat::Png},
+        {Encoded(image, "jpeg"), ZWImageFormat::Jpeg},
+        {Encoded(image, "bmp"), ZWImageFormat::Bmp},
+        {Encoded(image, "tiff"), ZWImageFormat::Tiff},
+        {TgaHeader(2, 1, 1, 24, 0) + QByteArray(3, 'x'), ZWImageFormat::Tga},
+        {PcxHeader(8, 1, 2, 1, 2) + QByteArray(2, '\x01'), ZWImageFormat::Pcx},
+        {QByteArray("GIF89a\x02\x00\x02\x00\x80\x00\x00", 13), ZWImageFormat::Unknown},
+        {QByteArray("BMW is not a bitmap, it is a car manufacturer"), ZWImageFormat::Unknown},
+        {QByteArray("<design/>"), ZWImageFormat::Unknown},
+        {QByteArray(), ZWImageFormat::Unknown},
+        {TgaHeader(2, 100, 100, 24, 0) + QByteArray(30, 'x'), ZWImageFormat::Unknown}, // data too short
+        {TgaHeader(2, 1, 1, 23, 0) + QByteArray(3, 'x'), ZWImageFormat::Unknown},      // no such depth
+        {TgaHeader(2, 1, 1, 24, 0xC0) + QByteArray(3, 'x'), ZWImageFormat::Unknown},   // interleaved
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(ZWImageFormat::Detect(c.bytes), c.type) << c.bytes.left(16).toHex().toStdString();
+}
+
+TEST_F(ImageSupport, InProcessFormatsDecode)
+{
+    QImage image(5, 3, QImage::Format_RGB32);
+    image.fill(qRgb(10, 200, 30));
+    for (const char* format : {"png", "bmp"}) {
+        Status status = Status::Corrupt;
+        const QImage decoded = ZWImageSupport::Decode(Encoded(image, format), &status);
+        EXPECT_EQ(status, Status::Ok) << format;
+        EXPECT_EQ(decoded.size(), QSize(5, 3)) << format;
+        EXPECT_EQ(decoded.pixel(4, 2), qRgb(10, 200, 30)) << format;
+        EXPECT_EQ(decoded.format(), QImage::Format_RGB32);
+    }
+    QImage alpha(2, 2, QImage::Format_ARGB32);
+    alpha.fill(qRgba(255, 0, 0, 0));
+    EXPECT_EQ(ZWImageSupport::Decode(Encoded(alpha, "png")).format(), QImage::Format_ARGB32_Premultiplied);
+    EXPECT_EQ(ZWImageSupport::Decode(Encoded(image, "jpeg")).size(), QSize(5, 3));
+}
+
+TEST_F(ImageSupport, TgaVariants)
+{
+    // 2 × 2 true colour, bottom-up: the first pixel in the file is bottom left.
+    QByteArray bottomUp = TgaHeader(2, 2, 2, 24, 0);
+    bottomUp += QByteArray("\x00\x00\xFF" "\x00\xFF\x00" "\xFF\x00\x00" "\xFF\xFF\xFF", 12);
+    QImage image = ZWImageSupport::Decode(bottomUp);
+    ASSERT_EQ(image.size(), QSize(2, 2));
+    EXPECT_EQ(image.pixel(0, 1), qRgb(255, 0, 0));
+    EXPECT_EQ(image.pixel(1, 1), qRgb(0, 255, 0));
+    EXPECT_EQ(image.pixel(0, 0), qRgb(0, 0, 255));
+    EXPECT_EQ(image.pixel(1, 0), qRgb(255, 255, 255));
+
+    // Run-length encoded 32-bit with alpha, top-down: two red, one raw blue.
+    QByteArray rle = TgaHeader(10, 3, 1, 32, 0x28);
+    rle += QByteArray("\x81" "\x00\x00\xFF\xFF" "\x00" "\xFF\x00\x00\x80", 10);
+    image = ZWImageSupport::Decode(rle);
+    ASSERT_EQ(image.size(), QSize(3, 1));
+    EXPECT_EQ(image.pixel(1, 0), qRgb(255, 0, 0));
+    EXPECT_EQ(qAlpha(image.pixel(2, 0)), 0x80);
+
+    // Colour-mapped: a 2-entry 24-bit map.
+    QByteArray mapped = TgaHeader(1, 2, 1, 8, 0x20, 1, 2, 24);
+    mapped += QByteArray("\x00\x00\xFF" "\x00\xFF\x00", 6) + QByteArray("\x01\x00", 2);
+    image = ZWImageSupport::Decode(mapped);
+    ASSERT_EQ(image.size(), QSize(2, 1));
+    EXPECT_EQ(image.pixel(0, 0), qRgb(0, 255, 0));
+    EXPECT_EQ(image.pixel(1, 0), qRgb(255, 0, 0));
+
+    // Grey, and a run that would run past the end of the picture.
+    QByteArray grey = TgaHeader(11, 2, 1, 8, 0x20);
+    grey += QByteArray("\xFF\x40", 2);
+    image = ZWImageSupport::Decode(grey);
+    ASSERT_EQ(image.size(), QSize(2, 1));
+    EXPECT_EQ(image.pixel(1, 0), qRgb(0x40, 0x40, 0x40));
+}
+
+TEST_F(ImageSupport, PcxVariants)
+{
+    // 8 bits, one plane, run-length encoded, with the 256-colour palette.
+    QByteArray pcx = PcxHeader(8, 1, 3, 2, 4);
+    pcx += QByteArray("\xC3\x01" "\x02" "\xC4\x00", 5); // row 1: 1 1 1 2; row 2: 0 0 0 0
+    QByteArray palette(769, '\0');
+    palette[0] = 0x0C;
+    palette[1 + 3] = char(255);     // colour 1: red
+    palette[1 + 6 + 2] = char(255); // colour 2: blue
+    {
+        const QImage image = ZWImageSupport::Decode(pcx + palette);
+        ASSERT_EQ(image.size(), QSize(3, 2));
+        EXPECT_EQ(image.pixel(0, 0), qRgb(255, 0, 0));
+        EXPECT_EQ(image.pixel(2, 0), qRgb(255, 0, 0));
+        EXPECT_EQ(image.pixel(0, 1), qRgb(0, 0, 0));
+    }
+    // 24 bits in three planes, plain bytes.
+    QByteArray rgb = PcxHeader(8, 3, 2, 1, 2, false);
+    rgb += QByteArray("\x10\x20" "\x30\x40" "\x50\x60", 6);
+    QImage image = ZWImageSupport::Decode(rgb);
+    ASSERT_EQ(image.size(), QSize(2, 1));
+    EXPECT_EQ(image.pixel(1, 0), qRgb(0x20, 0x40, 0x60));
+    // Monochrome: bit set is white.
+    QByteArray mono = PcxHeader(1, 1, 8, 1, 2);
+    mono += QByteArray("\xC2\xA5", 2); // 10100101 twice
+    image = ZWImageSupport::Decode(mono);
+    ASSERT_EQ(image.size(), QSize(8, 1));
+    EXPECT_EQ(image.pixel(0, 0), qRgb(255, 255, 255));
+    EXPECT_EQ(image.pixel(1, 0), qRgb(0, 0, 0));
+    // Truncated data: the picture keeps black where nothing came.
+    QByteArray cut = PcxHeader(8, 3, 4, 4, 4);
+    cut += QByteArray("\xC8\x7F", 2);
+    image = ZWImageSupport::Decode(cut);
+    ASSERT_EQ(image.size(), QSize(4, 4));
+    EXPECT_EQ(image.pixel(3, 3), qRgb(0, 0, 0));
+}
+
+TEST_F(ImageSupport, PicturesClaimingHugeSizesAreRefusedBeforeDecoding)
+{
+    QImage small(2, 2, QImage::Format_RGB32);
+    small.fill(Qt::red);
+    QByteArray bmp = Encoded(small, "bmp");
+    qToLittleEndian<qint32>(100000, bmp.data() + 18);
+    qToLittleEndian<qint32>(100000, bmp.data() + 22);
+    QByteArray wideBmp = Encoded(small, "bmp");
+    qToLittleEndian<qint32>(40000, wideBmp.data() + 18);
+    qToLittleEndian<qint32>(10, wideBmp.data() + 22);
+    // Headers whose data could fill 60 and 400 million pixels.
+    const QByteArray pcx = PcxHeader(8, 1, 10000, 6000, 10000) + QByteArray(2'000'000, '\xFF');
+    const QByteArray tga = TgaHeader(11, 20000, 20000, 8, 0) + QByteArray(7'000'000, '\xFF');
+    // Headers whose data is far too short for what they claim.
+    const QByteArray pcxShort = PcxHeader(8, 1, 30000, 30000, 30000) + QByteArray(4096, '\xFF');
+    const QByteArray tgaShort = TgaHeader(11, 20000, 20000, 8, 0) + QByteArray(4096, '\xFF');
+    struct Case
+    {
+        const char* name;
+        QByteArray bytes;
+        Status status;
+    };
+    const Case cases[] = {
+        {"png 100000 x 100000", PngClaiming(100000, 100000), Status::TooLarge},
+        {"png 40000 x 10", PngClaiming(40000, 10), Status::TooLarge},
+        {"bmp 100000 x 100000", bmp, Status::Corrupt}, // Qt's header reader refuses it
+        {"bmp 40000 x 10", wideBmp, Status::TooLarge},
+        {"pcx 10000 x 6000", pcx, Status::TooLarge},
+        {"tga 20000 x 20000", tga, Status::TooLarge},
+        {"pcx 30000 x 30000 in 4 KiB", pcxShort, Status::NotAPicture},
+        {"tga 20000 x 20000 in 4 KiB", tgaShort, Status::NotAPicture},
+        {"too many bytes", QByteArray(ZWImageSupport::MaxFileBytes + 1, 'x'), Status::TooLarge},
+    };
+    for (const Case& c : cases) {
+        Status status = Status::Ok;
+        EXPECT_TRUE(ZWImageSupport::Decode(c.bytes, &status).isNull()) << c.name;
+        EXPECT_EQ(status, c.status) << c.name;
+    }
+}
+
+TEST_F(ImageSupport, TifIsDecodedInTheHelperProcess)
+{
+    QImage image(7, 5, QImage::Format_RGB32);
+    image.fill(qRgb(200, 100, 50));
+    image.setPixel(6, 4, qRgb(1, 2, 3));
+    Status status = Status::Corrupt;
+    const QImage decoded = ZWImageSupport::Decode(Encoded(image, "tiff"), &status);
+    EXPECT_EQ(status, Status::Ok);
+    ASSERT_EQ(decoded.size(), QSize(7, 5));
+    EXPECT_EQ(decoded.pixel(0, 0), qRgb(200, 100, 50));
+    EXPECT_EQ(decoded.pixel(6, 4), qRgb(1, 2, 3));
+}
+
+TEST_F(ImageSupport, WithoutAHelperTifIsRefused)
+{
+    QImage image(2, 2, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    const QByteArray tif = Encoded(image, "tiff");
+    for (const QString& path : {QString(), QStringLiteral("/nonexistent/zw_image_decoder")}) {
+        ZWImageSupport::SetDecoderPath(path);
+        Status status = Status::Ok;
+        EXPECT_TRUE(ZWImageSupport::Decode(tif, &status).isNull());
+        EXPECT_EQ(status, Status::NoDecoder);
+    }
+    // Formats decoded in this process do not need it.
+    EXPECT_FALSE(ZWImageSupport::Decode(Encoded(image, "png")).isNull());
+}
+
+TEST_F(ImageSupport, HelperIsStoppedByItsTimeLimit)
+{
+    // A helper that never answers.
+    QTemporaryDir dir;
+    const QString script = dir.filePath("slow-decoder");
+    ASSERT_TRUE(zwtest::WriteFile(script, "#!/bin/sh\nexec sleep 30\n"));
+    ASSERT_TRUE(QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    ZWImageSupport::SetDecoderPath(script);
+    ZWImageSupport::SetDecoderLimits(300, 256LL * 1024 * 1024);
+    QImage image(2, 2, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    Status status = Status::Ok;
+    EXPECT_TRUE(ZWImageSupport::Decode(Encoded(image, "tiff"), &status).isNull());
+    EXPECT_EQ(status, Status::TimedOut);
+}
+
+TEST_F(ImageSupport, EachDistinctPictureIsDecodedOnce)
+{
+    const QByteArray png = zwtest::SolidPng(9, 9, Qt::yellow);
+    const QByteArray junk("definitely not a picture");
+    const quint64 before = ZWImageSupport::DecodeCount();
+    for (int i = 0; i < 4; ++i) {
+        ZWCardImage card;
+        EXPECT_TRUE(card.SetPictureBytes(png));
+        ZWCardImage bad;
+        EXPECT_FALSE(bad.SetPictureBytes(junk));
+        EXPECT_EQ(bad.bytes, junk); // kept, so that it is written back
+    }
+    EXPECT_EQ(ZWImageSupport::DecodeCount() - before, 2u);
+}
+
+TEST_F(ImageSupport, PictureFilesMustBeRegularFiles)
+{
+    QByteArray bytes("x");
+    EXPECT_FALSE(ZWImageSupport::ReadPictureFile(QStringLiteral("/dev/zero"), bytes));
+    EXPECT_TRUE(bytes.isEmpty());
+    EXPECT_FALSE(ZWImageSupport::ReadPictureFile(QDir::tempPath(), bytes));
+    EXPECT_FALSE(ZWImageSupport::ReadPictureFile(QString(), bytes));
+}
+
+// Every file of the regression corpus, embedded as a picture, as a page
+// background, and read as a template and as a style file.
+TEST_F(ImageSupport, RegressionCorpus)
+{
+    const QString corpus = zwtest::CorpusDir();
+    if (corpus.isEmpty())
+        GTEST_SKIP() << "the shared corpus is absent";
+    QDirIterator it(corpus + "/qt-fuzz-regressions", QDir::Files, QDirIterator::Subdirectories);
+    int files = 0;
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QByteArray bytes = zwtest::ReadFile(path);
+        ++files;
+        SCOPED_TRACE(path.toStdString());
+
+        XmlDocument document;
+        ASSERT_TRUE(document.Parse(QStringLiteral("<image><value>%1</value></image>").arg(EncodeBase64(bytes))));
+        ZWCardImage card;
+        card.GetFromXml(document.Root());
+        EXPECT_EQ(card.bytes, bytes);
+        const QString folder = QFileInfo(path).dir().dirName();
+        if (folder == "tga" || folder == "tiff" || folder == "gif" || folder == "ico" || folder == "icns"
+            || folder == "xml") {
+            EXPECT_FALSE(card.HasPicture());
+        }
+        if (card.HasPicture()) {
+            EXPECT_LE(qint64(card.image.width()) * card.image.height(), ZWImageSupport::MaxPixels);
+        }
+
+        ZWGlobalProperties page;
+        page.InitializeBackground(EncodeBase64(bytes));
+        EXPECT_EQ(page.background->bytes, bytes);
+
+        ZWTemplate report;
+        report.Load(path);
+        ZWTextStyle style;
+        style.Load(path);
+    }
+    EXPECT_GE(files, 10);
+}
+
+} // namespace

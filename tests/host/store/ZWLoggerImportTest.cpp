@@ -1,0 +1,148 @@
+#include "host/store/ZWLoggerImport.h"
+#include "host/core/ZWNoValue.h"
+#include "tests/host/store/ZWStoreTestSupport.h"
+#include "tests/support/ZWTestSupport.h"
+
+using namespace zwtest;
+using Method = ZWSqlLoggerStore::Method;
+
+namespace {
+
+class LoggerImport : public StoreTest
+{
+protected:
+    bool Import(const QByteArray& csv, QString* error, const QStringList& counters = {})
+    {
+        const QString path = m_dir.path() + QStringLiteral("/in%1.csv").arg(++m_files);
+        EXPECT_TRUE(WriteFile(path, csv));
+        ZWLoggerImport import(*m_store);
+        import.SetCounters(counters);
+        return import.ImportFile(path, nullptr, error);
+    }
+    int m_files = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(Backends, LoggerImport, testing::Values(Backend::SQLite, Backend::PostgreSQL), BackendName);
+
+} // namespace
+
+TEST_P(LoggerImport, ReadsInstantsLocalTimesQuotedNamesAndSkipsEmptyCells)
+{
+    QString error;
+    ASSERT_TRUE(Import("\xEF\xBB\xBFtime,Main meter.Active energy,\"Room \"\"A\"\", north.Temp, \xC2\xB0" "C\"\r\n"
+                       "2025-01-06T00:00:00Z,100.5,20\r\n"
+                       "2025-01-06 01:00:00+01:00,101.5,\r\n" // the same instant: replaces
+                       "2025-01-06T00:30:00.750Z,102,21\r\n"
+                       "\r\n"
+                       "2025-01-06T02:00:00,103,-1e1\r\n", // local (Madrid, UTC+1): 01:00Z
+        &error, {QStringLiteral("Main meter.Active energy")}))
+        << error.toStdString();
+    const QString room = QStringLiteral("Room \"A\", north.Temp, \u00B0C");
+    const auto energy = m_store->FindVariable(QStringLiteral("Main meter.Active energy"));
+    const auto temp = m_store->FindVariable(room);
+    ASSERT_TRUE(energy && temp);
+    EXPECT_EQ(energy->kind, ZWSqlLoggerStore::Kind::Counter);
+    EXPECT_EQ(temp->kind, ZWSqlLoggerStore::Kind::Gauge);
+    EXPECT_EQ(CountRows(QStringLiteral("samples")), 3 + 3);
+    const std::vector<double> v = Values({QStringLiteral("Main meter.Active energy"), room,
+                                             QStringLiteral("Main meter.Active energy:first"), room + QStringLiteral(":count")},
+        T0, T0 + 2 * 3600);
+    EXPECT_EQ(v, (std::vector<double>{103.0 - 101.5, (20.0 + 21.0 - 10.0) / 3.0, 101.5, 3.0}));
+}
+
+TEST_P(LoggerImport, ABadRowStopsTheImportAndKeepsNothing)
+{
+    QString error;
+    ASSERT_TRUE(Import("time,A.x\n2025-01-06T00:00:00Z,1\n", &error)) << error.toStdString();
+    struct Case
+    {
+        QByteArray csv;
+        const char* message;
+    } cases[] = {
+        {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-01-06T02:00:00Z,7,8\n2025-01-06T03:00:00Z,abc,9\n",
+            "line 4: 'abc' is not a number"},
+        {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-01-06T02:00:00Z,7\n", "line 3: the row has 2 cells, the header 3"},
+        {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-13-06T02:00:00Z,7,8\n", "line 3: '2025-13-06T02:00:00Z' is not a date"},
+        {"time,A.x,B.y\n\n2025-01-06T01:00:00Z,5,6\nyesterday,7,8\n", "line 4: 'yesterday'"},
+        {"time,A.x,B.y\n2025-01-06T01:00:00Z,nan,6\n", "line 2: 'nan' is not a number"},
+        {"time,A.x,B.y\n2025-01-06T01:00:00Z,\"5,6\n", "line 2: a quoted cell is not closed"},
+        {"when,A.x\n", "line 1: the header must begin with the column 'time'"},
+        {"time,A.x,Nodot\n", "line 1: 'Nodot' is not a device variable name"},
+        {"time,A.x,A.x\n", "line 1: variable 'A.x' appears twice"},
+        {"", "line 0: the file is empty"},
+        {"time,A.x\n1969-12-31T23:59:59Z,1\n", "line 2: the time lies before 1970"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_FALSE(Import(c.csv, &error)) << c.message;
+        EXPECT_TRUE(error.contains(QString::fromUtf8(c.message))) << error.toStdString() << " / " << c.message;
+        // Nothing of the file: not B.y, not the good rows before the bad one.
+        EXPECT_EQ(CountRows(QStringLiteral("samples")), 1) << c.message;
+        EXPECT_EQ(CountRows(QStringLiteral("variables")), 1) << c.message;
+        EXPECT_EQ(CountRows(QStringLiteral("rollup_hour")), 1) << c.message;
+        EXPECT_FALSE(m_store->HasVariable(QStringLiteral("B.y")));
+    }
+}
+
+TEST_P(LoggerImport, ImportingAgainReplacesValuesAndRollupsFollow)
+{
+    QByteArray csv = "time,Meter.E,Room.T\n";
+    for (int i = 0; i < 200; ++i)
+        csv += QStringLiteral("2025-01-06T%1:%2:00Z,%3,%4\n")
+                   .arg(i / 60, 2, 10, QLatin1Char('0'))
+                   .arg(i % 60, 2, 10, QLatin1Char('0'))
+                   .arg(1000 + i)
+                   .arg(i % 7)
+                   .toUtf8();
+    QString error;
+    ASSERT_TRUE(Import(csv, &error, {QStringLiteral("Meter.E")})) << error.toStdString();
+    const qint64 s = T0 - 3600, e = T0 + 86400;
+    EXPECT_EQ(Value(QStringLiteral("Meter.E"), s, e), 199.0);
+    // Two readings rewritten at 01:40 and 01:41 as if a new meter had been
+    // fitted: a reset, then the old meter's readings again, which count as a
+    // rise from the new meter's.
+    ASSERT_TRUE(Import("time,Meter.E,Room.T\n2025-01-06T01:40:00Z,0.5,100\n2025-01-06T01:41:00Z,1.5,\n", &error))
+        << error.toStdString();
+    EXPECT_EQ(CountRows(QStringLiteral("samples")), 400);
+    EXPECT_EQ(Value(QStringLiteral("Meter.E"), s, e), (1099.0 - 1000.0) + 0.5 + 1.0 + (1102.0 - 1.5) + (1199.0 - 1102.0));
+    EXPECT_EQ(Value(QStringLiteral("Meter.E"), s, e), Value(QStringLiteral("Meter.E"), s, e, Method::Raw));
+    EXPECT_EQ(Value(QStringLiteral("Room.T:max"), s, e), 100.0);
+    EXPECT_EQ(Value(QStringLiteral("Room.T:max"), T0 + 7200, e), 6.0);
+    EXPECT_NEAR(Value(QStringLiteral("Room.T"), s, e), Value(QStringLiteral("Room.T"), s, e, Method::Raw), 1e-12);
+    // Still a counter: the import names no kind for known variables.
+    EXPECT_EQ(m_store->FindVariable(QStringLiteral("Meter.E"))->kind, ZWSqlLoggerStore::Kind::Counter);
+}
+
+TEST(LoggerImportText, TimesAndCells)
+{
+    struct TimeCase
+    {
+        const char* text;
+        qint64 utc; // -1: not a time
+    } times[] = {
+        {"2025-01-06T00:00:00Z", T0},
+        {"2025-01-06T00:00Z", T0},
+        {"2025-01-06 00:00:00z", T0},
+        {"2025-01-06T01:30:00+01:30", T0},
+        {"2025-01-05T22:00:00-0200", T0},
+        {"2025-01-06T02:00:00+02", T0},
+        {"2025-01-06T00:00:00.999Z", T0},
+        {"2025-01-06", T0 - 3600}, // local midnight in Madrid
+        {"2025-01-06T25:00:00Z", -1},
+        {"2025-02-30T00:00:00Z", -1},
+        {"2025-01-06T00:00:00+24:00", -1},
+        {"06/01/2025 00:00", -1},
+        {"", -1},
+    };
+    for (const TimeCase& c : times) {
+        qint64 utc = -1;
+        const bool ok = ZWLoggerImport::ParseTime(QString::fromUtf8(c.text), utc);
+        EXPECT_EQ(ok, c.utc >= 0) << c.text;
+        if (ok) {
+            EXPECT_EQ(utc, c.utc) << c.text;
+        }
+    }
+    QStringList cells;
+    ASSERT_TRUE(ZWLoggerImport::SplitCsvLine(QStringLiteral(" a , \"b,\"\"c\"\"\" ,,\"\" "), cells));
+    EXPECT_EQ(cells, (QStringList{QStringLiteral("a"), QStringLiteral("b,\"c\""), QString(), QString()}));
+    EXPECT_FALSE(ZWLoggerImport::SplitCsvLine(QStringLiteral("a,\"b"), cells));
+}

@@ -1,0 +1,447 @@
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/core/ZWLocalTime.h"
+#include "host/drivers/ZWLoggerData.h"
+#include "host/store/ZWLoggerSchema.h"
+#include "host/core/ZWNoValue.h"
+#include "host/store/ZWLoggerWriter.h"
+#include "host/store/ZWSqlLoggerConnection.h"
+#include "tests/host/store/ZWStoreTestSupport.h"
+#include "tests/support/ZWTestPostgres.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QThread>
+#include <cmath>
+#include <random>
+
+using namespace zwtest;
+using Kind = ZWSqlLoggerStore::Kind;
+using Method = ZWSqlLoggerStore::Method;
+
+namespace {
+
+constexpr qint64 H = 3600;
+constexpr qint64 D = 86400;
+
+// The definitions, computed the plainest way from the samples in memory.
+struct Reference
+{
+    explicit Reference(Samples s) : samples(std::move(s)) { std::sort(samples.begin(), samples.end()); }
+
+    double Reduce(const QString& reduction, qint64 start, qint64 end) const
+    {
+        std::vector<double> in;
+        for (const auto& [t, v] : samples)
+            if (t >= start && t < end)
+                in.push_back(v);
+        if (reduction == QLatin1String("delta"))
+            return Increase(start, end);
+        if (in.empty())
+            return ZW_NO_VALUE;
+        double sum = 0.0;
+        for (const double v : in)
+            sum += v;
+        if (reduction == QLatin1String("avg"))
+            return sum / double(in.size());
+        if (reduction == QLatin1String("sum"))
+            return sum;
+        if (reduction == QLatin1String("min"))
+            return *std::min_element(in.begin(), in.end());
+        if (reduction == QLatin1String("max"))
+            return *std::max_element(in.begin(), in.end());
+        if (reduction == QLatin1String("count"))
+            return double(in.size());
+        if (reduction == QLatin1String("first"))
+            return in.front();
+        if (reduction == QLatin1String("last"))
+            return in.back();
+        return -1.0;
+    }
+
+    double Increase(qint64 start, qint64 end) const
+    {
+        int first = -1, last = -1;
+        for (int i = 0; i < int(samples.size()); ++i) {
+            if (samples[size_t(i)].first <= start)
+                first = i;
+            if (samples[size_t(i)].first <= end)
+                last = i;
+        }
+        if (first < 0 && !samples.empty() && samples[0].first <= end)
+            first = 0;
+        if (first < 0 || last <= first)
+            return ZW_NO_VALUE;
+        double sum = 0.0;
+        for (int i = first + 1; i <= last; ++i) {
+            const double d = samples[size_t(i)].second - samples[size_t(i - 1)].second;
+            sum += d >= 0 ? d : samples[size_t(i)].second;
+        }
+        return sum;
+    }
+
+    Samples samples;
+};
+
+bool Close(double a, double b, double relative)
+{
+    if (IsNoValue(a) || IsNoValue(b))
+        return a == b;
+    return std::fabs(a - b) <= relative * std::max({1.0, std::fabs(a), std::fabs(b)});
+}
+
+} // namespace
+
+class SqlLoggerStore : public StoreTest
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Backends, SqlLoggerStore, testing::Values(Backend::SQLite, Backend::PostgreSQL), BackendName);
+
+TEST_P(SqlLoggerStore, GaugeMeanTakesStartAndLeavesEnd)
+{
+    Write(QStringLiteral("Office.Temperature"), Kind::Gauge,
+        {{T0 - 60, 100.0}, {T0, 20.0}, {T0 + 600, 22.0}, {T0 + 1200, 24.0}, {T0 + H, 50.0}});
+    EXPECT_DOUBLE_EQ(Value(QStringLiteral("Office.Temperature"), T0, T0 + H), 22.0);
+    // One second later at both ends: the sample at T0 leaves, the one at T0 + H enters.
+    EXPECT_DOUBLE_EQ(Value(QStringLiteral("Office.Temperature"), T0 + 1, T0 + H + 1), (22.0 + 24.0 + 50.0) / 3.0);
+    // Whole days of rollups, edges of raw samples: same mean.
+    EXPECT_DOUBLE_EQ(Value(QStringLiteral("Office.Temperature"), T0 - 2 * D + 17, T0 + 3 * D + 5),
+        (100.0 + 20.0 + 22.0 + 24.0 + 50.0) / 5.0);
+}
+
+TEST_P(SqlLoggerStore, CounterIncreaseCountsResetsAndEdgeSamples)
+{
+    // Readings; at T0+3H the meter was replaced and restarted from zero.
+    Write(QStringLiteral("Main meter.Active energy"), Kind::Counter,
+        {{T0, 1000.0}, {T0 + H, 1010.0}, {T0 + 2 * H, 1025.0}, {T0 + 3 * H, 4.0}, {T0 + 4 * H, 9.0},
+            {T0 + 5 * H, 15.0}});
+    const QString name = QStringLiteral("Main meter.Active energy");
+    struct Case
+    {
+        qint64 start, end;
+        double increase;
+    } cases[] = {
+        {T0, T0 + H, 10.0},               // samples exactly at both bounds
+        {T0, T0 + 2 * H, 25.0},
+        {T0 + 2 * H, T0 + 3 * H, 4.0},    // only the reset: its reading is the increase
+        {T0 + H, T0 + 5 * H, 15.0 + 4.0 + 5.0 + 6.0},
+        {T0 + 30 * 60, T0 + 90 * 60, 10.0}, // from the last sample at or before the start
+        {T0 + 3 * H + 1, T0 + 4 * H - 1, ZW_NO_VALUE}, // no sample after the start's in reach
+        {T0 - D, T0 + H, 10.0},           // data begins inside the period
+        {T0 + 5 * H, T0 + 6 * H, ZW_NO_VALUE}, // nothing after the last sample
+    };
+    for (const Case& c : cases) {
+        for (const Method m : {Method::Rollups, Method::Raw}) {
+            const double v = Value(name, c.start, c.end, m);
+            EXPECT_EQ(v, c.increase) << "period " << c.start - T0 << ".." << c.end - T0 << " method " << int(m);
+        }
+    }
+    EXPECT_EQ(CountRows(QStringLiteral("counter_resets")), 1);
+}
+
+TEST_P(SqlLoggerStore, PeriodWithoutDataAndUnknownNamesHaveNoValue)
+{
+    Write(QStringLiteral("Office.Temperature"), Kind::Gauge, {{T0, 20.0}, {T0 + 60, 21.0}});
+    const std::vector<double> v = Values({QStringLiteral("Office.Temperature"), QStringLiteral("Nowhere.Nothing"),
+                                             QStringLiteral("Office.Temperature:median"), QStringLiteral("NoDot")},
+        T0 + D, T0 + 2 * D);
+    ASSERT_EQ(v.size(), 4u);
+    for (const double x : v)
+        EXPECT_TRUE(IsNoValue(x));
+    EXPECT_FALSE(m_store->HasVariable(QStringLiteral("Nowhere.Nothing")));
+    EXPECT_FALSE(m_store->HasVariable(QStringLiteral("Office.Temperature:median")));
+    EXPECT_TRUE(m_store->HasVariable(QStringLiteral("Office.Temperature:MAX")));
+    // An empty or reversed period has no data either.
+    EXPECT_TRUE(IsNoValue(Value(QStringLiteral("Office.Temperature"), T0 + 60, T0)));
+}
+
+TEST_P(SqlLoggerStore, EveryReductionFilter)
+{
+    Write(QStringLiteral("Pump.Pressure"), Kind::Gauge,
+        {{T0 - 10, 9.0}, {T0, 3.0}, {T0 + 100, 7.0}, {T0 + H + 5, 1.0}, {T0 + 2 * H, 6.0}, {T0 + 3 * H, 2.0}});
+    Write(QStringLiteral("Pump.Energy"), Kind::Counter, {{T0, 50.0}, {T0 + H, 55.0}, {T0 + 2 * H, 1.5}, {T0 + 3 * H, 2.0}});
+    const qint64 s = T0, e = T0 + 3 * H;
+    struct Case
+    {
+        const char* name;
+        double expected;
+    } cases[] = {
+        {"Pump.Pressure", (3.0 + 7.0 + 1.0 + 6.0) / 4.0},
+        {"Pump.Pressure:avg", (3.0 + 7.0 + 1.0 + 6.0) / 4.0},
+        {"Pump.Pressure:min", 1.0},
+        {"Pump.Pressure:max", 7.0},
+        {"Pump.Pressure:sum", 17.0},
+        {"Pump.Pressure:first", 3.0},
+        {"Pump.Pressure:last", 6.0},
+        {"Pump.Pressure:count", 4.0},
+        // A gauge's delta: its falls count as resets, read from raw samples.
+        {"Pump.Pressure:delta", 4.0 + 1.0 + 5.0 + 2.0},
+        {"Pump.Energy", 5.0 + 1.5 + 0.5},
+        {"Pump.Energy:delta", 7.0},
+        {"Pump.Energy:avg", (50.0 + 55.0 + 1.5) / 3.0},
+        {"Pump.Energy:first", 50.0},
+        {"Pump.Energy:last", 1.5},
+        {"Pump.Energy:Max", 55.0},
+    };
+    QStringList names;
+    for (const Case& c : cases)
+        names << QString::fromUtf8(c.name);
+    for (const Method m : {Method::Rollups, Method::Raw}) {
+        const std::vector<double> v = Values(names, s, e, m);
+        ASSERT_EQ(v.size(), names.size());
+        for (int i = 0; i < names.size(); ++i)
+            EXPECT_DOUBLE_EQ(v[size_t(i)], cases[i].expected) << cases[i].name << " method " << int(m);
+    }
+}
+
+TEST_P(SqlLoggerStore, NamesAreValuesNeverSql)
+{
+    const QString quoted = QStringLiteral("O'Brien's meter.Active \"energy\"");
+    const QString bracketed = QStringLiteral("[Bay 1].Power [kW]");
+    const QString colon = QStringLiteral("Pump.State:on");
+    const QString hostile = QStringLiteral("x.y'); DROP TABLE samples; --");
+    Write(quoted, Kind::Counter, {{T0, 1.0}, {T0 + 60, 3.5}});
+    Write(bracketed, Kind::Gauge, {{T0, 2.0}, {T0 + 60, 4.0}});
+    Write(colon, Kind::Gauge, {{T0, 7.0}, {T0 + 60, 9.0}});
+    Write(hostile, Kind::Gauge, {{T0, 1.0}});
+    const std::vector<double> v = Values({quoted, bracketed, colon, colon + QStringLiteral(":max"), hostile,
+                                             bracketed + QStringLiteral(":min"), quoted + QStringLiteral(":first")},
+        T0, T0 + H);
+    ASSERT_EQ(v.size(), 7u);
+    EXPECT_EQ(v[0], 2.5);
+    EXPECT_EQ(v[1], 3.0);
+    EXPECT_EQ(v[2], 8.0); // the stored name is taken whole, not as "Pump.State" with a filter
+    EXPECT_EQ(v[3], 9.0);
+    EXPECT_EQ(v[4], 1.0);
+    EXPECT_EQ(v[5], 2.0);
+    EXPECT_EQ(v[6], 1.0);
+    EXPECT_EQ(CountRows(QStringLiteral("samples")), 7);
+    double live = 0.0;
+    EXPECT_TRUE(m_store->LiveValue(quoted, live));
+    EXPECT_EQ(live, 3.5);
+}
+
+TEST_P(SqlLoggerStore, DaylightSavingDaysHave23And25Hours)
+{
+    // Hourly samples in UTC across both changes of 2025 in Madrid; the gauge
+    // reads 1 every hour, the counter grows by 1 an hour.
+    for (const auto& [day, label] : {std::pair{qint64(1743206400), "spring"}, std::pair{qint64(1761350400), "autumn"}}) {
+        Samples gauge, counter;
+        const qint64 from = day - D;
+        for (qint64 i = 0; i <= 96; ++i) {
+            gauge.push_back({from + i * H, 1.0});
+            counter.push_back({from + i * H, double(i)});
+        }
+        Write(QStringLiteral("Site.Hourly %1").arg(QLatin1String(label)), Kind::Gauge, gauge);
+        Write(QStringLiteral("Site.Meter %1").arg(QLatin1String(label)), Kind::Counter, counter);
+    }
+    struct Case
+    {
+        ZWDateTime day;
+        const char* label;
+        double hours;
+    } cases[] = {
+        {ZWDateTime::FromDMY(2025, 3, 30), "spring", 23.0},
+        {ZWDateTime::FromDMY(2025, 3, 29), "spring", 24.0},
+        {ZWDateTime::FromDMY(2025, 10, 26), "autumn", 25.0},
+        {ZWDateTime::FromDMY(2025, 10, 27), "autumn", 24.0},
+    };
+    for (const Case& c : cases) {
+        std::vector<double> v;
+        QString error;
+        const QString label = QLatin1String(c.label);
+        ASSERT_TRUE(m_store->PeriodValues({QStringLiteral("Site.Hourly %1:count").arg(label),
+                                              QStringLiteral("Site.Meter %1").arg(label)},
+            c.day, c.day + ZWDateTimeSpan(1, 0, 0, 0), v, nullptr, &error))
+            << error.toStdString();
+        EXPECT_EQ(v[0], c.hours) << c.day.ToIso().toStdString();
+        EXPECT_EQ(v[1], c.hours) << c.day.ToIso().toStdString();
+    }
+}
+
+TEST_P(SqlLoggerStore, RollupsGiveTheRawValuesForRandomPeriods)
+{
+    std::mt19937 rng(4711);
+    std::uniform_int_distribution<int> gap(1, 400);
+    std::uniform_real_distribution<double> u(0.0, 1.0);
+    Samples gauge, counter;
+    double reading = 500.0;
+    int resets = 0;
+    // Six days of irregular samples, some exactly on hour boundaries.
+    for (qint64 t = T0 - 3 * D; t < T0 + 3 * D;) {
+        gauge.push_back({t, std::round((20.0 + 5.0 * u(rng)) * 100.0) / 100.0});
+        reading += u(rng) * 0.37;
+        if (u(rng) < 0.0015) {
+            reading = u(rng) * 2.0;
+            ++resets;
+        }
+        counter.push_back({t, reading});
+        t += u(rng) < 0.1 ? H - ZWDateTime::FloorMod(t, H) : gap(rng);
+    }
+    ASSERT_GT(resets, 1);
+    Write(QStringLiteral("Random.Gauge"), Kind::Gauge, gauge);
+    Write(QStringLiteral("Random.Counter"), Kind::Counter, counter);
+    const Reference refGauge(gauge), refCounter(counter);
+
+    const QStringList reductions = {QStringLiteral("avg"), QStringLiteral("min"), QStringLiteral("max"),
+        QStringLiteral("sum"), QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("count"),
+        QStringLiteral("delta")};
+    QStringList names;
+    std::vector<const Reference*> refs;
+    for (const auto& [variable, ref] : {std::pair{QStringLiteral("Random.Gauge"), &refGauge},
+             std::pair{QStringLiteral("Random.Counter"), &refCounter}}) {
+        for (const QString& r : reductions) {
+            names << variable + QLatin1Char(':') + r;
+            refs.push_back(ref);
+        }
+    }
+    std::uniform_int_distribution<qint64> when(T0 - 4 * D, T0 + 4 * D);
+    for (int i = 0; i < 120; ++i) {
+        qint64 s = when(rng), e = when(rng);
+        if (i % 4 == 1)
+            s = ZWDateTime::FloorDiv(s, H) * H; // whole hours at one end
+        if (i % 4 == 2)
+            e = s + gap(rng);                    // shorter than an hour
+        if (i % 8 == 3)
+            e = s + 2 * D + H;                   // exact days and hours from a cut start
+        if (s > e)
+            std::swap(s, e);
+        const std::vector<double> rolled = Values(names, s, e, Method::Rollups);
+        const std::vector<double> raw = Values(names, s, e, Method::Raw);
+        ASSERT_EQ(rolled.size(), size_t(names.size()));
+        ASSERT_EQ(raw.size(), size_t(names.size()));
+        for (int k = 0; k < names.size(); ++k) {
+            const QString reduction = names[k].section(QLatin1Char(':'), -1);
+            const double expected = refs[size_t(k)]->Reduce(reduction, s, e);
+            const std::string what = names[k].toStdString() + " over " + std::to_string(s - T0) + ".." + std::to_string(e - T0);
+            if (reduction == QLatin1String("avg") || reduction == QLatin1String("sum")) {
+                // Sums are added in another grouping (hours, days): the last
+                // bits may differ.
+                EXPECT_TRUE(Close(rolled[size_t(k)], raw[size_t(k)], 1e-13)) << what << ": " << rolled[size_t(k)] << " vs " << raw[size_t(k)];
+            } else {
+                EXPECT_EQ(rolled[size_t(k)], raw[size_t(k)]) << what;
+            }
+            EXPECT_TRUE(Close(rolled[size_t(k)], expected, 1e-12)) << what << ": " << rolled[size_t(k)] << " vs reference " << expected;
+        }
+    }
+}
+
+TEST_P(SqlLoggerStore, RewritingSamplesKeepsRollupsAndResetsRight)
+{
+    const QString name = QStringLiteral("Main meter.Active energy");
+    Samples first;
+    for (qint64 i = 0; i < 300; ++i)
+        first.push_back({T0 + i * 600, 100.0 + double(i)});
+    Write(name, Kind::Counter, first);
+    EXPECT_EQ(CountRows(QStringLiteral("counter_resets")), 0);
+    // A dip in the middle makes a reset; the sample after it is a plain rise again.
+    Write(name, Kind::Counter, {{T0 + 100 * 600, 3.0}});
+    EXPECT_EQ(CountRows(QStringLiteral("counter_resets")), 1);
+    EXPECT_EQ(Value(name, T0, T0 + 299 * 600), (199.0 - 100.0) + 3.0 + (399.0 - 3.0));
+    EXPECT_EQ(Value(name + QStringLiteral(":min"), T0, T0 + 2 * D), 3.0);
+    // Put right again: no reset, and the rollups forget the dip.
+    Write(name, Kind::Counter, {{T0 + 100 * 600, 200.0}});
+    EXPECT_EQ(CountRows(QStringLiteral("counter_resets")), 0);
+    EXPECT_EQ(Value(name, T0, T0 + 299 * 600), 299.0);
+    EXPECT_EQ(Value(name + QStringLiteral(":min"), T0, T0 + 2 * D), 100.0);
+    EXPECT_EQ(Value(name + QStringLiteral(":count"), T0, T0 + 2 * D), 288.0);
+    EXPECT_EQ(Value(name + QStringLiteral(":sum"), T0, T0 + 2 * D),
+        Value(name + QStringLiteral(":sum"), T0, T0 + 2 * D, Method::Raw));
+}
+
+TEST_P(SqlLoggerStore, OneQueryPerGathering)
+{
+    Write(QStringLiteral("A.g"), Kind::Gauge, {{T0, 1.0}, {T0 + 2 * H, 2.0}});
+    Write(QStringLiteral("A.c"), Kind::Counter, {{T0, 1.0}, {T0 + 2 * H, 2.0}});
+    const int before = m_store->PeriodQueryCount();
+    const std::vector<double> v = Values({QStringLiteral("A.g"), QStringLiteral("A.c"), QStringLiteral("A.g:delta"),
+                                             QStringLiteral("A.c:first"), QStringLiteral("A.g:max")},
+        T0 - 1234, T0 + D + 77);
+    EXPECT_EQ(m_store->PeriodQueryCount() - before, 1);
+    EXPECT_EQ(v, (std::vector<double>{1.5, 1.0, 1.0, 1.0, 2.0}));
+}
+
+TEST_P(SqlLoggerStore, LoggerDataReadsThroughTheStore)
+{
+    Write(QStringLiteral("Office.Temperature"), Kind::Gauge, {{T0, 20.0}, {T0 + H, 22.0}, {T0 + 2 * H, 30.0}});
+    auto shared = std::shared_ptr<ZWSqlLoggerStore>(std::move(m_store));
+    ZWDriverSupport::SetStore(shared);
+    ZWLoggerInfo info;
+    info.AddVariable(QStringLiteral("Office.Temperature"));
+    info.AddVariable(QStringLiteral("Office.Temperature:max"));
+    info.AddVariable(QStringLiteral("Office.Humidity"));
+    ZWLoggerData data;
+    ASSERT_TRUE(data.Setup(info));
+    const ZWDateTime start = ZWLocalTime::FromUtc(T0), end = ZWLocalTime::FromUtc(T0 + 2 * H);
+    ASSERT_TRUE(data.SelectData(start, end, nullptr)) << data.LastError().toStdString();
+    const ZWDataRecord* record = data.DataRecord(start, end);
+    ASSERT_NE(record, nullptr);
+    EXPECT_EQ(record->values, (std::vector<double>{21.0, 22.0, ZW_NO_VALUE}));
+    double live = 0.0;
+    EXPECT_TRUE(shared->LiveValue(QStringLiteral("Office.Temperature"), live));
+    EXPECT_EQ(live, 30.0);
+    ZWDriverSupport::SetStore(nullptr);
+}
+
+TEST_P(SqlLoggerStore, WorkerThreadUsesItsOwnConnectionAndDropsIt)
+{
+    Write(QStringLiteral("Office.Temperature"), Kind::Gauge, {{T0, 20.0}, {T0 + H, 22.0}});
+    const int namesBefore = int(QSqlDatabase::connectionNames().size());
+    std::vector<double> inThread;
+    bool ok = false;
+    QString error;
+    int connectionsInThread = 0;
+    for (int round = 0; round < 3; ++round) {
+        // As the viewer does: a new thread for every gathering.
+        std::unique_ptr<QThread> thread(QThread::create([&] {
+            ok = m_store->PeriodValuesUtc({QStringLiteral("Office.Temperature")}, T0, T0 + 2 * H, inThread, &error);
+            connectionsInThread = ZWSqlLoggerConnection::ThreadConnectionCount();
+        }));
+        thread->start();
+        ASSERT_TRUE(thread->wait(60000));
+        ASSERT_TRUE(ok) << error.toStdString();
+        EXPECT_EQ(inThread, std::vector<double>{21.0});
+        EXPECT_EQ(connectionsInThread, 1);
+        EXPECT_EQ(int(QSqlDatabase::connectionNames().size()), namesBefore);
+    }
+    EXPECT_EQ(Value(QStringLiteral("Office.Temperature"), T0, T0 + 2 * H), 21.0);
+}
+
+TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
+{
+    if (ZWTestPostgres::OptedOut())
+        GTEST_SKIP() << "ZW_TEST_SKIP_POSTGRES=1";
+    ZWTestPostgres* server = ZWTestPostgres::Instance();
+    ASSERT_NE(server, nullptr) << ZWTestPostgres::Error().toStdString();
+    ZWLoggerUrl url;
+    QString error;
+    ASSERT_TRUE(url.Parse(server->NewDatabaseUrl(), &error));
+    ZWSqlLoggerStore store(url);
+    ASSERT_TRUE(store.Open(&error)) << error.toStdString();
+    {
+        ZWLoggerWriter writer(store);
+        qint64 id;
+        bool created;
+        ASSERT_TRUE(writer.Begin(&error) && writer.EnsureVariable(QStringLiteral("A.g"), Kind::Gauge, {}, false, id, created, &error)
+            && writer.Add(id, T0, 4.0, &error) && writer.Add(id, T0 + 60, 6.0, &error) && writer.Commit(&error))
+            << error.toStdString();
+    }
+    for (int round = 0; round < 6; ++round) {
+        if (round == 3) {
+            ASSERT_TRUE(server->Restart(&error)) << error.toStdString();
+        }
+        std::vector<double> v;
+        ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error))
+            << "round " << round << ": " << error.toStdString();
+        EXPECT_EQ(v, std::vector<double>{5.0}) << "round " << round;
+    }
+    // A server that is gone: a clear message, no hang, no crash; back again: values again.
+    ASSERT_TRUE(server->Stop(&error)) << error.toStdString();
+    std::vector<double> v;
+    EXPECT_FALSE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("Cannot reach the logger database"))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("127.0.0.1"))) << error.toStdString();
+    ASSERT_TRUE(server->Start(&error)) << error.toStdString();
+    ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error)) << error.toStdString();
+    EXPECT_EQ(v, std::vector<double>{5.0});
+}

@@ -1,0 +1,94 @@
+#include "tests/host/store/ZWStoreTestSupport.h"
+
+#include "host/store/ZWLoggerWriter.h"
+#include "host/store/ZWSqlLoggerConnection.h"
+#include "tests/support/ZWTestPostgres.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <ctime>
+
+namespace zwtest {
+
+namespace {
+
+// The store tests share one PostgreSQL server, stopped at the end of the
+// run; the DST cases need Madrid's time.
+class StoreEnvironment : public testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        qputenv("TZ", "Europe/Madrid");
+        tzset();
+    }
+    void TearDown() override { ZWTestPostgres::Shutdown(); }
+};
+
+const testing::Environment* const g_environment = testing::AddGlobalTestEnvironment(new StoreEnvironment);
+
+} // namespace
+
+std::string BackendName(const testing::TestParamInfo<Backend>& info)
+{
+    return info.param == Backend::SQLite ? "SQLite" : "PostgreSQL";
+}
+
+void StoreTest::SetUp()
+{
+    if (GetParam() == Backend::PostgreSQL) {
+        if (ZWTestPostgres::OptedOut())
+            GTEST_SKIP() << "ZW_TEST_SKIP_POSTGRES=1";
+        ZWTestPostgres* server = ZWTestPostgres::Instance();
+        ASSERT_NE(server, nullptr) << ZWTestPostgres::Error().toStdString();
+        m_url = server->NewDatabaseUrl();
+    } else {
+        ASSERT_TRUE(m_dir.isValid());
+        m_url = QStringLiteral("sqlite:") + m_dir.path() + QStringLiteral("/logger.sqlite");
+    }
+    QString error;
+    ASSERT_TRUE(m_parsed.Parse(m_url, &error)) << error.toStdString();
+    m_store = std::make_unique<ZWSqlLoggerStore>(m_parsed);
+    ASSERT_TRUE(m_store->Open(&error)) << error.toStdString();
+}
+
+void StoreTest::TearDown()
+{
+    m_store.reset();
+}
+
+void StoreTest::Write(const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples)
+{
+    ZWLoggerWriter writer(*m_store);
+    QString error;
+    qint64 id = 0;
+    bool created = false;
+    ASSERT_TRUE(writer.Begin(&error)) << error.toStdString();
+    ASSERT_TRUE(writer.EnsureVariable(name, kind, QString(), false, id, created, &error)) << error.toStdString();
+    for (const auto& [t, v] : samples)
+        ASSERT_TRUE(writer.Add(id, t, v, &error)) << error.toStdString();
+    ASSERT_TRUE(writer.Commit(&error)) << error.toStdString();
+}
+
+std::vector<double> StoreTest::Values(const QStringList& names, qint64 start, qint64 end, ZWSqlLoggerStore::Method method)
+{
+    std::vector<double> values;
+    QString error;
+    EXPECT_TRUE(m_store->PeriodValuesUtc(names, start, end, values, &error, method)) << error.toStdString();
+    return values;
+}
+
+double StoreTest::Value(const QString& name, qint64 start, qint64 end, ZWSqlLoggerStore::Method method)
+{
+    const std::vector<double> values = Values({name}, start, end, method);
+    return values.empty() ? -12345.0 : values[0];
+}
+
+qint64 StoreTest::CountRows(const QString& table)
+{
+    QSqlQuery q(m_store->Connection().Database());
+    EXPECT_TRUE(q.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table)) << q.lastError().text().toStdString();
+    return q.next() ? q.value(0).toLongLong() : -1;
+}
+
+} // namespace zwtest

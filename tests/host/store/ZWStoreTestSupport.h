@@ -1,0 +1,42 @@
+#pragma once
+
+#include "host/store/ZWLoggerUrl.h"
+#include "host/store/ZWSqlLoggerStore.h"
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace zwtest {
+
+enum class Backend { SQLite, PostgreSQL };
+std::string BackendName(const testing::TestParamInfo<Backend>& info);
+
+using Samples = std::vector<std::pair<qint64, double>>;
+
+// A fresh, empty logger database on each back end for every test.
+class StoreTest : public testing::TestWithParam<Backend>
+{
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    // Writes samples of one variable (made with `kind` when missing).
+    void Write(const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples);
+    double Value(const QString& name, qint64 start, qint64 end,
+        ZWSqlLoggerStore::Method method = ZWSqlLoggerStore::Method::Rollups);
+    std::vector<double> Values(const QStringList& names, qint64 start, qint64 end,
+        ZWSqlLoggerStore::Method method = ZWSqlLoggerStore::Method::Rollups);
+    qint64 CountRows(const QString& table);
+
+    QTemporaryDir m_dir;
+    QString m_url;
+    ZWLoggerUrl m_parsed;
+    std::unique_ptr<ZWSqlLoggerStore> m_store;
+};
+
+// 2025-01-06T00:00:00Z, a Monday.
+constexpr qint64 T0 = 1736121600;
+
+} // namespace zwtest

@@ -1,0 +1,239 @@
+#include "host/widgets/CGoToDateDlg.h"
+#include "host/core/ZWMarentaSetup.h"
+#include "tests/support/ZWTestSupport.h"
+#include "viewer/widgets/CDlgInformesList.h"
+#include "viewer/widgets/CDlgUserInterval.h"
+
+#include <QCalendarWidget>
+#include <QDateEdit>
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimeEdit>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+namespace {
+
+template <class Dialog>
+class Recording : public Dialog
+{
+public:
+    using Dialog::Dialog;
+    std::vector<int> messages;
+
+protected:
+    void ShowMessage(int textId) override { messages.push_back(textId); }
+};
+
+void ClickOk(QDialog& dialog)
+{
+    auto* box = dialog.findChild<QDialogButtonBox*>();
+    ASSERT_NE(box, nullptr);
+    QTest::mouseClick(box->button(QDialogButtonBox::Ok), Qt::LeftButton);
+}
+
+class ReportFolder : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        for (const char* name : {"Boiler.XRPT", "Annual2024.XRPT", "Report1.XRPT", "Report1.XRPT.bak", "lower.xrpt"})
+            ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QString::fromLatin1(name)), "<design/>"));
+        ZWMarentaSetup::instance().SetReportDirectory(m_dir.path());
+    }
+    void TearDown() override { ZWMarentaSetup::instance().SetReportDirectory(QString()); }
+
+    static QStringList Items(const CDlgInformesList& dialog)
+    {
+        QStringList out;
+        for (int i = 0; i < dialog.List()->topLevelItemCount(); ++i)
+            out << dialog.List()->topLevelItem(i)->text(0);
+        return out;
+    }
+
+    QTemporaryDir m_dir;
+};
+
+TEST(CDlgInformesList, IsValidName)
+{
+    const std::pair<const char*, bool> cases[] = {
+        {"Report1", true},
+        {"Informe2024", true},
+        {"\xc3\x91o\xc3\xb1o", true}, // letters beyond ASCII
+        {"", false},
+        {" Report", false},
+        {"My report", false},
+        {"my_report", false},
+        {"my-report", false},
+        {"report.v2", false},
+        {"a/b", false},
+    };
+    for (const auto& [name, valid] : cases)
+        EXPECT_EQ(CDlgInformesList::IsValidName(QString::fromUtf8(name)), valid) << name;
+}
+
+TEST_F(ReportFolder, ListsOnlyReportsAndPreselects)
+{
+    Recording<CDlgInformesList> dialog;
+    dialog.SetType(CDlgInformesList::NewName);
+    dialog.SetName(QStringLiteral("Boiler"));
+    dialog.show();
+    // Backups and other extensions are not reports.
+    EXPECT_EQ(Items(dialog), (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1")}));
+    ASSERT_EQ(dialog.List()->selectedItems().size(), 1);
+    EXPECT_EQ(dialog.List()->selectedItems().first()->text(0), QStringLiteral("Boiler"));
+    // A new report starts from the selected name.
+    EXPECT_EQ(dialog.NameEdit()->text(), QStringLiteral("Boiler"));
+
+    Recording<CDlgInformesList> other;
+    other.SetType(CDlgInformesList::One);
+    other.SetName(QStringLiteral("Gone"));
+    other.show();
+    EXPECT_EQ(other.List()->selectedItems().first()->text(0), QStringLiteral("Annual2024"));
+}
+
+TEST_F(ReportFolder, NewNameChecks)
+{
+    struct Case
+    {
+        const char* typed;
+        std::vector<int> messages;
+        bool accepted;
+    } cases[] = {
+        {"Report1", {32473}, false},
+        {"report1", {}, true}, // the list compares case-sensitively
+        {"New report", {32474}, false},
+        {"", {32474}, false},
+        {"Monthly2", {}, true},
+    };
+    for (const Case& c : cases) {
+        Recording<CDlgInformesList> dialog;
+        dialog.SetType(CDlgInformesList::NewName);
+        dialog.show();
+        dialog.NameEdit()->clear();
+        QTest::keyClicks(dialog.NameEdit(), QString::fromUtf8(c.typed));
+        ClickOk(dialog);
+        EXPECT_EQ(dialog.messages, c.messages) << c.typed;
+        EXPECT_EQ(dialog.isVisible(), !c.accepted) << c.typed;
+        EXPECT_EQ(dialog.result() == QDialog::Accepted, c.accepted) << c.typed;
+        if (c.accepted) {
+            ASSERT_EQ(dialog.GetNumberOfNames(), 1);
+            QString name = QStringLiteral("unchanged");
+            dialog.GetName(name, 1);
+            EXPECT_EQ(name, QStringLiteral("unchanged"));
+            dialog.GetName(name, 0);
+            EXPECT_EQ(name, QString::fromUtf8(c.typed));
+        }
+    }
+}
+
+TEST_F(ReportFolder, SeveralInListOrderAndDoubleClick)
+{
+    Recording<CDlgInformesList> dialog;
+    dialog.SetType(CDlgInformesList::Several);
+    dialog.show();
+    QTreeWidget* list = dialog.List();
+    // Select bottom-up with Ctrl: the result still follows the list.
+    list->clearSelection();
+    for (int row : {2, 0, 1}) {
+        const QRect r = list->visualItemRect(list->topLevelItem(row));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier, r.center());
+    }
+    ClickOk(dialog);
+    EXPECT_EQ(dialog.Names(),
+        (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1")}));
+
+    Recording<CDlgInformesList> one;
+    one.SetType(CDlgInformesList::One);
+    one.show();
+    const QRect r = one.List()->visualItemRect(one.List()->topLevelItem(2));
+    QTest::mouseClick(one.List()->viewport(), Qt::LeftButton, {}, r.center());
+    QTest::mouseDClick(one.List()->viewport(), Qt::LeftButton, {}, r.center());
+    EXPECT_EQ(one.result(), QDialog::Accepted);
+    EXPECT_EQ(one.Names(), QStringList{QStringLiteral("Report1")});
+
+    // A double click does not close the dialog that names a new report.
+    Recording<CDlgInformesList> fresh;
+    fresh.SetType(CDlgInformesList::NewName);
+    fresh.show();
+    QTest::mouseClick(fresh.List()->viewport(), Qt::LeftButton, {}, r.center());
+    QTest::mouseDClick(fresh.List()->viewport(), Qt::LeftButton, {}, r.center());
+    EXPECT_TRUE(fresh.isVisible());
+}
+
+class IntervalDialog : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
+    }
+    void TearDown() override { ZWMarentaSetup::instance().SetSettingsFile(QString()); }
+    QTemporaryDir m_dir;
+};
+
+TEST_F(IntervalDialog, RefusalsAndAcceptance)
+{
+    const ZWDateTime now = ZWDateTime::FromDMY(2026, 11, 21, 12);
+    struct Case
+    {
+        ZWDateTime from, to;
+        std::vector<int> messages;
+        bool accepted;
+    } cases[] = {
+        {ZWDateTime::FromDMY(2026, 11, 20, 8), ZWDateTime::FromDMY(2026, 11, 20, 8, 59, 59), {32632}, false},
+        {ZWDateTime::FromDMY(2026, 11, 20, 9), ZWDateTime::FromDMY(2026, 11, 20, 8), {32631}, false},
+        {ZWDateTime::FromDMY(2026, 11, 21, 8), ZWDateTime::FromDMY(2026, 11, 22, 8), {32633}, false},
+        {ZWDateTime::FromDMY(2026, 11, 20, 8), ZWDateTime::FromDMY(2026, 11, 20, 9), {}, true},
+    };
+    for (const Case& c : cases) {
+        Recording<CDlgUserInterval> dialog(nullptr, now);
+        dialog.show();
+        dialog.SetInterval(c.from, c.to);
+        ClickOk(dialog);
+        EXPECT_EQ(dialog.messages, c.messages) << c.to.ToIso().toStdString();
+        EXPECT_EQ(dialog.result() == QDialog::Accepted, c.accepted);
+    }
+    // The accepted interval was remembered, and a new dialog opens on it.
+    Recording<CDlgUserInterval> again(nullptr, now);
+    EXPECT_EQ(again.From(), ZWDateTime::FromDMY(2026, 11, 20, 8));
+    EXPECT_EQ(again.To(), ZWDateTime::FromDMY(2026, 11, 20, 9));
+    EXPECT_EQ(again.FromTime()->time(), QTime(8, 0, 0));
+}
+
+TEST_F(IntervalDialog, AFutureEndIsKeptButRefused)
+{
+    const ZWDateTime now = ZWDateTime::FromDMY(2026, 11, 21, 12);
+    Recording<CDlgUserInterval> dialog(nullptr, now);
+    dialog.show();
+    dialog.SetInterval(ZWDateTime::FromDMY(2026, 11, 21, 8), ZWDateTime::FromDMY(2026, 11, 21, 13));
+    ClickOk(dialog);
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_EQ(dialog.To(), ZWDateTime::FromDMY(2026, 11, 21, 13));
+    // Nothing reached the settings.
+    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->contains(QStringLiteral("ZWIToHour")));
+}
+
+TEST(CGoToDateDlg, OkGivesTheChosenDateCancelAnInvalidOne)
+{
+    CGoToDateDlg dialog;
+    dialog.SetDate(ZWDateTime::FromDMY(2025, 7, 9, 13, 14, 15));
+    dialog.show();
+    EXPECT_EQ(dialog.Calendar()->selectedDate(), QDate(2025, 7, 9));
+    QTest::keyClick(dialog.Calendar()->findChild<QWidget*>(QStringLiteral("qt_calendar_calendarview")), Qt::Key_Right);
+    ClickOk(dialog);
+    EXPECT_EQ(dialog.GetDate(), ZWDateTime::FromDMY(2025, 7, 10, 13, 14, 15));
+
+    CGoToDateDlg cancelled;
+    cancelled.SetDate(ZWDateTime::FromDMY(2025, 7, 9));
+    cancelled.show();
+    QTest::keyClick(&cancelled, Qt::Key_Escape);
+    EXPECT_FALSE(cancelled.GetDate().IsValid());
+}
+
+} // namespace

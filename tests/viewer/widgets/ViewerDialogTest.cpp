@@ -1,0 +1,408 @@
+#include "host/widgets/CGoToDateDlg.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/core/ZWLoadString.h"
+#include "host/store/ZWLoggerWriter.h"
+#include "host/core/ZWMarentaSetup.h"
+#include "host/store/ZWSqlLoggerStore.h"
+#include "template/ZWCardLabel.h"
+#include "tests/support/ZWTestSupport.h"
+#include "viewer/widgets/CDlgUserInterval.h"
+#include "viewer/widgets/CDlgViewer.h"
+#include "viewer/widgets/ZWViewReportFrame.h"
+#include "viewer/widgets/ZWViewTemplateWnd.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCalendarWidget>
+#include <QMenu>
+#include <QProgressDialog>
+#include <QSemaphore>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+#include <QToolButton>
+#include <ctime>
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace {
+
+// The viewer with its modal dialogs filled by the test instead of a user,
+// and its messages recorded.
+class TestViewer : public CDlgViewer
+{
+public:
+    std::function<int(QDialog&)> onDialog;
+    std::vector<QString> messages;
+    int dialogs = 0;
+
+protected:
+    int ExecDialog(QDialog& dialog) override
+    {
+        ++dialogs;
+        return onDialog ? onDialog(dialog) : int(QDialog::Rejected);
+    }
+    void ShowMessage(const QString& text) override { messages.push_back(text); }
+};
+
+// Holds the first selection of logged data until the test lets it go, and
+// notes the thread it ran on.
+class GatedLoggerData : public ZWLoggerData
+{
+public:
+    bool SelectData(const ZWDateTime& start, const ZWDateTime& end, ZWProgress* progress) override
+    {
+        thread = QThread::currentThread();
+        entered.release();
+        release.acquire();
+        return ZWLoggerData::SelectData(start, end, progress);
+    }
+    QThread* thread = nullptr;
+    QSemaphore entered;
+    QSemaphore release;
+};
+
+ZWDateTime At(int y, int m, int d, int h = 0, int min = 0)
+{
+    return ZWDateTime::FromDMY(y, m, d, h, min, 0);
+}
+
+// A report with the energy of the period and the period's bounds.
+const char* kReport = R"(<design><id>{1}</id><name>Daily energy</name>
+<page><width>210.00</width><height>297.00</height>
+<label><x>10</x><y>10</y><width>80</width><height>10</height><id>T</id><value>Energy</value></label>
+<formule><x>10</x><y>30</y><width>80</width><height>10</height><id>E</id>
+  <value>[Main meter.Active energy]</value><format>.1</format></formule>
+<date><x>10</x><y>50</y><width>80</width><height>10</height><id>B</id><field>BEGIN_DATE</field>
+  <format>yyyy-MM-dd hh:mm</format></date>
+<date><x>10</x><y>70</y><width>80</width><height>10</height><id>N</id><field>END_DATE</field>
+  <format>yyyy-MM-dd hh:mm</format></date>
+</page>
+<page><width>210.00</width><height>297.00</height>
+<formule><x>10</x><y>30</y><width>80</width><height>10</height><id>E2</id>
+  <value>[Main meter.Active energy] * 2</value><format>.0</format></formule>
+</page></design>)";
+
+class ViewerDialog : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        qputenv("TZ", "UTC");
+        tzset();
+        ASSERT_TRUE(m_dir.isValid());
+        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
+        ZWMarentaSetup::instance().SetReportDirectory(m_dir.path());
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("Energy.XRPT")), kReport));
+
+        // An hourly meter from 1 January to 1 April 2026 that counts, each
+        // hour, the day of the month in kWh: day D uses 24 × D kWh.
+        ZWLoggerUrl url;
+        QString error;
+        ASSERT_TRUE(url.Parse(QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("logger.sqlite")), &error));
+        auto store = std::make_shared<ZWSqlLoggerStore>(url);
+        ASSERT_TRUE(store->Open(&error)) << error.toStdString();
+        {
+            ZWLoggerWriter writer(*store);
+            qint64 id = 0;
+            bool created = false;
+            ASSERT_TRUE(writer.Begin(&error));
+            ASSERT_TRUE(writer.EnsureVariable(QStringLiteral("Main meter.Active energy"),
+                ZWSqlLoggerStore::Kind::Counter, QStringLiteral("kWh"), false, id, created, &error));
+            double reading = 1000.0;
+            for (qint64 t = At(2026, 1, 1).Seconds(); t <= At(2026, 4, 1).Seconds(); t += 3600) {
+                ASSERT_TRUE(writer.Add(id, t, reading, &error)) << error.toStdString();
+                reading += ZWDateTime::FromSeconds(t).Day();
+            }
+            ASSERT_TRUE(writer.Commit(&error)) << error.toStdString();
+        }
+        ZWDriverSupport::SetStore(store);
+    }
+
+    void TearDown() override
+    {
+        ZWDriverSupport::SetStore(nullptr);
+        ZWMarentaSetup::instance().SetReportDirectory(QString());
+        ZWMarentaSetup::instance().SetSettingsFile(QString());
+    }
+
+    // Opens the report as the host does, at `now`.
+    void Open(TestViewer& viewer, int unit, const ZWDateTime& now = At(2026, 3, 10, 12))
+    {
+        viewer.Data().SetNow(now);
+        QString name = QStringLiteral("Energy");
+        ASSERT_TRUE(viewer.Setup(name, unit));
+        viewer.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
+    }
+
+    static QString Card(const TestViewer& viewer, const char* id, int page = 0)
+    {
+        const ZWCardControl* card = viewer.Frame()->PageWnd(page)->Page().Page().FindCard(QString::fromLatin1(id));
+        const auto* label = dynamic_cast<const ZWCardLabel*>(card);
+        return label ? label->value : QStringLiteral("(no card)");
+    }
+
+    static void Click(const TestViewer& viewer, int command)
+    {
+        QToolButton* button = viewer.Button(command);
+        ASSERT_NE(button, nullptr);
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    static QAction* UnitAction(QMenu& menu, int unit)
+    {
+        for (QAction* action : menu.actions())
+            if (action->data().toInt() == unit)
+                return action;
+        return nullptr;
+    }
+
+    QTemporaryDir m_dir;
+};
+
+TEST_F(ViewerDialog, OpensOnThePresentDayAndStepsThroughDays)
+{
+    TestViewer viewer;
+    Open(viewer, ID_GROUPBY_DAY);
+    EXPECT_EQ(viewer.GatheringCount(), 1);
+    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("240"));
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-10 00:00"));
+    EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2026-03-11 00:00"));
+    // Every page window got the same values.
+    EXPECT_EQ(Card(viewer, "E2", 1), QStringLiteral("480"));
+    EXPECT_EQ(viewer.Frame()->UserData(), viewer.Data().ValueDocument());
+    EXPECT_EQ(viewer.windowTitle(), QStringLiteral("Daily energy — 10 Mar 2026 00:00:00 to 11 Mar 2026 00:00:00"));
+
+    // The present day is not over: no next day yet.
+    EXPECT_FALSE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
+    EXPECT_TRUE(viewer.Action(ID_VIEWER_GOTO)->isEnabled());
+
+    Click(viewer, ID_VIEWER_PREVIOUS);
+    EXPECT_EQ(viewer.GatheringCount(), 2);
+    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("216"));
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-09 00:00"));
+    EXPECT_TRUE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
+
+    Click(viewer, ID_VIEWER_NEXT);
+    EXPECT_EQ(viewer.GatheringCount(), 3);
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-10 00:00"));
+    EXPECT_FALSE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
+    // A disabled button does nothing.
+    Click(viewer, ID_VIEWER_NEXT);
+    EXPECT_EQ(viewer.GatheringCount(), 3);
+    EXPECT_TRUE(viewer.messages.empty());
+}
+
+TEST_F(ViewerDialog, GoToDate)
+{
+    TestViewer viewer;
+    Open(viewer, ID_GROUPBY_DAY);
+    Click(viewer, ID_VIEWER_PREVIOUS);
+    Click(viewer, ID_VIEWER_PREVIOUS);
+    ASSERT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-08 00:00"));
+    const int before = viewer.GatheringCount();
+
+    // Cancelled: nothing changes.
+    Click(viewer, ID_VIEWER_GOTO);
+    EXPECT_EQ(viewer.dialogs, 1);
+    EXPECT_EQ(viewer.GatheringCount(), before);
+
+    // The dialog opens on the period's start; a date in the future leads to
+    // the present day.
+    QDate shown;
+    viewer.onDialog = [&](QDialog& dialog) {
+        auto& goTo = dynamic_cast<CGoToDateDlg&>(dialog);
+        shown = goTo.Calendar()->selectedDate();
+        goTo.Calendar()->setSelectedDate(QDate(2026, 5, 20));
+        goTo.accept();
+        return dialog.result();
+    };
+    Click(viewer, ID_VIEWER_GOTO);
+    EXPECT_EQ(shown, QDate(2026, 3, 8));
+    EXPECT_EQ(viewer.GatheringCount(), before + 1);
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-10 00:00"));
+
+    // A date in the past leads to its day, whatever its time.
+    viewer.onDialog = [&](QDialog& dialog) {
+        auto& goTo = dynamic_cast<CGoToDateDlg&>(dialog);
+        goTo.Calendar()->setSelectedDate(QDate(2026, 1, 20));
+        goTo.accept();
+        return dialog.result();
+    };
+    Click(viewer, ID_VIEWER_GOTO);
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-01-20 00:00"));
+    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("480"));
+}
+
+TEST_F(ViewerDialog, GroupByUnits)
+{
+    TestViewer viewer;
+    Open(viewer, ID_GROUPBY_DAY);
+    QMenu menu;
+    ASSERT_TRUE(viewer.CreateGroupByMenu(menu));
+    QStringList texts;
+    for (QAction* action : menu.actions())
+        texts << action->text();
+    EXPECT_EQ(texts, (QStringList{QStringLiteral("User interval..."), QStringLiteral("Day"), QStringLiteral("Week"),
+                         QStringLiteral("Month"), QStringLiteral("Quarter"), QStringLiteral("Year")}));
+    EXPECT_TRUE(UnitAction(menu, ID_GROUPBY_DAY)->isChecked());
+    EXPECT_FALSE(UnitAction(menu, ID_GROUPBY_MONTH)->isChecked());
+
+    // The same unit again: nothing is gathered.
+    UnitAction(menu, ID_GROUPBY_DAY)->trigger();
+    EXPECT_EQ(viewer.GatheringCount(), 1);
+
+    // Month: the present month, remembered for the next report.
+    UnitAction(menu, ID_GROUPBY_MONTH)->trigger();
+    EXPECT_EQ(viewer.GatheringCount(), 2);
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-01 00:00"));
+    EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2026-04-01 00:00"));
+    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LastReportGroup")).toString(),
+        QStringLiteral("MONTH"));
+    EXPECT_FALSE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
+    Click(viewer, ID_VIEWER_PREVIOUS);
+    // February: 24 × (1 + 2 + ... + 28) kWh.
+    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("9744"));
+
+    // Through the tool bar button, as a user does: its menu checks the unit
+    // in use, and a choice there applies.
+    QStringList checked;
+    QTimer::singleShot(0, [&] {
+        auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (!popup)
+            return;
+        for (QAction* action : popup->actions())
+            if (action->isChecked())
+                checked << action->text();
+        QAction* year = UnitAction(*popup, ID_GROUPBY_YEAR);
+        popup->close();
+        if (year)
+            year->trigger();
+    });
+    Click(viewer, ID_VIEWER_GROUPBY);
+    EXPECT_EQ(checked, QStringList{QStringLiteral("Month")});
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-01-01 00:00"));
+    EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2027-01-01 00:00"));
+    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LastReportGroup")).toString(),
+        QStringLiteral("YEAR"));
+}
+
+TEST_F(ViewerDialog, UserIntervalAlwaysReloads)
+{
+    TestViewer viewer;
+    Open(viewer, ID_GROUPBY_DAY);
+    QMenu menu;
+    viewer.CreateGroupByMenu(menu);
+
+    // Cancelled: nothing.
+    UnitAction(menu, ID_GROUPBY_USER)->trigger();
+    EXPECT_EQ(viewer.dialogs, 1);
+    EXPECT_EQ(viewer.GatheringCount(), 1);
+
+    viewer.onDialog = [](QDialog& dialog) {
+        auto& interval = dynamic_cast<CDlgUserInterval&>(dialog);
+        interval.SetInterval(At(2026, 3, 1, 6), At(2026, 3, 2, 6));
+        interval.accept();
+        return interval.result();
+    };
+    UnitAction(menu, ID_GROUPBY_USER)->trigger();
+    EXPECT_EQ(viewer.GatheringCount(), 2);
+    // 18 hours of day 1 and 6 of day 2.
+    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("30"));
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-01 06:00"));
+    EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2026-03-02 06:00"));
+    EXPECT_FALSE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
+    EXPECT_FALSE(viewer.Action(ID_VIEWER_GOTO)->isEnabled());
+    // The user unit is not remembered as the last unit.
+    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->contains(QStringLiteral("LastReportGroup")));
+
+    // The same interval again still reloads.
+    QMenu again;
+    viewer.CreateGroupByMenu(again);
+    EXPECT_TRUE(UnitAction(again, ID_GROUPBY_USER)->isChecked());
+    UnitAction(again, ID_GROUPBY_USER)->trigger();
+    EXPECT_EQ(viewer.GatheringCount(), 3);
+
+    // An interval set by the host beforehand is the one a user unit opens on.
+    TestViewer hosted;
+    hosted.SetupUserInterval(At(2026, 2, 1), At(2026, 2, 3));
+    Open(hosted, ID_GROUPBY_USER);
+    EXPECT_EQ(Card(hosted, "E"), QStringLiteral("72"));
+}
+
+TEST_F(ViewerDialog, GatheringRunsOnAWorkerWhileTheWindowLives)
+{
+    TestViewer viewer;
+    auto gated = std::make_unique<GatedLoggerData>();
+    GatedLoggerData* gate = gated.get();
+    viewer.Data().SetLoggerData(std::move(gated));
+
+    bool sawGathering = false;
+    bool closeRefused = false;
+    QString title;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        if (!gate->entered.tryAcquire())
+            return;
+        // The worker waits in the middle of its gathering; this thread runs
+        // events, shows the progress dialog and keeps the viewer open.
+        timer.stop();
+        sawGathering = viewer.IsGathering();
+        viewer.close();
+        closeRefused = viewer.isVisible();
+        QTest::qWait(20);
+        for (QProgressDialog* progress : viewer.findChildren<QProgressDialog*>())
+            if (progress->isVisible())
+                title = progress->windowTitle() + QLatin1Char('|') + progress->labelText();
+        gate->release.release();
+    });
+    timer.start(5);
+    viewer.show();
+    Open(viewer, ID_GROUPBY_DAY);
+    EXPECT_TRUE(sawGathering);
+    EXPECT_TRUE(closeRefused);
+    EXPECT_NE(gate->thread, nullptr);
+    EXPECT_NE(gate->thread, QThread::currentThread());
+    EXPECT_TRUE(title.startsWith(ZWLoadString(609) + QLatin1Char('|'))) << title.toStdString();
+    EXPECT_FALSE(viewer.IsGathering());
+    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("240"));
+
+    // Once done, the window closes again.
+    viewer.close();
+    EXPECT_FALSE(viewer.isVisible());
+}
+
+TEST_F(ViewerDialog, UnreadableDataIsReportedAndTheReportStillShows)
+{
+    ZWDriverSupport::SetStore(nullptr);
+    TestViewer viewer;
+    Open(viewer, ID_GROUPBY_DAY);
+    ASSERT_EQ(viewer.messages.size(), 1u);
+    EXPECT_TRUE(viewer.messages[0].startsWith(QStringLiteral("The logged data could not be read: ")))
+        << viewer.messages[0].toStdString();
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-10 00:00"));
+
+    // A report that is missing opens empty and says so.
+    TestViewer missing;
+    QString name = QStringLiteral("Gone");
+    EXPECT_FALSE(missing.Setup(name, ID_GROUPBY_DAY));
+    EXPECT_EQ(missing.Frame()->PageCount(), 1);
+}
+
+TEST_F(ViewerDialog, EmptyNameOpensTheLastReport)
+{
+    ZWMarentaSetup::instance().OpenSettings()->setValue(QStringLiteral("LastInforme"), QStringLiteral("Energy"));
+    TestViewer viewer;
+    viewer.Data().SetNow(At(2026, 3, 10, 12));
+    QString name;
+    EXPECT_TRUE(viewer.Setup(name, ID_GROUPBY_WEEK));
+    EXPECT_EQ(viewer.Frame()->PageCount(), 2);
+    EXPECT_EQ(viewer.Frame()->Title(), QStringLiteral("Daily energy"));
+    // The week of 10 March 2026 (a Tuesday) under the C locale's Monday.
+    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-09 00:00"));
+}
+
+} // namespace

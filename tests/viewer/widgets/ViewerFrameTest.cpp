@@ -1,0 +1,480 @@
+#include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWMath.h"
+#include "host/core/ZWNoValue.h"
+#include "template/ZWColorRef.h"
+#include "viewer/widgets/ZWViewReportFrame.h"
+#include "viewer/widgets/ZWViewTemplateWnd.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QMenu>
+#include <QPrinter>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QScrollBar>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolBar>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Label
+{
+    const char* id;
+    double x, y, w, h;
+    const char* text;
+};
+
+QString PageXml(double width, double height, const std::vector<Label>& labels)
+{
+    QString xml = QStringLiteral("<page><width>%1</width><height>%2</height><rounded>0.00</rounded>")
+                      .arg(width, 0, 'f', 2)
+                      .arg(height, 0, 'f', 2);
+    for (const Label& l : labels)
+        xml += QStringLiteral("<label><x>%1</x><y>%2</y><width>%3</width><height>%4</height><id>%5</id>"
+                              "<font>Arial</font><size>12.00</size><color>FFFFFF</color><value>%6</value></label>")
+                   .arg(l.x, 0, 'f', 2)
+                   .arg(l.y, 0, 'f', 2)
+                   .arg(l.w, 0, 'f', 2)
+                   .arg(l.h, 0, 'f', 2)
+                   .arg(QString::fromLatin1(l.id), QString::fromLatin1(l.text));
+    return xml + QStringLiteral("</page>");
+}
+
+XmlDocument Design(const QStringList& pages, const QString& name = QStringLiteral("Frame test"))
+{
+    XmlDocument doc;
+    const QString xml = QStringLiteral("<design><id>{0}</id><name>%1</name>%2</design>").arg(name, pages.join(QString()));
+    EXPECT_TRUE(doc.Parse(xml));
+    return doc;
+}
+
+// Three A4 portrait pages with a label each.
+XmlDocument ThreePages()
+{
+    QStringList pages;
+    for (int i = 1; i <= 3; ++i)
+        pages << PageXml(210, 297, {{"T", 20, 20, 100, 10, i == 1 ? "one" : i == 2 ? "two" : "three"}});
+    return Design(pages);
+}
+
+double Factor(const ZWViewTemplateWnd* wnd)
+{
+    double f = 0.0;
+    wnd->GetMode(f);
+    return f;
+}
+
+QToolButton* ButtonOf(const ZWViewReportFrame& frame, int command)
+{
+    QAction* action = frame.Action(command);
+    for (QToolBar* bar : {frame.PagesBar(), frame.ZoomBar()})
+        if (auto* button = qobject_cast<QToolButton*>(bar->widgetForAction(action)))
+            return button;
+    return nullptr;
+}
+
+void Click(const ZWViewReportFrame& frame, int command)
+{
+    QToolButton* button = ButtonOf(frame, command);
+    ASSERT_NE(button, nullptr) << command;
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+// The bounding box of the pixels of exactly `colour`.
+QRect BoundsOf(const QImage& image, QRgb colour)
+{
+    int left = image.width(), top = image.height(), right = -1, bottom = -1;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if ((image.pixel(x, y) & 0xFFFFFF) == (colour & 0xFFFFFF)) {
+                left = std::min(left, x);
+                right = std::max(right, x);
+                top = std::min(top, y);
+                bottom = std::max(bottom, y);
+            }
+    return right < 0 ? QRect() : QRect(QPoint(left, top), QPoint(right, bottom));
+}
+
+int CountOf(const QImage& image, QRgb colour)
+{
+    int n = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            n += (image.pixel(x, y) & 0xFFFFFF) == (colour & 0xFFFFFF);
+    return n;
+}
+
+class ViewerFrame : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
+    }
+    void TearDown() override { ZWMarentaSetup::instance().SetSettingsFile(QString()); }
+
+    void Show(ZWViewReportFrame& frame, const XmlDocument& design, QSize size = QSize(900, 700))
+    {
+        frame.SetTemplate(design);
+        frame.resize(size);
+        frame.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&frame));
+        frame.Refresh();
+    }
+
+    QTemporaryDir m_dir;
+};
+
+TEST_F(ViewerFrame, FitPlacesThePageInTheMiddleOfTheWindow)
+{
+    ZWViewReportFrame frame;
+    Show(frame, ThreePages());
+    ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+    ASSERT_NE(wnd, nullptr);
+    const QSize client = wnd->viewport()->size();
+    const QPointF px = wnd->PixelsPerMm();
+    const double fit = std::min(client.width() / px.x() / 210.0, client.height() / px.y() / 297.0);
+    EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
+    EXPECT_FALSE(wnd->horizontalScrollBar()->isVisible());
+    EXPECT_FALSE(wnd->verticalScrollBar()->isVisible());
+
+    // The page is white on the out colour, centred, at the fitted size.
+    wnd->SetOutColor(ZWRGB(0x40, 0x80, 0xC0));
+    const QImage shot = wnd->viewport()->grab().toImage();
+    const QRect page = BoundsOf(shot, qRgb(255, 255, 255));
+    const int width = roundi(fit * 210.0 * px.x());
+    const int height = roundi(fit * 297.0 * px.y());
+    EXPECT_NEAR(page.width(), width, 1);
+    EXPECT_NEAR(page.height(), height, 1);
+    EXPECT_NEAR(page.left(), (client.width() - width) / 2, 1);
+    EXPECT_NEAR(page.top(), (client.height() - height) / 2, 1);
+    EXPECT_EQ(shot.pixel(0, 0) & 0xFFFFFF, 0x4080C0u);
+
+    // A larger window fits again.
+    const double before = Factor(wnd);
+    frame.resize(1200, 1000);
+    QApplication::processEvents();
+    EXPECT_LT(Factor(wnd), before);
+}
+
+TEST_F(ViewerFrame, ZoomStepsFromFitAndLimits)
+{
+    ZWViewReportFrame frame;
+    Show(frame, ThreePages());
+    ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+    const double fit = -Factor(wnd);
+    ASSERT_GT(fit, 0.0);
+    ASSERT_LT(fit, 10.0);
+
+    // From fit, zoom in goes to the next multiple of 50 % above the fitted factor.
+    Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
+    const double up = std::floor(fit / 0.5) * 0.5 + 0.5;
+    EXPECT_DOUBLE_EQ(Factor(wnd), up);
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(up * 2));
+    Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
+    EXPECT_DOUBLE_EQ(Factor(wnd), up + 0.5);
+    Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
+    EXPECT_DOUBLE_EQ(Factor(wnd), up);
+
+    // Back to fit through the selector, then zoom out goes to the multiple below.
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
+    EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
+    const double down = std::ceil(fit / 0.5) * 0.5 - 0.5;
+    if (down >= 0.5) {
+        Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
+        EXPECT_DOUBLE_EQ(Factor(wnd), down);
+    }
+
+    // 50 %: zoom out is disabled and does nothing; zoom in is enabled.
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Down);
+    EXPECT_DOUBLE_EQ(Factor(wnd), 0.5);
+    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_ZOOM_OUT)->isEnabled());
+    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->isEnabled());
+    Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
+    EXPECT_DOUBLE_EQ(Factor(wnd), 0.5);
+    frame.OnZoomOut();
+    EXPECT_DOUBLE_EQ(Factor(wnd), 0.5);
+
+    // 1000 %: the other way round.
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_End);
+    EXPECT_DOUBLE_EQ(Factor(wnd), 10.0);
+    EXPECT_EQ(frame.ZoomSelector()->currentText(), QStringLiteral("1000%"));
+    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->isEnabled());
+    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_ZOOM_OUT)->isEnabled());
+    frame.OnZoomIn();
+    EXPECT_DOUBLE_EQ(Factor(wnd), 10.0);
+    Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
+    EXPECT_DOUBLE_EQ(Factor(wnd), 9.5);
+    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->isEnabled());
+}
+
+TEST_F(ViewerFrame, ScrollBarsCoverExactlyTheOverhang)
+{
+    ZWViewReportFrame frame;
+    Show(frame, ThreePages(), QSize(700, 500));
+    ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
+    for (int i = 0; i < 4; ++i)
+        QTest::keyClick(frame.ZoomSelector(), Qt::Key_Down); // 200 %
+    ASSERT_DOUBLE_EQ(Factor(wnd), 2.0);
+    double w = 0, h = 0;
+    ASSERT_TRUE(wnd->GetMinimumControlDimensions(w, h));
+    QScrollBar* hbar = wnd->horizontalScrollBar();
+    QScrollBar* vbar = wnd->verticalScrollBar();
+    ASSERT_TRUE(hbar->isVisible());
+    ASSERT_TRUE(vbar->isVisible());
+    // The last position shows the page's far edge at the window's edge.
+    EXPECT_EQ(hbar->maximum(), roundi(w) - wnd->viewport()->width());
+    EXPECT_EQ(vbar->maximum(), roundi(h) - wnd->viewport()->height());
+
+    // Scrolled to the end, the page's right edge meets the window's.
+    wnd->SetOutColor(ZWRGB(0x40, 0x80, 0xC0));
+    hbar->setValue(hbar->maximum());
+    vbar->setValue(vbar->maximum());
+    QImage shot = wnd->viewport()->grab().toImage();
+    const QSize client = wnd->viewport()->size();
+    // At most the last column and row: the page's edge falls inside them.
+    EXPECT_LE(CountOf(shot, qRgb(0x40, 0x80, 0xC0)), client.width() + client.height());
+    EXPECT_EQ(shot.pixel(client.width() - 2, client.height() - 2) & 0xFFFFFF, 0xFFFFFFu);
+    // One step further would show the out colour: there is none.
+    hbar->setValue(hbar->maximum() + 10);
+    EXPECT_EQ(hbar->value(), hbar->maximum());
+
+    // Back to fit: no scroll bars, and the page is whole again.
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
+    EXPECT_FALSE(hbar->isVisible());
+    EXPECT_FALSE(vbar->isVisible());
+    EXPECT_EQ(hbar->value(), 0);
+}
+
+TEST_F(ViewerFrame, PageNavigationAndSelector)
+{
+    ZWViewReportFrame frame;
+    Show(frame, ThreePages());
+    ASSERT_EQ(frame.PageCount(), 3);
+    QComboBox* selector = frame.PageSelector();
+    EXPECT_EQ(selector->count(), 3);
+    EXPECT_EQ(selector->itemText(2), QStringLiteral("Page 3"));
+    EXPECT_EQ(frame.CurrentPage(), 0);
+    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_PREVIOUS_PAGE)->isEnabled());
+    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled());
+
+    // Each page keeps its own zoom.
+    Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
+    const double zoomed = Factor(frame.PageWnd(0));
+
+    Click(frame, ZWViewReportFrame::ID_NEXT_PAGE);
+    EXPECT_EQ(frame.CurrentPage(), 1);
+    EXPECT_EQ(selector->currentIndex(), 1);
+    EXPECT_TRUE(frame.PageWnd(1)->isVisible());
+    EXPECT_FALSE(frame.PageWnd(0)->isVisible());
+    EXPECT_LT(Factor(frame.PageWnd(1)), 0.0);
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
+    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_PREVIOUS_PAGE)->isEnabled());
+
+    Click(frame, ZWViewReportFrame::ID_NEXT_PAGE);
+    EXPECT_EQ(frame.CurrentPage(), 2);
+    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled());
+    frame.OnNextPage(); // nothing past the last page
+    EXPECT_EQ(frame.CurrentPage(), 2);
+
+    // The selector leads straight to a page; its zoom comes back with it.
+    QTest::keyClick(selector, Qt::Key_Home);
+    EXPECT_EQ(frame.CurrentPage(), 0);
+    EXPECT_TRUE(frame.PageWnd(0)->isVisible());
+    EXPECT_FALSE(frame.PageWnd(2)->isVisible());
+    EXPECT_DOUBLE_EQ(Factor(frame.PageWnd(0)), zoomed);
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(zoomed * 2));
+    frame.OnPreviousPage();
+    EXPECT_EQ(frame.CurrentPage(), 0);
+
+    // A design without pages still has one (empty) page window.
+    frame.SetTemplate(Design({}));
+    EXPECT_EQ(frame.PageCount(), 1);
+    EXPECT_EQ(selector->count(), 0);
+    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled());
+}
+
+TEST_F(ViewerFrame, ContextMenuTogglesToolBarsAndTheirStateIsKept)
+{
+    {
+        ZWViewReportFrame frame;
+        Show(frame, ThreePages());
+        ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+        QTest::mouseClick(wnd->viewport(), Qt::RightButton, {}, QPoint(50, 50));
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        ASSERT_EQ(menu->actions().size(), 1);
+        EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("Toolbars"));
+        QMenu* bars = menu->actions()[0]->menu();
+        ASSERT_NE(bars, nullptr);
+        ASSERT_EQ(bars->actions().size(), 2);
+        EXPECT_EQ(bars->actions()[0]->text(), QStringLiteral("Pages"));
+        EXPECT_EQ(bars->actions()[0]->data().toInt(), 800);
+        EXPECT_EQ(bars->actions()[1]->data().toInt(), 801);
+        EXPECT_TRUE(bars->actions()[1]->isChecked());
+        bars->actions()[1]->trigger();
+        menu->close();
+        EXPECT_TRUE(frame.ZoomBar()->isHidden());
+        EXPECT_FALSE(frame.PagesBar()->isHidden());
+
+        // The next menu shows the zoom bar unchecked.
+        std::unique_ptr<QMenu> again(wnd->CreateContextMenu());
+        EXPECT_FALSE(again->actions()[0]->menu()->actions()[1]->isChecked());
+        EXPECT_TRUE(again->actions()[0]->menu()->actions()[0]->isChecked());
+    }
+    // The bar state went into the settings and a new frame takes it.
+    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("ViewReportBars")).toByteArray().isEmpty());
+    ZWViewReportFrame frame;
+    Show(frame, ThreePages());
+    EXPECT_TRUE(frame.ZoomBar()->isHidden());
+    frame.CurrentPageWnd()->OnViewToolbar(801);
+    EXPECT_FALSE(frame.ZoomBar()->isHidden());
+}
+
+// Printing through QPrinter into a PDF file, checked with poppler's tools.
+class ViewerPrint : public ViewerFrame
+{
+protected:
+    static QString Run(const QString& program, const QStringList& args)
+    {
+        QProcess process;
+        process.start(program, args);
+        if (!process.waitForFinished(30000) || process.exitCode() != 0)
+            return QString();
+        return QString::fromUtf8(process.readAllStandardOutput());
+    }
+
+    QString PrintToPdf(ZWViewReportFrame& frame, int first, int last, QPageLayout::Orientation orientation)
+    {
+        const QString path = m_dir.filePath(QStringLiteral("print.pdf"));
+        QFile::remove(path);
+        QPrinter printer(QPrinter::HighResolution);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(path);
+        printer.setPageSize(QPageSize(QPageSize::A4));
+        printer.setPageOrientation(orientation);
+        // A printer's unprintable edges, the same on both sides.
+        printer.setPageMargins(QMarginsF(5, 5, 5, 5), QPageLayout::Millimeter);
+        EXPECT_TRUE(frame.PrintPages(printer, first, last));
+        return path;
+    }
+
+    // Centres (in mm from the paper's top-left corner) of the words on page `page`.
+    std::map<QString, QPointF> WordCentres(const QString& pdf, int page)
+    {
+        const QString html = Run(QStringLiteral("pdftotext"),
+            {QStringLiteral("-bbox"), QStringLiteral("-f"), QString::number(page), QStringLiteral("-l"),
+                QString::number(page), pdf, QStringLiteral("-")});
+        std::map<QString, QPointF> out;
+        static const QRegularExpression word(QStringLiteral(
+            R"re(<word xMin="([\d.]+)" yMin="([\d.]+)" xMax="([\d.]+)" yMax="([\d.]+)">([^<]*)</word>)re"));
+        for (auto it = word.globalMatch(html); it.hasNext();) {
+            const QRegularExpressionMatch m = it.next();
+            const double toMm = 25.4 / 72.0;
+            out[m.captured(5)] = QPointF((m.captured(1).toDouble() + m.captured(3).toDouble()) / 2 * toMm,
+                (m.captured(2).toDouble() + m.captured(4).toDouble()) / 2 * toMm);
+        }
+        return out;
+    }
+};
+
+TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
+{
+    // A 250 × 150 mm landscape page: turned, it is 150 × 250 mm. The
+    // printable area of A4 portrait with 5 mm edges is 200 × 287 mm, and the
+    // page is centred in that extent measured from the paper's corner: at
+    // (25, 18.5) mm.
+    ZWViewReportFrame frame;
+    Show(frame,
+        Design({PageXml(250, 150, {{"A", 20, 30, 60, 12, "WEST"}, {"B", 170, 110, 60, 12, "EAST"}}),
+            PageXml(210, 297, {{"P", 40, 50, 60, 12, "PORTRAIT"}})}));
+    const QString pdf = PrintToPdf(frame, 1, 2, QPageLayout::Portrait);
+
+    const QString info = Run(QStringLiteral("pdfinfo"), {pdf});
+    EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Pages:\\s+2\\n")))) << info.toStdString();
+    EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Page size:\\s+595(\\.\\d+)? x 84[12](\\.\\d+)? pts \\(A4\\)"))))
+        << info.toStdString();
+    EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Title:\\s+Frame test\\n")))) << info.toStdString();
+
+    // A card at (x, y) of w × h turned right lands at (150 − y − h, x), h × w.
+    const auto expected = [](double x, double y, double w, double h) {
+        return QPointF(25.0 + (150.0 - y - h) + h / 2, 18.5 + x + w / 2);
+    };
+    std::map<QString, QPointF> words = WordCentres(pdf, 1);
+    ASSERT_EQ(words.count(QStringLiteral("WEST")), 1u);
+    ASSERT_EQ(words.count(QStringLiteral("EAST")), 1u);
+    const QPointF west = words[QStringLiteral("WEST")];
+    const QPointF east = words[QStringLiteral("EAST")];
+    const QPointF westExpected = expected(20, 30, 60, 12);
+    const QPointF eastExpected = expected(170, 110, 60, 12);
+    EXPECT_NEAR(west.x(), westExpected.x(), 1.5);
+    EXPECT_NEAR(west.y(), westExpected.y(), 1.5);
+    EXPECT_NEAR(east.x(), eastExpected.x(), 1.5);
+    EXPECT_NEAR(east.y(), eastExpected.y(), 1.5);
+    // Real size: 150 mm apart along the page's width, 80 mm across.
+    EXPECT_NEAR(east.y() - west.y(), 150.0, 0.5);
+    EXPECT_NEAR(west.x() - east.x(), 80.0, 0.5);
+
+    // The portrait page is not turned; larger than the printable area, it
+    // lies on the paper as on the page.
+    words = WordCentres(pdf, 2);
+    ASSERT_EQ(words.count(QStringLiteral("PORTRAIT")), 1u);
+    EXPECT_NEAR(words[QStringLiteral("PORTRAIT")].x(), 40 + 30, 1.5);
+    EXPECT_NEAR(words[QStringLiteral("PORTRAIT")].y(), 50 + 6, 1.5);
+
+    // The page range is kept: only the second page.
+    const QString second = PrintToPdf(frame, 2, 2, QPageLayout::Portrait);
+    EXPECT_TRUE(Run(QStringLiteral("pdfinfo"), {second}).contains(QRegularExpression(QStringLiteral("Pages:\\s+1\\n"))));
+    EXPECT_TRUE(Run(QStringLiteral("pdftotext"), {second, QStringLiteral("-")}).contains(QStringLiteral("PORTRAIT")));
+}
+
+TEST_F(ViewerPrint, PrintingGivesEveryPageBackItsZoomAndOutColour)
+{
+    ZWViewReportFrame frame;
+    Show(frame,
+        Design({PageXml(250, 150, {{"A", 20, 30, 60, 12, "WEST"}}), PageXml(210, 297, {{"P", 40, 50, 60, 12, "P"}}),
+            PageXml(210, 297, {})}));
+    // Page 1 in fit mode, page 2 at 250 %, page 3 not yet fitted.
+    frame.PageWnd(1)->SetMode(2.5);
+    frame.PageWnd(2)->SetMode(ZW_NO_VALUE);
+    frame.PageWnd(0)->SetOutColor(ZWRGB(10, 20, 30));
+    std::vector<double> factors;
+    std::vector<quint32> outs;
+    for (int i = 0; i < 3; ++i) {
+        factors.push_back(Factor(frame.PageWnd(i)));
+        outs.push_back(frame.PageWnd(i)->GetOutColor());
+    }
+    ASSERT_LT(factors[0], 0.0);
+
+    PrintToPdf(frame, 1, 3, QPageLayout::Portrait);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(Factor(frame.PageWnd(i)), factors[size_t(i)]) << i;
+        EXPECT_EQ(frame.PageWnd(i)->GetOutColor(), outs[size_t(i)]) << i;
+        EXPECT_FALSE(frame.PageWnd(i)->Page().IsFlipped()) << i;
+    }
+    // The turned page is back in its own shape, its card where it was.
+    EXPECT_DOUBLE_EQ(frame.PageWnd(0)->GetWidth(), 250.0);
+    const ZWCardControl* card = frame.PageWnd(0)->Page().Page().FindCard(QStringLiteral("A"));
+    ASSERT_NE(card, nullptr);
+    EXPECT_DOUBLE_EQ(card->x, 20.0);
+    EXPECT_DOUBLE_EQ(card->y, 30.0);
+    EXPECT_DOUBLE_EQ(card->width, 60.0);
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
+
+    // An empty range prints nothing.
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(m_dir.filePath(QStringLiteral("none.pdf")));
+    EXPECT_FALSE(frame.PrintPages(printer, 3, 2));
+}
+
+} // namespace

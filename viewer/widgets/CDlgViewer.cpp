@@ -1,0 +1,325 @@
+#include "viewer/widgets/CDlgViewer.h"
+
+#include "host/widgets/CDlgProgress.h"
+#include "host/widgets/CGoToDateDlg.h"
+#include "host/core/ZWLoadString.h"
+#include "host/core/ZWLocale.h"
+#include "host/core/ZWMarentaSetup.h"
+#include "viewer/widgets/CDlgUserInterval.h"
+#include "viewer/widgets/ZWViewReportFrame.h"
+#include "viewer/widgets/ZWViewerIcons.h"
+
+#include <QActionGroup>
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QMessageBox>
+#include <QThread>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <memory>
+
+namespace {
+
+// The units of the group-by menu in their order, with their texts.
+constexpr std::pair<int, int> kUnits[] = {
+    {ID_GROUPBY_USER, 32627},
+    {ID_GROUPBY_DAY, 754},
+    {ID_GROUPBY_WEEK, 755},
+    {ID_GROUPBY_MONTH, 756},
+    {ID_GROUPBY_3MONTH, 842},
+    {ID_GROUPBY_YEAR, 432},
+};
+
+QString ShortDateTime(const ZWDateTime& t)
+{
+    if (!t.IsValid())
+        return QString();
+    return LocaleInformationWide().locale.toString(t.ToLocalQDateTime(), QLocale::ShortFormat);
+}
+
+} // namespace
+
+CDlgViewer::CDlgViewer(QWidget* parent) : QDialog(parent)
+{
+    setWindowFlags(Qt::Window | Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint);
+    setSizeGripEnabled(true);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    InitializeToolBar();
+    layout->addWidget(m_toolBar);
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    m_frame = new ZWViewReportFrame(this);
+    QGuiApplication::restoreOverrideCursor();
+    layout->addWidget(m_frame, 1);
+    connect(m_frame->Action(ZWViewReportFrame::ID_VIEW_REFRESH), &QAction::triggered, this, &CDlgViewer::OnRefresh);
+    resize(1000, 860);
+    UpdateCommands();
+    UpdateTitle();
+}
+
+CDlgViewer::~CDlgViewer() = default;
+
+void CDlgViewer::InitializeToolBar()
+{
+    m_toolBar = new QToolBar(this);
+    m_toolBar->setObjectName(QStringLiteral("ViewerBar"));
+    m_toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    const auto add = [this](int command, int textId, ZWViewerIcons::Kind icon, const QKeySequence& key) {
+        auto* action = new QAction(ZWViewerIcons::Icon(icon), ZWLoadString(textId), this);
+        action->setData(command);
+        if (!key.isEmpty())
+            action->setShortcut(key);
+        m_toolBar->addAction(action);
+        return action;
+    };
+    m_previous = add(ID_VIEWER_PREVIOUS, 234, ZWViewerIcons::PreviousPeriod, QKeySequence(Qt::ALT | Qt::Key_Left));
+    m_next = add(ID_VIEWER_NEXT, 235, ZWViewerIcons::NextPeriod, QKeySequence(Qt::ALT | Qt::Key_Right));
+    m_goTo = add(ID_VIEWER_GOTO, 413, ZWViewerIcons::GoToDate, QKeySequence(Qt::CTRL | Qt::Key_G));
+    m_groupBy = add(ID_VIEWER_GROUPBY, 233, ZWViewerIcons::GroupBy, QKeySequence());
+    // The group-by button drops its menu down; the menu is built anew each
+    // time so that it checks the present unit.
+    m_groupByMenu = new QMenu(this);
+    m_groupBy->setMenu(m_groupByMenu);
+    if (QToolButton* button = Button(ID_VIEWER_GROUPBY))
+        button->setPopupMode(QToolButton::InstantPopup);
+    connect(m_groupByMenu, &QMenu::aboutToShow, this, [this] { CreateGroupByMenu(*m_groupByMenu); });
+    connect(m_previous, &QAction::triggered, this, &CDlgViewer::OnPrevious);
+    connect(m_next, &QAction::triggered, this, &CDlgViewer::OnNext);
+    connect(m_goTo, &QAction::triggered, this, &CDlgViewer::OnGoTo);
+}
+
+QAction* CDlgViewer::Action(int command) const
+{
+    switch (command) {
+    case ID_VIEWER_PREVIOUS:
+        return m_previous;
+    case ID_VIEWER_NEXT:
+        return m_next;
+    case ID_VIEWER_GOTO:
+        return m_goTo;
+    case ID_VIEWER_GROUPBY:
+        return m_groupBy;
+    default:
+        return nullptr;
+    }
+}
+
+QToolButton* CDlgViewer::Button(int command) const
+{
+    QAction* action = Action(command);
+    return action ? qobject_cast<QToolButton*>(m_toolBar->widgetForAction(action)) : nullptr;
+}
+
+bool CDlgViewer::Setup(QString& reportName, int unit)
+{
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool loaded = m_data.Setup(reportName);
+    m_reportName = QFileInfo(reportName).completeBaseName();
+    m_frame->SetTemplate(m_data.Design());
+    QGuiApplication::restoreOverrideCursor();
+    // The first period always differs from the stored one and so gathers.
+    m_data.Period().Reset(unit);
+    SetupData(Now(), unit, false);
+    UpdateCommands();
+    UpdateTitle();
+    return loaded;
+}
+
+void CDlgViewer::SetupUserInterval(const ZWDateTime& from, const ZWDateTime& to)
+{
+    m_data.Period().SetupUserInterval(from, to);
+}
+
+bool CDlgViewer::SetupData(const ZWDateTime& end, int unit, bool force)
+{
+    if (m_gathering)
+        return false;
+    if (!m_data.Period().SetupData(end, unit, force, Now())) {
+        UpdateCommands();
+        return false;
+    }
+    Gather(true);
+    return true;
+}
+
+void CDlgViewer::Gather(bool reload)
+{
+    m_gathering = true;
+    UpdateCommands();
+    CDlgProgress progress(this);
+    bool ok = false;
+    std::unique_ptr<QThread> worker(QThread::create([this, &progress, &ok, reload] {
+        progress.SetTitle(ZWLoadString(609));
+        progress.SetText(QStringLiteral("..."));
+        ok = m_data.SetupDataWork(reload, &progress);
+        progress.End(ok);
+    }));
+    worker->start();
+    // The user-interface thread runs nothing but the progress dialog until
+    // the worker ends it; the window keeps painting meanwhile.
+    progress.DoModal();
+    worker->wait();
+    worker.reset();
+    m_gathering = false;
+    ++m_gatherings;
+
+    m_frame->SetUserData(m_data.ValueDocument());
+    m_frame->Refresh();
+    UpdateCommands();
+    UpdateTitle();
+    const ZWLoggerData* logger = m_data.LoggerData();
+    if (!ok && logger && !logger->GetVariables().isEmpty())
+        ShowMessage(ZWLoadString(35101).arg(m_data.LastError()));
+    emit gathered(ok);
+}
+
+bool CDlgViewer::GoTo(const ZWDateTime& date)
+{
+    if (m_gathering || !date.IsValid())
+        return false;
+    const ZWReportPeriod& period = m_data.Period();
+    const ZWDateTime start = ZWReportPeriod::AdjustToGroupBy(date, period.Unit());
+    return SetupData(ZWReportPeriod::AdjustToGoTo(start, period.Unit()), period.Unit(), false);
+}
+
+void CDlgViewer::OnPrevious()
+{
+    const ZWReportPeriod& period = m_data.Period();
+    SetupData(ZWReportPeriod::AddGroupByUnit(period.End(), -period.Unit()), period.Unit(), false);
+}
+
+void CDlgViewer::OnNext()
+{
+    const ZWReportPeriod& period = m_data.Period();
+    const int unit = period.Unit();
+    ZWDateTime t = ZWReportPeriod::AdjustToGroupBy(period.End(), unit);
+    if (period.End() > t)
+        t = ZWReportPeriod::AddGroupByUnit(t, unit);
+    t = ZWReportPeriod::AddGroupByUnit(t, unit);
+    SetupData(t, unit, false);
+}
+
+void CDlgViewer::OnGoTo()
+{
+    if (m_gathering || !m_data.Period().CanGoTo())
+        return;
+    CGoToDateDlg dialog(this);
+    // The dialog opens just above the button that asked for it.
+    if (QToolButton* button = Button(ID_VIEWER_GOTO))
+        dialog.SetAnchor(button->mapToGlobal(QPoint(0, -1)));
+    dialog.SetDate(m_data.Period().GoToInitialDate());
+    if (ExecDialog(dialog) != QDialog::Accepted)
+        return;
+    GoTo(dialog.GetDate());
+}
+
+void CDlgViewer::OnGroupBy()
+{
+    if (QToolButton* button = Button(ID_VIEWER_GROUPBY))
+        button->showMenu();
+}
+
+bool CDlgViewer::CreateGroupByMenu(QMenu& menu)
+{
+    menu.clear();
+    for (QActionGroup* old : menu.findChildren<QActionGroup*>(QString(), Qt::FindDirectChildrenOnly))
+        delete old;
+    auto* group = new QActionGroup(&menu);
+    group->setExclusive(true);
+    const int current = m_data.Period().Unit();
+    for (const auto& [id, textId] : kUnits) {
+        QAction* action = menu.addAction(ZWLoadString(textId));
+        action->setCheckable(true);
+        action->setChecked(id == current);
+        action->setData(id);
+        group->addAction(action);
+        connect(action, &QAction::triggered, this, [this, id = id] { OnGroupByMenuItem(id); });
+    }
+    return true;
+}
+
+void CDlgViewer::OnGroupByMenuItem(int id)
+{
+    if (m_gathering || !ZWReportPeriod::IsUnit(id))
+        return;
+    ZWReportPeriod& period = m_data.Period();
+    if (id == ID_GROUPBY_USER) {
+        // The user unit always reloads, even when it is the present unit.
+        CDlgUserInterval dialog(this, Now());
+        if (ExecDialog(dialog) != QDialog::Accepted)
+            return;
+        period.SetupUserInterval(dialog.From(), dialog.To());
+        SetupData(period.End(), ID_GROUPBY_USER, true);
+        return;
+    }
+    ZWReportPeriod::WriteLastReportGroup(*ZWMarentaSetup::instance().OpenSettings(), id);
+    SetupData(period.End(), id, false);
+}
+
+void CDlgViewer::OnRefresh()
+{
+    if (!m_gathering)
+        Gather(true);
+}
+
+void CDlgViewer::UpdateNext()
+{
+    m_next->setEnabled(!m_gathering && m_data.Period().CanNext(Now()));
+}
+
+void CDlgViewer::UpdateGoTo()
+{
+    m_goTo->setEnabled(!m_gathering && m_data.Period().CanGoTo());
+}
+
+void CDlgViewer::UpdateCommands()
+{
+    UpdateNext();
+    UpdateGoTo();
+    m_previous->setEnabled(!m_gathering);
+    m_groupBy->setEnabled(!m_gathering);
+}
+
+void CDlgViewer::UpdateTitle()
+{
+    const QString report = m_frame && !m_frame->Title().isEmpty() ? m_frame->Title() : m_reportName;
+    const ZWReportPeriod& period = m_data.Period();
+    if (report.isEmpty() || m_gatherings == 0) {
+        setWindowTitle(report.isEmpty() ? ZWLoadString(32468) : report);
+        return;
+    }
+    setWindowTitle(ZWLoadString(35102).arg(report, ShortDateTime(period.Start()), ShortDateTime(period.End())));
+}
+
+void CDlgViewer::closeEvent(QCloseEvent* event)
+{
+    // The worker thread uses this dialog's data until it ends.
+    if (m_gathering) {
+        event->ignore();
+        return;
+    }
+    QDialog::closeEvent(event);
+}
+
+void CDlgViewer::changeEvent(QEvent* event)
+{
+    // Time passes while the window waits: a period that was the present one
+    // may have ended, and Next becomes available.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        UpdateNext();
+    QDialog::changeEvent(event);
+}
+
+int CDlgViewer::ExecDialog(QDialog& dialog)
+{
+    return dialog.exec();
+}
+
+void CDlgViewer::ShowMessage(const QString& text)
+{
+    QMessageBox::warning(this, windowTitle(), text);
+}

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "host/core/XmlDocument.h"
+
+#include <QByteArray>
+#include <QMainWindow>
+#include <QString>
+#include <vector>
+
+class QAction;
+class QComboBox;
+class QPrinter;
+class QStackedWidget;
+class QToolBar;
+class ZWViewTemplateWnd;
+
+// The report frame of the viewer: one page window per page of the report,
+// one of them shown at a time, with a tool bar of pages (previous, page
+// selector, next, print, refresh) and one of zoom (out, zoom selector, in).
+// The state of the tool bars is kept in the per-user settings as
+// "ViewReportBars".
+class ZWViewReportFrame : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    // Command (and text) ids of the frame's own commands.
+    enum Command : int {
+        ID_PREVIOUS_PAGE = 32515,
+        ID_NEXT_PAGE = 32516,
+        ID_ZOOM_IN = 32520,
+        ID_ZOOM_OUT = 32521,
+        ID_FILE_PRINT = 0xE107,
+        ID_FILE_PRINT_PREVIEW = 0xE109,
+        ID_VIEW_REFRESH = 35100,
+    };
+
+    explicit ZWViewReportFrame(QWidget* parent = nullptr);
+    ~ZWViewReportFrame() override;
+
+    // One page window per "page" element of the design (one empty window
+    // for a design without pages); the first is shown.
+    bool SetTemplate(const XmlDocument& design);
+    // Keeps a copy of the value document and gives it to every page window.
+    bool SetUserData(const QByteArray& text);
+    const QByteArray& UserData() const { return m_userData; }
+
+    void OnNextPage();
+    void OnPreviousPage();
+    void OnZoomIn();
+    void OnZoomOut();
+    // A choice in the zoom selector: 0 fits the window, k ≥ 1 is k × 50 %.
+    void OnZoomSelector(int index);
+    // A choice in the page selector (0-based).
+    void OnPageSelector(int index);
+    // Fits the current page into the frame again and repaints it (after a
+    // data gathering, a page change).
+    void Refresh();
+
+    // Asks for a printer and a page range and prints.
+    void OnFilePrint();
+    // Prints pages first..last (1-based, inclusive) on `printer` at real
+    // size: each page window is set to real size without out colour for its
+    // page and given back its factor and out colour after. False when the
+    // printer cannot be started or the range is empty.
+    bool PrintPages(QPrinter& printer, int first, int last);
+
+    int PageCount() const { return int(m_pages.size()); }
+    // 0-based; −1 without pages.
+    int CurrentPage() const { return m_current; }
+    ZWViewTemplateWnd* CurrentPageWnd() const;
+    ZWViewTemplateWnd* PageWnd(int index) const;
+    QString Title() const { return m_title; }
+    QString ReportId() const { return m_id; }
+    // The title, or the text for an untitled report.
+    QString DocumentName() const;
+
+    QComboBox* PageSelector() const { return m_pageSelector; }
+    QComboBox* ZoomSelector() const { return m_zoomSelector; }
+    QAction* Action(int command) const;
+    QToolBar* PagesBar() const { return m_pagesBar; }
+    QToolBar* ZoomBar() const { return m_zoomBar; }
+
+    // Enables next and previous page and zoom in and out for the current
+    // page and factor.
+    void UpdateCommands();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void ShowPage(int index);
+    void ApplyZoom(double factor);
+    void UpdateZoomSelector();
+    void OnPageZoomChanged();
+    void SaveBarState();
+
+    QStackedWidget* m_stack;
+    std::vector<ZWViewTemplateWnd*> m_pages;
+    int m_current = -1;
+    QByteArray m_userData;
+    QString m_id;
+    QString m_title;
+    QComboBox* m_pageSelector;
+    QComboBox* m_zoomSelector;
+    QToolBar* m_pagesBar;
+    QToolBar* m_zoomBar;
+    QAction* m_previousPage;
+    QAction* m_nextPage;
+    QAction* m_zoomIn;
+    QAction* m_zoomOut;
+    QAction* m_print;
+    QAction* m_refresh;
+    bool m_barsSaved = false;
+};
