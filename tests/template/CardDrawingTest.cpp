@@ -17,6 +17,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using zwtest::InkBounds;
@@ -666,7 +668,7 @@ TEST(PageRendering, LayersPutTextOverPictures)
 TEST(PageRendering, ExamplePageAtRealSize)
 {
     ZWTemplate report;
-    ASSERT_TRUE(report.Load(zwtest::SourcePath("examples/reports/MonthlyEnergy.XRPT")));
+    ASSERT_TRUE(report.Load(zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s)));
     const QImage image = ZWPageRenderer::RenderPage(report.pages[0], 150.0);
     EXPECT_EQ(image.size(), QSize(1240, 1754));
     EXPECT_EQ(image.dotsPerMeterX(), 5906);

@@ -16,6 +16,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 TEST(TemplateBadInput, NumbersThatAreNotNumbersReadAsZero)
@@ -123,13 +125,13 @@ TEST(TemplateBadInput, BytesThatAreNoPictureAreKeptAndWrittenBack)
     EXPECT_FALSE(card.HasPicture());
     EXPECT_EQ(card.bytes, bytes);
     XmlDocument out;
-    EXPECT_EQ(zwtest::WriteCard(card, out).Value("value"), EncodeBase64(bytes));
+    EXPECT_EQ(zwtest::WriteCard(card, out).Value(u"value"_s), EncodeBase64(bytes));
 }
 
 TEST(TemplateBadInput, FilesThatAreNoTemplate)
 {
     QTemporaryDir dir;
-    const QByteArray example = zwtest::ReadFile(zwtest::SourcePath("examples/reports/MonthlyEnergy.XRPT"));
+    const QByteArray example = zwtest::ReadFile(zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s));
     ASSERT_FALSE(example.isEmpty());
     struct Case
     {
@@ -156,7 +158,7 @@ TEST(TemplateBadInput, FilesThatAreNoTemplate)
         EXPECT_FALSE(report.id.isEmpty()) << c.name;
     }
     ZWTemplate missing;
-    EXPECT_FALSE(missing.Load(dir.filePath("nothing-here.XRPT")));
+    EXPECT_FALSE(missing.Load(dir.filePath(u"nothing-here.XRPT"_s)));
 }
 
 TEST(TemplateBadInput, UnknownElementsAreSkipped)
@@ -211,7 +213,7 @@ TEST(TemplateBadInput, FiftyMegabyteTemplate)
     xml += "</page></design>";
     ASSERT_GT(xml.size(), 50'000'000);
     QTemporaryDir dir;
-    const QString path = dir.filePath("big.XRPT");
+    const QString path = dir.filePath(u"big.XRPT"_s);
     ASSERT_TRUE(zwtest::WriteFile(path, xml));
     xml.clear();
     ZWTemplate report;

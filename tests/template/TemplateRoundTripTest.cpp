@@ -15,6 +15,8 @@
 #include <QFile>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using zwtest::RoundTrip;
@@ -96,15 +98,15 @@ TEST(TemplateRoundTrip, ElementsAreWrittenInTheFileOrder)
     const XmlDocument::XmlNode element = WriteCard(formule, document);
     EXPECT_EQ(element.Name(), QStringLiteral("formule"));
     EXPECT_EQ(ChildNames(element),
-        QStringList({"x", "y", "width", "height", "color", "backcolor", "id", "field", "font", "style",
-            "horizontalAlign", "verticalAlign", "orientation", "size", "value", "styleFile", "format",
-            "thousandSeparator"}));
+        QStringList({u"x"_s, u"y"_s, u"width"_s, u"height"_s, u"color"_s, u"backcolor"_s, u"id"_s, u"field"_s, u"font"_s, u"style"_s,
+            u"horizontalAlign"_s, u"verticalAlign"_s, u"orientation"_s, u"size"_s, u"value"_s, u"styleFile"_s, u"format"_s,
+            u"thousandSeparator"_s}));
 
     ZWCardImage image;
     XmlDocument imageDocument;
     EXPECT_EQ(ChildNames(WriteCard(image, imageDocument)),
-        QStringList({"x", "y", "width", "height", "color", "backcolor", "id", "value", "horizontalAlign",
-            "verticalAlign", "maintainAspectRatio", "maintainRealSize"}));
+        QStringList({u"x"_s, u"y"_s, u"width"_s, u"height"_s, u"color"_s, u"backcolor"_s, u"id"_s, u"value"_s, u"horizontalAlign"_s,
+            u"verticalAlign"_s, u"maintainAspectRatio"_s, u"maintainRealSize"_s}));
 }
 
 TEST(TemplateRoundTrip, TextEncodings)
@@ -113,19 +115,19 @@ TEST(TemplateRoundTrip, TextEncodings)
     SetLabel(label);
     XmlDocument document;
     const XmlDocument::XmlNode e = WriteCard(label, document);
-    EXPECT_EQ(e.Value("x"), QStringLiteral("12.35")); // "%.2f"
-    EXPECT_EQ(e.Value("y"), QStringLiteral("-3.50"));
-    EXPECT_EQ(e.Value("height"), QStringLiteral("0.00"));
-    EXPECT_EQ(e.Value("color"), QStringLiteral("0000FF")); // pure red: blue byte first
-    EXPECT_EQ(e.Value("backcolor"), QStringLiteral("FF0000"));
-    EXPECT_EQ(e.Value("orientation"), QStringLiteral("12.37"));
-    EXPECT_EQ(e.Value("size"), QStringLiteral("14.26"));
-    EXPECT_EQ(e.Value("style"), QStringLiteral("3"));
-    EXPECT_EQ(e.Value("horizontalAlign"), QStringLiteral("2"));
+    EXPECT_EQ(e.Value(u"x"_s), QStringLiteral("12.35")); // "%.2f"
+    EXPECT_EQ(e.Value(u"y"_s), QStringLiteral("-3.50"));
+    EXPECT_EQ(e.Value(u"height"_s), QStringLiteral("0.00"));
+    EXPECT_EQ(e.Value(u"color"_s), QStringLiteral("0000FF")); // pure red: blue byte first
+    EXPECT_EQ(e.Value(u"backcolor"_s), QStringLiteral("FF0000"));
+    EXPECT_EQ(e.Value(u"orientation"_s), QStringLiteral("12.37"));
+    EXPECT_EQ(e.Value(u"size"_s), QStringLiteral("14.26"));
+    EXPECT_EQ(e.Value(u"style"_s), QStringLiteral("3"));
+    EXPECT_EQ(e.Value(u"horizontalAlign"_s), QStringLiteral("2"));
 
     label.color = 0x0A0B0C;
     XmlDocument small;
-    EXPECT_EQ(WriteCard(label, small).Value("color"), QStringLiteral("0A0B0C"));
+    EXPECT_EQ(WriteCard(label, small).Value(u"color"_s), QStringLiteral("0A0B0C"));
 }
 
 TEST(TemplateRoundTrip, TransparentEmptyIdAndNoFieldAreLeftOut)
@@ -136,9 +138,9 @@ TEST(TemplateRoundTrip, TransparentEmptyIdAndNoFieldAreLeftOut)
     image.field.clear();
     XmlDocument document;
     const XmlDocument::XmlNode e = WriteCard(image, document);
-    EXPECT_FALSE(e.HasNode("backcolor"));
-    EXPECT_FALSE(e.HasNode("id"));
-    EXPECT_FALSE(e.HasNode("field"));
+    EXPECT_FALSE(e.HasNode(u"backcolor"_s));
+    EXPECT_FALSE(e.HasNode(u"id"_s));
+    EXPECT_FALSE(e.HasNode(u"field"_s));
 
     const auto copy = RoundTrip(image);
     EXPECT_EQ(copy->backcolor, ZW_NO_COLOR);
@@ -175,8 +177,8 @@ TEST(TemplateRoundTrip, FormuleKeepsItsFormat)
         formule.thousandSeparator = c.thousands;
         XmlDocument document;
         const XmlDocument::XmlNode e = WriteCard(formule, document);
-        EXPECT_EQ(e.Value("format"), QString::fromLatin1(c.format));
-        EXPECT_EQ(e.Value("thousandSeparator"), c.thousands ? QStringLiteral("T") : QStringLiteral("F"));
+        EXPECT_EQ(e.Value(u"format"_s), QString::fromLatin1(c.format));
+        EXPECT_EQ(e.Value(u"thousandSeparator"_s), c.thousands ? QStringLiteral("T") : QStringLiteral("F"));
 
         const auto copy = RoundTrip(formule);
         const auto& f = static_cast<const ZWCardFormule&>(*copy);
@@ -238,10 +240,10 @@ TEST(TemplateRoundTrip, ImageEmbedsItsBytesUnlessItHasAFile)
 
     XmlDocument document;
     const XmlDocument::XmlNode e = WriteCard(image, document);
-    EXPECT_EQ(e.Value("value"), QString::fromLatin1(png.toBase64()));
-    EXPECT_FALSE(e.HasNode("valueFile"));
-    EXPECT_EQ(e.Value("maintainAspectRatio"), QStringLiteral("F"));
-    EXPECT_EQ(e.Value("maintainRealSize"), QStringLiteral("T"));
+    EXPECT_EQ(e.Value(u"value"_s), QString::fromLatin1(png.toBase64()));
+    EXPECT_FALSE(e.HasNode(u"valueFile"_s));
+    EXPECT_EQ(e.Value(u"maintainAspectRatio"_s), QStringLiteral("F"));
+    EXPECT_EQ(e.Value(u"maintainRealSize"_s), QStringLiteral("T"));
 
     const auto copy = RoundTrip(image);
     const auto& i = static_cast<const ZWCardImage&>(*copy);
@@ -261,16 +263,16 @@ TEST(TemplateRoundTrip, ImageWithAFileWritesOnlyTheName)
 {
     zwtest::TempDataDir data;
     const QByteArray png = zwtest::SolidPng(6, 6, Qt::blue);
-    ASSERT_TRUE(QDir().mkpath(data.Path() + "pictures"));
-    ASSERT_TRUE(zwtest::WriteFile(data.Path() + "pictures/logo.png", png));
+    ASSERT_TRUE(QDir().mkpath(data.Path() + u"pictures"_s));
+    ASSERT_TRUE(zwtest::WriteFile(data.Path() + u"pictures/logo.png"_s, png));
 
     ZWCardImage image;
     ASSERT_TRUE(image.SetPictureFile(QStringLiteral("pictures\\logo.png"))); // as written on Windows
     EXPECT_EQ(image.bytes, png);
     XmlDocument document;
     const XmlDocument::XmlNode e = WriteCard(image, document);
-    EXPECT_EQ(e.Value("valueFile"), QStringLiteral("pictures\\logo.png"));
-    EXPECT_FALSE(e.HasNode("value"));
+    EXPECT_EQ(e.Value(u"valueFile"_s), QStringLiteral("pictures\\logo.png"));
+    EXPECT_FALSE(e.HasNode(u"value"_s));
 
     const auto copy = RoundTrip(image);
     const auto& i = static_cast<const ZWCardImage&>(*copy);
@@ -278,7 +280,7 @@ TEST(TemplateRoundTrip, ImageWithAFileWritesOnlyTheName)
     EXPECT_EQ(i.image.size(), QSize(6, 6));
 
     // A file that has gone keeps its name, so that saving loses nothing.
-    ASSERT_TRUE(QFile::remove(data.Path() + "pictures/logo.png"));
+    ASSERT_TRUE(QFile::remove(data.Path() + u"pictures/logo.png"_s));
     const auto orphan = RoundTrip(image);
     const auto& o = static_cast<const ZWCardImage&>(*orphan);
     EXPECT_FALSE(o.HasPicture());
@@ -349,15 +351,15 @@ TEST(TemplateRoundTrip, ConditionedKeepsAlternativesInOrderWithItsGeometry)
 
     XmlDocument document;
     const XmlDocument::XmlNode e = WriteCard(card, document);
-    const auto controls = e.Nodes("control");
+    const auto controls = e.Nodes(u"control"_s);
     ASSERT_EQ(controls.size(), 4u);
-    EXPECT_EQ(controls[0].Value("condition"), QStringLiteral("[a.b] <= 3"));
-    EXPECT_EQ(ChildNames(controls[1]), QStringList({"condition", "image"}));
+    EXPECT_EQ(controls[0].Value(u"condition"_s), QStringLiteral("[a.b] <= 3"));
+    EXPECT_EQ(ChildNames(controls[1]), QStringList({u"condition"_s, u"image"_s}));
     // Every alternative is stored with the conditioned card's rectangle.
     for (const auto& control : controls) {
         const XmlDocument::XmlNode alternative = control.Children().back();
-        EXPECT_EQ(alternative.Value("x"), QStringLiteral("12.35"));
-        EXPECT_EQ(alternative.Value("height"), QStringLiteral("0.00"));
+        EXPECT_EQ(alternative.Value(u"x"_s), QStringLiteral("12.35"));
+        EXPECT_EQ(alternative.Value(u"height"_s), QStringLiteral("0.00"));
     }
 
     const auto copy = RoundTrip(card);
@@ -424,12 +426,12 @@ TEST(TemplateRoundTrip, PageProperties)
     XmlDocument document;
     document.Create(QStringLiteral("design"));
     page.SaveTemplate(document.Root());
-    const XmlDocument::XmlNode e = document.Node("/page");
+    const XmlDocument::XmlNode e = document.Node(u"/page"_s);
     EXPECT_EQ(ChildNames(e),
-        QStringList({"width", "height", "rounded", "xgrid", "ygrid", "background", "horizontalAlign",
-            "verticalAlign", "maintainAspectRatio", "maintainRealSize", "image", "label", "date", "formule",
-            "conditioned"}));
-    EXPECT_EQ(e.Value("xgrid"), QStringLiteral("-2.50"));
+        QStringList({u"width"_s, u"height"_s, u"rounded"_s, u"xgrid"_s, u"ygrid"_s, u"background"_s, u"horizontalAlign"_s,
+            u"verticalAlign"_s, u"maintainAspectRatio"_s, u"maintainRealSize"_s, u"image"_s, u"label"_s, u"date"_s, u"formule"_s,
+            u"conditioned"_s}));
+    EXPECT_EQ(e.Value(u"xgrid"_s), QStringLiteral("-2.50"));
 
     ZWTemplatePage copy;
     copy.SetTemplate(e);
@@ -457,14 +459,14 @@ TEST(TemplateRoundTrip, PageProperties)
 TEST(TemplateRoundTrip, BackgroundFromAFileWritesOnlyTheName)
 {
     zwtest::TempDataDir data;
-    ASSERT_TRUE(zwtest::WriteFile(data.Path() + "paper.png", zwtest::SolidPng(4, 4, Qt::gray)));
+    ASSERT_TRUE(zwtest::WriteFile(data.Path() + u"paper.png"_s, zwtest::SolidPng(4, 4, Qt::gray)));
     ZWGlobalProperties properties;
     ASSERT_TRUE(properties.InitializeBackgroundFile(QStringLiteral("paper.png")));
     XmlDocument document;
     document.Create(QStringLiteral("page"));
     properties.SaveTemplate(document.Root());
-    EXPECT_EQ(document.Value("/backgroundFile"), QStringLiteral("paper.png"));
-    EXPECT_FALSE(document.Root().HasNode("background"));
+    EXPECT_EQ(document.Value(u"/backgroundFile"_s), QStringLiteral("paper.png"));
+    EXPECT_FALSE(document.Root().HasNode(u"background"_s));
 
     ZWGlobalProperties copy;
     copy.GetFromXml(document.Root());
@@ -524,7 +526,7 @@ TEST(TemplateRoundTrip, CopiesAreDeep)
     report.SetFormules(library.Root());
     ZWTemplate copy = report;
     copy.formules.Root().Children().front().NewChild(QStringLiteral("extra"));
-    EXPECT_FALSE(report.formules.Root().Children().front().HasNode("extra"));
+    EXPECT_FALSE(report.formules.Root().Children().front().HasNode(u"extra"_s));
     EXPECT_NE(copy.pages[0].cards[0].get(), report.pages[0].cards[0].get());
 }
 
@@ -577,7 +579,7 @@ TEST(TemplateRoundTrip, WholeTemplateIsWrittenAndReadBack)
 
     XmlDocument document;
     report.Write(document);
-    EXPECT_EQ(ChildNames(document.Root()), QStringList({"id", "name", "page", "page", "formules"}));
+    EXPECT_EQ(ChildNames(document.Root()), QStringList({u"id"_s, u"name"_s, u"page"_s, u"page"_s, u"formules"_s}));
 
     ZWTemplate copy;
     copy.Read(document);
@@ -587,14 +589,14 @@ TEST(TemplateRoundTrip, WholeTemplateIsWrittenAndReadBack)
     EXPECT_EQ(copy.pages[0].cards.size(), 1u);
     EXPECT_FALSE(copy.pages[1].properties.IsPortrait());
     ASSERT_TRUE(copy.HasFormules());
-    EXPECT_EQ(copy.formules.Node("/formule?name=%s?", QStringLiteral("Price")).Value("text"), QStringLiteral("0.21"));
+    EXPECT_EQ(copy.formules.Node(u"/formule?name=%s?"_s, QStringLiteral("Price")).Value(u"text"_s), QStringLiteral("0.21"));
     EXPECT_EQ(copy.ToXml(), report.ToXml());
 
     // A template without a library writes none.
     ZWTemplate plain;
     XmlDocument plainDocument;
     plain.Write(plainDocument);
-    EXPECT_FALSE(plainDocument.Root().HasNode("formules"));
+    EXPECT_FALSE(plainDocument.Root().HasNode(u"formules"_s));
 }
 
 TEST(TemplateRoundTrip, MissingIdMakesANewOne)
@@ -621,8 +623,8 @@ TEST(TemplateRoundTrip, ExamplesResaveByteForByte)
         ZWTemplate report;
         ASSERT_TRUE(report.Load(path)) << name;
         QTemporaryDir dir;
-        const QString once = dir.filePath("once.XRPT");
-        const QString twice = dir.filePath("twice.XRPT");
+        const QString once = dir.filePath(u"once.XRPT"_s);
+        const QString twice = dir.filePath(u"twice.XRPT"_s);
         ASSERT_TRUE(report.Save(once));
         ZWTemplate again;
         ASSERT_TRUE(again.Load(once));
@@ -635,7 +637,7 @@ TEST(TemplateRoundTrip, ExamplesResaveByteForByte)
 TEST(TemplateRoundTrip, MonthlyExampleHoldsWhatTheDemonstrationNeeds)
 {
     ZWTemplate report;
-    ASSERT_TRUE(report.Load(zwtest::SourcePath("examples/reports/MonthlyEnergy.XRPT")));
+    ASSERT_TRUE(report.Load(zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s)));
     ASSERT_EQ(report.pages.size(), 2u);
     ASSERT_TRUE(report.HasFormules());
     EXPECT_TRUE(report.pages[0].properties.ThereAreBackground());
@@ -651,10 +653,10 @@ TEST(TemplateRoundTrip, MonthlyExampleHoldsWhatTheDemonstrationNeeds)
                 fields << card->field;
         }
     EXPECT_GE(formules, 10);
-    EXPECT_TRUE(fields.contains("BEGIN_DATE") && fields.contains("END_DATE"));
+    EXPECT_TRUE(fields.contains(u"BEGIN_DATE"_s) && fields.contains(u"END_DATE"_s));
     EXPECT_GE(images, 2);
     EXPECT_GE(conditioned, 2);
-    const QByteArray xml = zwtest::ReadFile(zwtest::SourcePath("examples/reports/MonthlyEnergy.XRPT"));
+    const QByteArray xml = zwtest::ReadFile(zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s));
     for (const char* variable : {"[Main meter.Active energy]", "[Gas meter.Volume]", "[Water meter.Volume]",
              "[PV inverter.Energy]", "[Main meter.Active power]", "[Office.Temperature]"})
         EXPECT_TRUE(xml.contains(variable)) << variable;
@@ -663,7 +665,7 @@ TEST(TemplateRoundTrip, MonthlyExampleHoldsWhatTheDemonstrationNeeds)
 TEST(TemplateSave, KeepsThePreviousVersionBesideTheReport)
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath("Plant.XRPT");
+    const QString path = dir.filePath(u"Plant.XRPT"_s);
     ZWTemplate report;
     report.name = QStringLiteral("first");
     ASSERT_TRUE(report.Save(path));
@@ -677,13 +679,13 @@ TEST(TemplateSave, KeepsThePreviousVersionBesideTheReport)
     ASSERT_TRUE(current.Load(path));
     EXPECT_EQ(current.name, QStringLiteral("second"));
     // The report list searches "*.XRPT": the backup must not show up there.
-    EXPECT_EQ(QDir(dir.path()).entryList({QStringLiteral("*.XRPT")}, QDir::Files), QStringList({"Plant.XRPT"}));
+    EXPECT_EQ(QDir(dir.path()).entryList({QStringLiteral("*.XRPT")}, QDir::Files), QStringList({u"Plant.XRPT"_s}));
 }
 
 TEST(TemplateSave, NoBackupNoSave)
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath("Plant.XRPT");
+    const QString path = dir.filePath(u"Plant.XRPT"_s);
     ZWTemplate report;
     report.name = QStringLiteral("good");
     ASSERT_TRUE(report.Save(path));
@@ -696,7 +698,7 @@ TEST(TemplateSave, NoBackupNoSave)
     EXPECT_FALSE(error.isEmpty());
     EXPECT_EQ(zwtest::ReadFile(path), before);
     // Nor does a save into a folder that does not exist create anything.
-    EXPECT_FALSE(report.Save(dir.filePath("missing/Plant.XRPT")));
+    EXPECT_FALSE(report.Save(dir.filePath(u"missing/Plant.XRPT"_s)));
 }
 
 } // namespace

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class TextStyle : public ::testing::Test
@@ -16,7 +18,7 @@ class TextStyle : public ::testing::Test
 protected:
     void Write(const char* name, const char* xml)
     {
-        ASSERT_TRUE(zwtest::WriteFile(m_data.Path() + QString::fromLatin1(name) + ".XSTY", QByteArray(xml)));
+        ASSERT_TRUE(zwtest::WriteFile(m_data.Path() + QString::fromLatin1(name) + u".XSTY"_s, QByteArray(xml)));
     }
     ZWCardLabel Plain()
     {
@@ -104,20 +106,20 @@ TEST_F(TextStyle, WritingAStyleFile)
     style.color = 0x00FF00;
     ASSERT_TRUE(style.SaveByName());
     XmlDocument first;
-    ASSERT_TRUE(first.Load(m_data.Path() + "Total.XSTY"));
+    ASSERT_TRUE(first.Load(m_data.Path() + u"Total.XSTY"_s));
     QStringList names;
     for (const auto& child : first.Root().Children())
         names << child.Name();
     EXPECT_EQ(first.Root().Name(), QStringLiteral("design"));
-    EXPECT_EQ(names, QStringList({"id", "name", "font", "style", "orientation", "size", "color"}));
-    EXPECT_EQ(first.Value("/orientation"), QStringLiteral("12.35"));
-    EXPECT_EQ(first.Value("/color"), QStringLiteral("00FF00"));
-    const QString firstId = first.Value("/id");
+    EXPECT_EQ(names, QStringList({u"id"_s, u"name"_s, u"font"_s, u"style"_s, u"orientation"_s, u"size"_s, u"color"_s}));
+    EXPECT_EQ(first.Value(u"/orientation"_s), QStringLiteral("12.35"));
+    EXPECT_EQ(first.Value(u"/color"_s), QStringLiteral("00FF00"));
+    const QString firstId = first.Value(u"/id"_s);
 
     ASSERT_TRUE(style.SaveByName());
     XmlDocument second;
-    ASSERT_TRUE(second.Load(m_data.Path() + "Total.XSTY"));
-    EXPECT_NE(second.Value("/id"), firstId); // a new GUID at every save
+    ASSERT_TRUE(second.Load(m_data.Path() + u"Total.XSTY"_s));
+    EXPECT_NE(second.Value(u"/id"_s), firstId); // a new GUID at every save
 
     ZWTextStyle read;
     ASSERT_TRUE(read.LoadByName(QStringLiteral("Total")));
@@ -129,7 +131,7 @@ TEST_F(TextStyle, WritingAStyleFile)
     ZWTextStyle other;
     other.name = QStringLiteral("Another");
     ASSERT_TRUE(other.SaveByName());
-    EXPECT_EQ(ZWTextStyle::List(), QStringList({"Another", "Total"}));
+    EXPECT_EQ(ZWTextStyle::List(), QStringList({u"Another"_s, u"Total"_s}));
     ZWTextStyle bad;
     bad.name = QStringLiteral("../escape");
     EXPECT_FALSE(bad.SaveByName());

@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Result
@@ -32,7 +34,7 @@ Result Zwinformes(const QStringList& args, const QByteArray& input = QByteArray(
         process.write(input);
         process.closeWriteChannel();
     }
-    EXPECT_TRUE(process.waitForFinished(60000)) << args.join(' ').toStdString();
+    EXPECT_TRUE(process.waitForFinished(60000)) << args.join(u' ').toStdString();
     Result r;
     r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     r.rawOut = process.readAllStandardOutput();
@@ -50,25 +52,25 @@ TEST(TemplateCommands, FormatNumber)
         const char* out;
     };
     const Case cases[] = {
-        {{"--format", "03.02", "-12.5"}, 0, "-012.50\n"},
-        {{"--format", "03.02", "--", "-12.5"}, 0, "-012.50\n"},
-        {{"--format", ".", "--thousands", "1234567"}, 0, "1,234,567\n"},
-        {{"--locale", "es_ES", "--format", ".02", "--thousands", "1234567.891"}, 0, "1.234.567,89\n"},
-        {{"--format", "3.2", "1234.5"}, 0, "***.**\n"},
-        {{"2.5"}, 0, "2.5\n"}, // ".3" by default, trailing zeros stripped
-        {{"--format", ":.0", "7"}, 0, "7\n"},
-        {{"abc"}, 2, ""},
+        {{u"--format"_s, u"03.02"_s, u"-12.5"_s}, 0, "-012.50\n"},
+        {{u"--format"_s, u"03.02"_s, u"--"_s, u"-12.5"_s}, 0, "-012.50\n"},
+        {{u"--format"_s, u"."_s, u"--thousands"_s, u"1234567"_s}, 0, "1,234,567\n"},
+        {{u"--locale"_s, u"es_ES"_s, u"--format"_s, u".02"_s, u"--thousands"_s, u"1234567.891"_s}, 0, "1.234.567,89\n"},
+        {{u"--format"_s, u"3.2"_s, u"1234.5"_s}, 0, "***.**\n"},
+        {{u"2.5"_s}, 0, "2.5\n"}, // ".3" by default, trailing zeros stripped
+        {{u"--format"_s, u":.0"_s, u"7"_s}, 0, "7\n"},
+        {{u"abc"_s}, 2, ""},
         {{}, 2, ""},
-        {{"1", "2"}, 2, ""},
-        {{"--bogus", "1"}, 2, ""},
+        {{u"1"_s, u"2"_s}, 2, ""},
+        {{u"--bogus"_s, u"1"_s}, 2, ""},
     };
     for (const Case& c : cases) {
         QStringList args = c.args;
         args.prepend(QStringLiteral("format-number"));
         const Result r = Zwinformes(args);
-        EXPECT_EQ(r.status, c.status) << args.join(' ').toStdString() << " " << r.err.toStdString();
+        EXPECT_EQ(r.status, c.status) << args.join(u' ').toStdString() << " " << r.err.toStdString();
         if (c.status == 0) {
-            EXPECT_EQ(r.out, QString::fromLatin1(c.out)) << args.join(' ').toStdString();
+            EXPECT_EQ(r.out, QString::fromLatin1(c.out)) << args.join(u' ').toStdString();
         }
     }
 }
@@ -82,20 +84,20 @@ TEST(TemplateCommands, FormatDate)
         const char* out;
     };
     const Case cases[] = {
-        {{"--pattern", "dd/MM/yyyy hh:mm:ss", "2024-03-05T09:05:07"}, 0, "05/03/2024 09:05:07\n"},
-        {{"--pattern", "d/M/yy", "2024-03-05T09:05:07"}, 0, "5/3/2024\n"},
-        {{"--pattern", "\"week of\" d MMM", "2024-12-31T23:59:59"}, 0, "week of 31 012\n"},
-        {{"2024-03-05T09:05:07"}, 0, "05/03/2024 09:05:07\n"},
-        {{"--pattern", "yyyy", "2024-02-30T00:00:00"}, 2, ""},
-        {{"--pattern", "yyyy", "yesterday"}, 2, ""},
+        {{u"--pattern"_s, u"dd/MM/yyyy hh:mm:ss"_s, u"2024-03-05T09:05:07"_s}, 0, "05/03/2024 09:05:07\n"},
+        {{u"--pattern"_s, u"d/M/yy"_s, u"2024-03-05T09:05:07"_s}, 0, "5/3/2024\n"},
+        {{u"--pattern"_s, u"\"week of\" d MMM"_s, u"2024-12-31T23:59:59"_s}, 0, "week of 31 012\n"},
+        {{u"2024-03-05T09:05:07"_s}, 0, "05/03/2024 09:05:07\n"},
+        {{u"--pattern"_s, u"yyyy"_s, u"2024-02-30T00:00:00"_s}, 2, ""},
+        {{u"--pattern"_s, u"yyyy"_s, u"yesterday"_s}, 2, ""},
     };
     for (const Case& c : cases) {
         QStringList args = c.args;
         args.prepend(QStringLiteral("format-date"));
         const Result r = Zwinformes(args);
-        EXPECT_EQ(r.status, c.status) << args.join(' ').toStdString() << " " << r.err.toStdString();
+        EXPECT_EQ(r.status, c.status) << args.join(u' ').toStdString() << " " << r.err.toStdString();
         if (c.status == 0) {
-            EXPECT_EQ(r.out, QString::fromUtf8(c.out)) << args.join(' ').toStdString();
+            EXPECT_EQ(r.out, QString::fromUtf8(c.out)) << args.join(u' ').toStdString();
         }
     }
 }
@@ -107,14 +109,14 @@ TEST(TemplateCommands, ResaveIsByteStable)
         const QString in = zwtest::SourcePath(QStringLiteral("examples/reports/%1.XRPT").arg(QLatin1String(name)));
         const QString once = dir.filePath(QStringLiteral("%1-1.XRPT").arg(QLatin1String(name)));
         const QString twice = dir.filePath(QStringLiteral("%1-2.XRPT").arg(QLatin1String(name)));
-        Result r = Zwinformes({"resave", in, once});
+        Result r = Zwinformes({u"resave"_s, in, once});
         ASSERT_EQ(r.status, 0) << r.err.toStdString();
         EXPECT_TRUE(r.out.contains(QLatin1String("card(s)")));
-        ASSERT_EQ(Zwinformes({"resave", once, twice}).status, 0);
+        ASSERT_EQ(Zwinformes({u"resave"_s, once, twice}).status, 0);
         EXPECT_EQ(zwtest::ReadFile(once), zwtest::ReadFile(twice)) << name;
         EXPECT_EQ(zwtest::ReadFile(once), zwtest::ReadFile(in)) << name;
         // Saving over a report keeps the old one beside it.
-        ASSERT_EQ(Zwinformes({"resave", in, once}).status, 0);
+        ASSERT_EQ(Zwinformes({u"resave"_s, in, once}).status, 0);
         EXPECT_TRUE(QFile::exists(once + QStringLiteral(".bak")));
     }
 }
@@ -122,41 +124,41 @@ TEST(TemplateCommands, ResaveIsByteStable)
 TEST(TemplateCommands, ResaveRefusesWhatIsNoReport)
 {
     QTemporaryDir dir;
-    const QString bad = dir.filePath("bad.XRPT");
+    const QString bad = dir.filePath(u"bad.XRPT"_s);
     ASSERT_TRUE(zwtest::WriteFile(bad, "<design><page>"));
-    const QString out = dir.filePath("out.XRPT");
-    const Result r = Zwinformes({"resave", bad, out});
+    const QString out = dir.filePath(u"out.XRPT"_s);
+    const Result r = Zwinformes({u"resave"_s, bad, out});
     EXPECT_EQ(r.status, 1);
     EXPECT_FALSE(r.err.isEmpty());
     EXPECT_FALSE(QFile::exists(out));
-    EXPECT_EQ(Zwinformes({"resave", bad}).status, 2);
+    EXPECT_EQ(Zwinformes({u"resave"_s, bad}).status, 2);
 }
 
 TEST(TemplateCommands, RenderTemplateWritesOnePicturePerPage)
 {
     QTemporaryDir dir;
-    const QString in = zwtest::SourcePath("examples/reports/MonthlyEnergy.XRPT");
-    Result r = Zwinformes({"render-template", in, "--png", dir.filePath("low"), "--dpi", "50"});
+    const QString in = zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s);
+    Result r = Zwinformes({u"render-template"_s, in, u"--png"_s, dir.filePath(u"low"_s), u"--dpi"_s, u"50"_s});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();
-    const QStringList files = QDir(dir.filePath("low")).entryList(QDir::Files, QDir::Name);
-    EXPECT_EQ(files, QStringList({"MonthlyEnergy-1.png", "MonthlyEnergy-2.png"}));
-    const QImage page(dir.filePath("low/MonthlyEnergy-1.png"));
+    const QStringList files = QDir(dir.filePath(u"low"_s)).entryList(QDir::Files, QDir::Name);
+    EXPECT_EQ(files, QStringList({u"MonthlyEnergy-1.png"_s, u"MonthlyEnergy-2.png"_s}));
+    const QImage page(dir.filePath(u"low/MonthlyEnergy-1.png"_s));
     EXPECT_EQ(page.size(), QSize(413, 585)); // 210 × 297 mm at 1969 dots per metre
     EXPECT_EQ(page.dotsPerMeterX(), 1969);
 
-    r = Zwinformes({"render-template", zwtest::SourcePath("examples/reports/LandscapeSummary.XRPT"), "--png",
-        dir.filePath("default")});
+    r = Zwinformes({u"render-template"_s, zwtest::SourcePath(u"examples/reports/LandscapeSummary.XRPT"_s), u"--png"_s,
+        dir.filePath(u"default"_s)});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();
-    EXPECT_EQ(QImage(dir.filePath("default/LandscapeSummary-1.png")).size(), QSize(1754, 1240));
+    EXPECT_EQ(QImage(dir.filePath(u"default/LandscapeSummary-1.png"_s)).size(), QSize(1754, 1240));
 
-    EXPECT_EQ(Zwinformes({"render-template", in}).status, 2);
-    EXPECT_EQ(Zwinformes({"render-template", in, "--png", dir.path(), "--dpi", "0"}).status, 2);
-    EXPECT_EQ(Zwinformes({"render-template", dir.filePath("missing.XRPT"), "--png", dir.path()}).status, 1);
+    EXPECT_EQ(Zwinformes({u"render-template"_s, in}).status, 2);
+    EXPECT_EQ(Zwinformes({u"render-template"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, u"0"_s}).status, 2);
+    EXPECT_EQ(Zwinformes({u"render-template"_s, dir.filePath(u"missing.XRPT"_s), u"--png"_s, dir.path()}).status, 1);
 }
 
 TEST(TemplateCommands, PictureDecoderIsHiddenAndSpeaksItsProtocol)
 {
-    EXPECT_FALSE(Zwinformes({"--help"}).out.contains(QLatin1String("decode-image")));
+    EXPECT_FALSE(Zwinformes({u"--help"_s}).out.contains(QLatin1String("decode-image")));
     QImage image(3, 2, QImage::Format_RGB32);
     image.fill(qRgb(1, 2, 3));
     QByteArray png;
@@ -165,12 +167,12 @@ TEST(TemplateCommands, PictureDecoderIsHiddenAndSpeaksItsProtocol)
         buffer.open(QIODevice::WriteOnly);
         image.save(&buffer, "PNG");
     }
-    Result r = Zwinformes({"decode-image"}, png);
+    Result r = Zwinformes({u"decode-image"_s}, png);
     EXPECT_EQ(r.status, 0);
     ASSERT_EQ(r.rawOut.size(), 18 + 3 * 2 * 4);
     EXPECT_TRUE(r.rawOut.startsWith("ZWRAW1"));
     EXPECT_EQ(quint8(r.rawOut[6]), 3);
-    r = Zwinformes({"decode-image"}, QByteArray("no picture"));
+    r = Zwinformes({u"decode-image"_s}, QByteArray("no picture"));
     EXPECT_NE(r.status, 0);
     EXPECT_TRUE(r.rawOut.isEmpty());
 }

@@ -17,6 +17,8 @@
 #include <QtEndian>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Status = ZWImageSupport::Status;
@@ -292,7 +294,7 @@ TEST_F(ImageSupport, HelperIsStoppedByItsTimeLimit)
 {
     // A helper that never answers.
     QTemporaryDir dir;
-    const QString script = dir.filePath("slow-decoder");
+    const QString script = dir.filePath(u"slow-decoder"_s);
     ASSERT_TRUE(zwtest::WriteFile(script, "#!/bin/sh\nexec sleep 30\n"));
     ASSERT_TRUE(QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     ZWImageSupport::SetDecoderPath(script);
@@ -335,7 +337,7 @@ TEST_F(ImageSupport, RegressionCorpus)
     const QString corpus = zwtest::CorpusDir();
     if (corpus.isEmpty())
         GTEST_SKIP() << "the shared corpus is absent";
-    QDirIterator it(corpus + "/qt-fuzz-regressions", QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator it(corpus + u"/qt-fuzz-regressions"_s, QDir::Files, QDirIterator::Subdirectories);
     int files = 0;
     while (it.hasNext()) {
         const QString path = it.next();
@@ -349,8 +351,8 @@ TEST_F(ImageSupport, RegressionCorpus)
         card.GetFromXml(document.Root());
         EXPECT_EQ(card.bytes, bytes);
         const QString folder = QFileInfo(path).dir().dirName();
-        if (folder == "tga" || folder == "tiff" || folder == "gif" || folder == "ico" || folder == "icns"
-            || folder == "xml") {
+        if (folder == u"tga"_s || folder == u"tiff"_s || folder == u"gif"_s || folder == u"ico"_s || folder == u"icns"_s
+            || folder == u"xml"_s) {
             EXPECT_FALSE(card.HasPicture());
         }
         if (card.HasPicture()) {
