@@ -1,17 +1,17 @@
 #include "app/commands/ZWCommand.h"
-#include "host/images/ZWImageSupport.h"
 #include "host/core/ZWLocale.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/images/ZWImageSupport.h"
 
 #include <QApplication>
 #include <QCoreApplication>
-#include <QGuiApplication>
 #include <QDir>
+#include <QGuiApplication>
 #include <cerrno>
 #include <cstdio>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <memory>
 
 std::vector<ZWCommand>& ZWCommandRegistry::Commands()
 {
@@ -131,8 +131,8 @@ int main(int argc, char** argv)
         return ExitUsage;
     }
 
-    if (!args.isEmpty() && (args[0] == QLatin1String("--help") || args[0] == QLatin1String("-h")
-                               || args[0] == QLatin1String("help"))) {
+    if (!args.isEmpty()
+        && (args[0] == QLatin1String("--help") || args[0] == QLatin1String("-h") || args[0] == QLatin1String("help"))) {
         PrintUsage(Out());
         return ExitOk;
     }

@@ -34,12 +34,10 @@ struct Formula
 // conditions of a report compute.
 const std::vector<Formula> kFormulas = {
     {"arith", "(1250.5 - 1180.25) * 0.1432 + 12.5", "(1250.5 - 1180.25) * 0.1432 + 12.5"},
-    {"functions", "sqrt(3.5^2 + 4.25^2) * 2 - log(2.75) + exp(0.5)",
-        "sqrt(3.5^2 + 4.25^2) * 2 - ln(2.75) + exp(0.5)"},
+    {"functions", "sqrt(3.5^2 + 4.25^2) * 2 - log(2.75) + exp(0.5)", "sqrt(3.5^2 + 4.25^2) * 2 - ln(2.75) + exp(0.5)"},
     {"trig", "atan2(3.2, 4.1) * 180 / 3.141592653589793 + sin(0.5)^2 + cos(0.5)^2",
         "atan2(3.2, 4.1) * 180 / 3.141592653589793 + sin(0.5)^2 + cos(0.5)^2"},
-    {"compare", "(231.5 > 220) && (231.5 < 240) || (49.9 >= 50.2)",
-        "(231.5 > 220) && (231.5 < 240) || (49.9 >= 50.2)"},
+    {"compare", "(231.5 > 220) && (231.5 < 240) || (49.9 >= 50.2)", "(231.5 > 220) && (231.5 < 240) || (49.9 >= 50.2)"},
     {"mixed", "(1520.75 / 24 - 55.2) / 55.2 * 100 >= 5 && (log10(1520.75) < 4)",
         "(1520.75 / 24 - 55.2) / 55.2 * 100 >= 5 && (log(1520.75) < 4)"},
 };
@@ -67,9 +65,8 @@ public:
         m_data.Setup(info);
         const ZWDateTime begin = ZWDateTime::FromDMY(2024, 1, 1);
         m_data.SetData(begin, ZWDateTime::FromDMY(2024, 2, 1), ZWDataRecord{begin, {1250.5, 1180.25, 4200.0}});
-        ZWFormulaLibrary::Build(
-            {QStringLiteral("Energy"), QStringLiteral("Cost"), QStringLiteral("Fixed"), QStringLiteral("Total"),
-                QStringLiteral("Share")},
+        ZWFormulaLibrary::Build({QStringLiteral("Energy"), QStringLiteral("Cost"), QStringLiteral("Fixed"),
+                                    QStringLiteral("Total"), QStringLiteral("Share")},
             {QStringLiteral("[m1.energy] - [m1.energy:first]"), QStringLiteral("Energy * 0.1432"),
                 QStringLiteral("12.5"), QStringLiteral("Cost + Fixed"), QStringLiteral("Cost / Total")},
             m_library);

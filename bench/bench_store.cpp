@@ -73,8 +73,9 @@ bool Baseline(ZWSqlLoggerStore& store, const std::vector<ZWSqlLoggerStore::Varia
     out.clear();
     for (const auto& v : vars) {
         const auto it = rows.constFind(v.id);
-        out.push_back(it == rows.constEnd() ? ZW_NO_VALUE
-                                            : v.kind == ZWSqlLoggerStore::Kind::Counter ? it->second : it->first);
+        out.push_back(it == rows.constEnd()                 ? ZW_NO_VALUE
+                : v.kind == ZWSqlLoggerStore::Kind::Counter ? it->second
+                                                            : it->first);
     }
     return true;
 }
@@ -112,8 +113,9 @@ int main(int argc, char** argv)
         {"month", ZWDateTime::FromDMY(2025, 6, 1), ZWDateTime::FromDMY(2025, 7, 1)},
         {"year", ZWDateTime::FromDMY(2025, 1, 1), ZWDateTime::FromDMY(2026, 1, 1)},
     };
-    std::printf("| database | variables | period | store (median ms) | first call, new store (ms) | baseline raw "
-                "query (median ms) | baseline / store | largest relative difference |\n|---|---|---|---|---|---|---|---|\n");
+    std::printf(
+        "| database | variables | period | store (median ms) | first call, new store (ms) | baseline raw "
+        "query (median ms) | baseline / store | largest relative difference |\n|---|---|---|---|---|---|---|---|\n");
     for (const QString& text : urls) {
         ZWLoggerUrl url;
         QString error;

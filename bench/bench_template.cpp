@@ -6,8 +6,8 @@
 //
 //   bench_template              Google Benchmark figures
 //   bench_template --once       one load, draw and save (for /usr/bin/time -v)
-#include "host/images/ZWImageSupport.h"
 #include "host/core/ZWSimpleXml.h"
+#include "host/images/ZWImageSupport.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
@@ -46,8 +46,9 @@ QByteArray LargePicture()
     QRandomGenerator random(42);
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
-            image.setPixel(x, y, qRgb((x + int(random.bounded(64))) & 0xFF, (y + int(random.bounded(64))) & 0xFF,
-                                     int(random.bounded(256))));
+            image.setPixel(x, y,
+                qRgb((x + int(random.bounded(64))) & 0xFF, (y + int(random.bounded(64))) & 0xFF,
+                    int(random.bounded(256))));
     return Png(image);
 }
 
@@ -61,8 +62,7 @@ QByteArray SmallPicture()
     return Png(image);
 }
 
-template <typename Card>
-Card& Place(std::unique_ptr<Card>& card, int index)
+template <typename Card> Card& Place(std::unique_ptr<Card>& card, int index)
 {
     card->x = 5.0 + (index % 10) * 20.0;
     card->y = 5.0 + (index / 10) * 28.0;

@@ -8,15 +8,15 @@
 //
 //   bench_viewer    Google Benchmark figures; "fps" is repaints per second
 #include "app/demo/ZWDemoData.h"
+#include "host/core/ZWMarentaSetup.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/store/ZWLoggerUrl.h"
-#include "host/core/ZWMarentaSetup.h"
 #include "host/store/ZWSqlLoggerStore.h"
 #include "template/ZWPageRenderer.h"
 #include "viewer/ZWReportData.h"
+#include "viewer/ZWViewZoom.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
 #include "viewer/widgets/ZWViewTemplateWnd.h"
-#include "viewer/ZWViewZoom.h"
 
 #include <QApplication>
 #include <QPainter>

@@ -12,8 +12,7 @@
 ZWEvaluator::ZWEvaluator() = default;
 
 ZWEvaluator::ZWEvaluator(const ZWBasicString& text) : m_expression(text), m_tokenizer(text)
-{
-}
+{}
 
 ZWEvaluator::~ZWEvaluator() = default;
 
@@ -279,7 +278,8 @@ int ExpandNode(ZWTreeNode* node, int depth, LoopCheck& check, int& height)
 
 } // namespace
 
-int ZWEvaluator::CheckBucles(const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts, int count)
+int ZWEvaluator::CheckBucles(
+    const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts, int count)
 {
     const int available = int(std::min(names.size(), texts.size()));
     const int n = count == -1 ? available : std::min(count, available);
@@ -295,7 +295,8 @@ int ZWEvaluator::CheckBucles(const std::vector<ZWBasicString>& names, const std:
     return 0;
 }
 
-int ZWEvaluator::Expand(ZWTreeNode* node, const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts)
+int ZWEvaluator::Expand(
+    ZWTreeNode* node, const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts)
 {
     if (!node)
         return 2;

@@ -70,7 +70,8 @@ public:
     static int CheckBucles(const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts, int count);
     // One step of the loop check: expands the references of `node`'s formula
     // into children, depth first.
-    static int Expand(ZWTreeNode* node, const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts);
+    static int Expand(
+        ZWTreeNode* node, const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts);
 
     // The message for a result code; always true.
     static bool ErrorMsg(int code, ZWBasicString& text);

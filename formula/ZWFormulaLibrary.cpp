@@ -3,8 +3,8 @@
 #include "host/core/XmlDocument.h"
 #include "host/core/ZWSimpleXml.h"
 
-bool ZWFormulaLibrary::Build(const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts,
-    XmlDocument& doc)
+bool ZWFormulaLibrary::Build(
+    const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts, XmlDocument& doc)
 {
     ZWSimpleXml xml;
     xml.Open(QStringLiteral("formules"));
@@ -19,7 +19,8 @@ bool ZWFormulaLibrary::Build(const std::vector<ZWBasicString>& names, const std:
     return doc.Parse(xml.GetXml());
 }
 
-void ZWFormulaLibrary::Read(const XmlDocument& doc, std::vector<ZWBasicString>& names, std::vector<ZWBasicString>& texts)
+void ZWFormulaLibrary::Read(
+    const XmlDocument& doc, std::vector<ZWBasicString>& names, std::vector<ZWBasicString>& texts)
 {
     names.clear();
     texts.clear();

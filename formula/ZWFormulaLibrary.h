@@ -13,7 +13,8 @@ class ZWFormulaLibrary
 {
 public:
     // Writes the library with the sequential writer and parses it into `doc`.
-    static bool Build(const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts, XmlDocument& doc);
+    static bool Build(
+        const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts, XmlDocument& doc);
     // Names and texts of every "formule" of `doc`, in document order (a
     // missing child reads as an empty text).
     static void Read(const XmlDocument& doc, std::vector<ZWBasicString>& names, std::vector<ZWBasicString>& texts);

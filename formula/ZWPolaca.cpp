@@ -50,16 +50,10 @@ struct ZWPolaca::ReferenceCache
 ZWPolaca::ZWPolaca() = default;
 
 ZWPolaca::ZWPolaca(const ZWPolaca& other)
-    : m_translation(other.m_translation),
-      m_stack(other.m_stack),
-      m_values(other.m_values),
-      m_undefined(other.m_undefined),
-      m_undefinedIndex(other.m_undefinedIndex),
-      m_formules(other.m_formules),
-      m_loggerData(other.m_loggerData),
-      m_discriminators(other.m_discriminators)
-{
-}
+    : m_translation(other.m_translation), m_stack(other.m_stack), m_values(other.m_values),
+      m_undefined(other.m_undefined), m_undefinedIndex(other.m_undefinedIndex), m_formules(other.m_formules),
+      m_loggerData(other.m_loggerData), m_discriminators(other.m_discriminators)
+{}
 
 ZWPolaca& ZWPolaca::operator=(const ZWPolaca& other)
 {

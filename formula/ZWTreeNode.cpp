@@ -3,8 +3,7 @@
 ZWTreeNode::ZWTreeNode() = default;
 
 ZWTreeNode::ZWTreeNode(ZWTreeNode* parent, const ZWBasicString& value) : m_value(value), m_parent(parent)
-{
-}
+{}
 
 ZWTreeNode::ZWTreeNode(const ZWTreeNode& other) : m_value(other.m_value), m_parent(other.m_parent)
 {

@@ -5,8 +5,7 @@ ZWCardConditioned::ZWCardConditioned()
     ActualizeLevel();
 }
 
-ZWCardConditioned::ZWCardConditioned(const ZWCardConditioned& other)
-    : ZWCardControl(other)
+ZWCardConditioned::ZWCardConditioned(const ZWCardConditioned& other) : ZWCardControl(other)
 {
     CopyAlternatives(other);
 }
@@ -72,8 +71,8 @@ bool ZWCardConditioned::GetFromXml(const XmlDocument::XmlNode& e)
 {
     ZWCardControl::GetFromXml(e);
     Clear();
-    static const QString kinds[] = {
-        QStringLiteral("label"), QStringLiteral("image"), QStringLiteral("date"), QStringLiteral("formule")};
+    static const QString kinds[]
+        = {QStringLiteral("label"), QStringLiteral("image"), QStringLiteral("date"), QStringLiteral("formule")};
     for (const XmlDocument::XmlNode& alternative : e.Nodes(QStringLiteral("control"))) {
         const QString condition = alternative.Value(QStringLiteral("condition"));
         for (const QString& kind : kinds) {

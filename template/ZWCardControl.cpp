@@ -109,11 +109,9 @@ bool ZWCardControl::GetFromXml(const XmlDocument::XmlNode& e)
 }
 
 void ZWCardControl::Draw(QPainter&, const tagDraw&)
-{
-}
+{}
 
-std::vector<QRect> ZWCardControl::BorderRuns(
-    const ZWRect& rect, bool thick, bool dashed, bool densePattern, int phase)
+std::vector<QRect> ZWCardControl::BorderRuns(const ZWRect& rect, bool thick, bool dashed, bool densePattern, int phase)
 {
     static constexpr std::array<bool, 6> Sparse = {true, true, false, false, false, false};
     static constexpr std::array<bool, 6> Dense = {true, true, true, true, true, false};

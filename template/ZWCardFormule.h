@@ -19,8 +19,8 @@ public:
 
     // Reads a stored format string ("03.02", ".3", "."): see the formats of
     // the "formule" element.
-    static void ParseFormat(const QString& format, int& integerDigits, int& decimals, bool& fillIntegerZeros,
-        bool& fillDecimalZeros);
+    static void ParseFormat(
+        const QString& format, int& integerDigits, int& decimals, bool& fillIntegerZeros, bool& fillDecimalZeros);
     // The format string of these settings; widths past 9 are written as the
     // characters after "9" (":" for 10, ";" for 11, "<" for 12).
     static QString BuildFormat(int integerDigits, int decimals, bool fillIntegerZeros, bool fillDecimalZeros);

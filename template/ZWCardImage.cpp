@@ -1,8 +1,8 @@
 #include "template/ZWCardImage.h"
 
-#include "host/images/ZWImageSupport.h"
 #include "host/core/ZWPath.h"
 #include "host/core/ZWRemote.h"
+#include "host/images/ZWImageSupport.h"
 #include "template/ZWXmlFields.h"
 
 #include <QCursor>
@@ -103,8 +103,8 @@ void ZWCardImage::RotatePicture(bool right)
     drawImage = image;
 }
 
-QRectF ZWCardImage::TargetRectMm(const QRectF& card, const QSize& picturePx, const QPointF& mmPerPixel,
-    int horizontal, int vertical, bool aspectRatio, bool realSize)
+QRectF ZWCardImage::TargetRectMm(const QRectF& card, const QSize& picturePx, const QPointF& mmPerPixel, int horizontal,
+    int vertical, bool aspectRatio, bool realSize)
 {
     if (!realSize && !aspectRatio)
         return card;

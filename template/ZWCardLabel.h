@@ -46,8 +46,8 @@ public:
     // Where the text starts (the top-left corner of the unrotated text), in
     // device pixels, for text of extent cx × cy drawn at `orientation`
     // degrees in the device rectangle `rect` with the given alignments.
-    static QPointF TextStart(const ZWRect& rect, double cx, double cy, double orientation, int horizontalAlign,
-        int verticalAlign);
+    static QPointF TextStart(
+        const ZWRect& rect, double cx, double cy, double orientation, int horizontalAlign, int verticalAlign);
     // The rotated text's bounding box, W × H.
     static QSizeF RotatedExtent(double cx, double cy, double orientation);
 

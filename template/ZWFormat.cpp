@@ -73,8 +73,8 @@ void ZWFormat::FormatDouble(QString& out, double value, int integerDigits, int d
     }
 }
 
-QString ZWFormat::FormatDouble(double value, int integerDigits, int decimals, bool thousandSeparator,
-    bool fillIntegerZeros, bool fillDecimalZeros)
+QString ZWFormat::FormatDouble(
+    double value, int integerDigits, int decimals, bool thousandSeparator, bool fillIntegerZeros, bool fillDecimalZeros)
 {
     QString out;
     FormatDouble(out, value, integerDigits, decimals, thousandSeparator, fillIntegerZeros, fillDecimalZeros);
@@ -108,9 +108,8 @@ void ZWFormat::ParseDate(QString& out, const QString& format, const ZWDateTime& 
             return second;
         }
     };
-    const auto isField = [](char16_t c) {
-        return c == u'y' || c == u'M' || c == u'd' || c == u'h' || c == u'm' || c == u's';
-    };
+    const auto isField
+        = [](char16_t c) { return c == u'y' || c == u'M' || c == u'd' || c == u'h' || c == u'm' || c == u's'; };
 
     char16_t pending = 0;
     int run = 0;

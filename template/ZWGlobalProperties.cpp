@@ -17,24 +17,17 @@ quint32 ButtonFace()
 
 } // namespace
 
-ZWGlobalProperties::ZWGlobalProperties()
-    : background(std::make_unique<ZWCardImage>())
-    , outColor(ButtonFace())
+ZWGlobalProperties::ZWGlobalProperties() : background(std::make_unique<ZWCardImage>()), outColor(ButtonFace())
 {
     background->backcolor = ZWRGB(255, 255, 255);
     FitBackground();
 }
 
 ZWGlobalProperties::ZWGlobalProperties(const ZWGlobalProperties& other)
-    : width(other.width)
-    , height(other.height)
-    , rounded(other.rounded)
-    , background(std::make_unique<ZWCardImage>(*other.background))
-    , outColor(other.outColor)
-    , xgrid(other.xgrid)
-    , ygrid(other.ygrid)
-{
-}
+    : width(other.width), height(other.height), rounded(other.rounded),
+      background(std::make_unique<ZWCardImage>(*other.background)), outColor(other.outColor), xgrid(other.xgrid),
+      ygrid(other.ygrid)
+{}
 
 ZWGlobalProperties& ZWGlobalProperties::operator=(const ZWGlobalProperties& other)
 {

@@ -38,9 +38,10 @@ void ZWPageRenderer::DrawBackground(
     if (outColor != ZW_NO_COLOR)
         dc.fillRect(clip, ZWColorRefToQColor(outColor));
     // The page's edges truncated to whole pixels.
-    const auto edge = [](double v) { return int(std::clamp(v, -double(ZWRect::MaxExtent), double(ZWRect::MaxExtent))); };
-    const ZWRect page{edge(draw.left), edge(draw.top), edge(draw.left + draw.pageWidthPx),
-        edge(draw.top + draw.pageHeightPx)};
+    const auto edge
+        = [](double v) { return int(std::clamp(v, -double(ZWRect::MaxExtent), double(ZWRect::MaxExtent))); };
+    const ZWRect page{
+        edge(draw.left), edge(draw.top), edge(draw.left + draw.pageWidthPx), edge(draw.top + draw.pageHeightPx)};
     dc.fillRect(page.ToQRect(), Qt::white);
     dc.restore();
     properties.background->Draw(dc, draw);

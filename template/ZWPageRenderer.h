@@ -22,12 +22,12 @@ public:
         const QRect& target, int scrollX = 0, int scrollY = 0);
     // The out colour over `clip` (unless it is ZW_NO_COLOR), the page white,
     // then the page's background card.
-    static void DrawBackground(QPainter& dc, const tagDraw& draw, const ZWGlobalProperties& properties,
-        quint32 outColor, const QRect& clip);
+    static void DrawBackground(
+        QPainter& dc, const tagDraw& draw, const ZWGlobalProperties& properties, quint32 outColor, const QRect& clip);
     // Every card of layer 0 in list order, then every card of layer 1, and so
     // on up to `layers` − 1.
-    static void DrawCards(QPainter& dc, const tagDraw& draw, const std::vector<std::unique_ptr<ZWCardControl>>& cards,
-        int layers = 2);
+    static void DrawCards(
+        QPainter& dc, const tagDraw& draw, const std::vector<std::unique_ptr<ZWCardControl>>& cards, int layers = 2);
     // The page at real size as a picture of `dpi` dots per inch (the page's
     // size in pixels: PageSize). A null image when the page would be larger
     // than MaxPixels or the resolution is out of 1..2400.

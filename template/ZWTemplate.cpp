@@ -7,15 +7,10 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-ZWTemplate::ZWTemplate()
-    : id(guidtow(NewGUID()))
-{
-}
+ZWTemplate::ZWTemplate() : id(guidtow(NewGUID()))
+{}
 
-ZWTemplate::ZWTemplate(const ZWTemplate& other)
-    : id(other.id)
-    , name(other.name)
-    , pages(other.pages)
+ZWTemplate::ZWTemplate(const ZWTemplate& other) : id(other.id), name(other.name), pages(other.pages)
 {
     // The document is shared by reference when copied: copy its content.
     if (other.HasFormules())

@@ -1,7 +1,6 @@
 #include "template/ZWTemplatePage.h"
 
-ZWTemplatePage::ZWTemplatePage(const ZWTemplatePage& other)
-    : properties(other.properties)
+ZWTemplatePage::ZWTemplatePage(const ZWTemplatePage& other) : properties(other.properties)
 {
     cards.reserve(other.cards.size());
     for (const auto& card : other.cards)

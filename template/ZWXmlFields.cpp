@@ -26,8 +26,7 @@ std::string NumberText(const QString& text)
 }
 
 // An optional sign, then what from_chars reads.
-template <typename Parse>
-bool WithSign(const std::string& s, Parse parse)
+template <typename Parse> bool WithSign(const std::string& s, Parse parse)
 {
     size_t start = 0;
     bool negative = false;

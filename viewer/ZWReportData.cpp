@@ -5,10 +5,10 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWProgress.h"
+#include "host/core/ZWSettingsKeys.h"
 #include "host/core/ZWSimpleXml.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWFormat.h"
-#include "host/core/ZWSettingsKeys.h"
 
 #include <QFileInfo>
 
@@ -161,8 +161,7 @@ bool ZWReportData::GetDatabaseValues(QByteArray& out, ZWProgress* progress)
             const QString kind = card.Name();
             const QString id = card.Value(QStringLiteral("/id"));
             if (kind == QLatin1String("date") || kind == QLatin1String("formule")) {
-                const QString value =
-                    kind == QLatin1String("date") ? GetDateValue(card) : GetFormuleValue(card);
+                const QString value = kind == QLatin1String("date") ? GetDateValue(card) : GetFormuleValue(card);
                 if (!value.isEmpty()) {
                     xml.Open(kind);
                     xml.Add(QStringLiteral("id"), id);
@@ -244,8 +243,8 @@ QString ZWReportData::GetDateValue(const XmlDocument::XmlNode& card)
 
 bool ZWReportData::GetConditionedControl(const XmlDocument::XmlNode& card, ZWSimpleXml& xml)
 {
-    static const QString kinds[] = {
-        QStringLiteral("label"), QStringLiteral("image"), QStringLiteral("date"), QStringLiteral("formule")};
+    static const QString kinds[]
+        = {QStringLiteral("label"), QStringLiteral("image"), QStringLiteral("date"), QStringLiteral("formule")};
     for (const XmlDocument::XmlNode& control : card.Nodes(QStringLiteral("control"))) {
         const XmlDocument::XmlNode condition = control.Node(QStringLiteral("/condition"));
         if (condition.IsNull())

@@ -11,8 +11,8 @@
 #include "template/ZWPageRenderer.h"
 #include "viewer/ZWViewZoom.h"
 
-#include <QPainter>
 #include <QPaintDevice>
+#include <QPainter>
 #include <cmath>
 
 namespace {
@@ -56,8 +56,7 @@ void TurnContent(ZWCardControl& card, bool right)
 } // namespace
 
 ZWViewPage::ZWViewPage() : m_factor(ZW_NO_VALUE)
-{
-}
+{}
 
 ZWViewPage::~ZWViewPage() = default;
 
@@ -168,10 +167,9 @@ bool ZWViewPage::SetMode(int mode, const QSize& clientSize, const QPointF& pixel
     double factor = 1.0;
     switch (mode) {
     case 0: {
-        const double fit = m_hasTemplate && clientSize.isValid()
-            ? ZWViewZoom::FitFactor(clientSize.width(), clientSize.height(), pixelsPerMm.x(), pixelsPerMm.y(),
-                  GetWidth(), GetHeight())
-            : ZW_NO_VALUE;
+        const double fit = m_hasTemplate && clientSize.isValid() ? ZWViewZoom::FitFactor(clientSize.width(),
+                               clientSize.height(), pixelsPerMm.x(), pixelsPerMm.y(), GetWidth(), GetHeight())
+                                                                 : ZW_NO_VALUE;
         factor = IsNoValue(fit) ? ZW_NO_VALUE : -fit;
         break;
     }
@@ -200,13 +198,13 @@ bool ZWViewPage::SetMode(double factor)
 
 QSizeF ZWViewPage::GetMinimumControlDimensions(const QPaintDevice* device) const
 {
-    const tagDraw draw = ZWPageRenderer::MakeDraw(device, m_page.properties, IsNoValue(m_factor) ? 1.0 : m_factor,
-        QRect(0, 0, 1, 1));
+    const tagDraw draw
+        = ZWPageRenderer::MakeDraw(device, m_page.properties, IsNoValue(m_factor) ? 1.0 : m_factor, QRect(0, 0, 1, 1));
     return QSizeF(draw.pageWidthPx, draw.pageHeightPx);
 }
 
-void ZWViewPage::Draw(QPainter& dc, const QRect& target, bool logicalResolution, bool noBackground,
-    const QRect& clip, int scrollX, int scrollY)
+void ZWViewPage::Draw(QPainter& dc, const QRect& target, bool logicalResolution, bool noBackground, const QRect& clip,
+    int scrollX, int scrollY)
 {
     if (!m_hasTemplate)
         return;

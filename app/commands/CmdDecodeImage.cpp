@@ -18,7 +18,7 @@ int Run(const QStringList&)
 }
 
 const ZWCommandRegistration registration({QStringLiteral("decode-image"),
-    QStringLiteral("decode a picture from standard input (used by the program itself)"), ZWCommand::Needs::Core,
-    Run, true});
+    QStringLiteral("decode a picture from standard input (used by the program itself)"), ZWCommand::Needs::Core, Run,
+    true});
 
 } // namespace

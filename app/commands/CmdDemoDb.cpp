@@ -4,10 +4,10 @@
 #include "app/commands/ZWTerminalProgress.h"
 #include "app/demo/ZWDemoData.h"
 #include "host/core/ZWLoadString.h"
-#include "host/store/ZWLoggerWriter.h"
 #include "host/core/ZWMarentaSetup.h"
-#include "host/store/ZWSqlLoggerConnection.h"
 #include "host/store/ZWLoggerDatabase.h"
+#include "host/store/ZWLoggerWriter.h"
+#include "host/store/ZWSqlLoggerConnection.h"
 #include "host/store/ZWSqlLoggerStore.h"
 
 #include <QDateTime>

@@ -157,7 +157,7 @@ int Run(const QStringList& args)
     return status;
 }
 
-const ZWCommandRegistration registration(ZWCommand{QStringLiteral("eval"),
-    QStringLiteral("check and evaluate a formula"), ZWCommand::Needs::Core, Run});
+const ZWCommandRegistration registration(
+    ZWCommand{QStringLiteral("eval"), QStringLiteral("check and evaluate a formula"), ZWCommand::Needs::Core, Run});
 
 } // namespace

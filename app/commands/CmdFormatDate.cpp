@@ -29,7 +29,7 @@ int Run(const QStringList& args)
     return ExitOk;
 }
 
-const ZWCommandRegistration registration({QStringLiteral("format-date"),
-    QStringLiteral("format a date as a date card does"), ZWCommand::Needs::Core, Run});
+const ZWCommandRegistration registration(
+    {QStringLiteral("format-date"), QStringLiteral("format a date as a date card does"), ZWCommand::Needs::Core, Run});
 
 } // namespace

@@ -41,10 +41,9 @@ int Run(const QStringList& args)
 
     int integerDigits = -1, decimals = 3;
     bool fillIntegerZeros = false, fillDecimalZeros = false;
-    ZWCardFormule::ParseFormat(
-        cl.Parser().value(format), integerDigits, decimals, fillIntegerZeros, fillDecimalZeros);
-    Out() << ZWFormat::FormatDouble(value, integerDigits, decimals, cl.Parser().isSet(thousands), fillIntegerZeros,
-                 fillDecimalZeros)
+    ZWCardFormule::ParseFormat(cl.Parser().value(format), integerDigits, decimals, fillIntegerZeros, fillDecimalZeros);
+    Out() << ZWFormat::FormatDouble(
+        value, integerDigits, decimals, cl.Parser().isSet(thousands), fillIntegerZeros, fillDecimalZeros)
           << "\n";
     return ExitOk;
 }

@@ -3,9 +3,9 @@
 #include "app/commands/ZWCommandLine.h"
 #include "app/commands/ZWTerminalProgress.h"
 #include "host/core/ZWLoadString.h"
-#include "host/store/ZWLoggerImport.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/store/ZWLoggerDatabase.h"
+#include "host/store/ZWLoggerImport.h"
 #include "host/store/ZWSqlLoggerStore.h"
 
 namespace {

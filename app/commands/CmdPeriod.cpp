@@ -39,7 +39,7 @@ int Run(const QStringList& args)
     return ExitOk;
 }
 
-const ZWCommandRegistration registration({QStringLiteral("period"),
-    QStringLiteral("the report period of a unit and a date"), ZWCommand::Needs::Core, Run});
+const ZWCommandRegistration registration(
+    {QStringLiteral("period"), QStringLiteral("the report period of a unit and a date"), ZWCommand::Needs::Core, Run});
 
 } // namespace

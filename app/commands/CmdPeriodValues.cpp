@@ -18,7 +18,8 @@ int RunPeriodValues(const QStringList& args)
         QStringLiteral("[NAME...]"));
     QCommandLineParser& p = cl.Parser();
     p.addOption({QStringLiteral("from"), QStringLiteral("Start, local time (ISO 8601)."), QStringLiteral("TIME")});
-    p.addOption({QStringLiteral("to"), QStringLiteral("End (excluded), local time (ISO 8601)."), QStringLiteral("TIME")});
+    p.addOption(
+        {QStringLiteral("to"), QStringLiteral("End (excluded), local time (ISO 8601)."), QStringLiteral("TIME")});
     p.addOption({QStringLiteral("all"), QStringLiteral("Every variable of the database.")});
     p.addOption({QStringLiteral("raw"), QStringLiteral("Read raw samples only, not the rollups.")});
     const int parsed = cl.Parse(args);

@@ -34,13 +34,13 @@ QPageLayout LayoutOf(const ZWViewPage& page)
     const double w = page.GetWidth();
     const double h = page.GetHeight();
     // Page sizes are given upright; the orientation turns them.
-    const QPageSize size(QSizeF(std::min(w, h), std::max(w, h)), QPageSize::Millimeter, QString(),
-        QPageSize::ExactMatch);
+    const QPageSize size(
+        QSizeF(std::min(w, h), std::max(w, h)), QPageSize::Millimeter, QString(), QPageSize::ExactMatch);
     return QPageLayout(size, w > h ? QPageLayout::Landscape : QPageLayout::Portrait, QMarginsF(0, 0, 0, 0));
 }
 
-bool WritePdf(const QString& path, const QString& title, std::vector<std::unique_ptr<ZWViewPage>>& pages,
-    QString& error)
+bool WritePdf(
+    const QString& path, const QString& title, std::vector<std::unique_ptr<ZWViewPage>>& pages, QString& error)
 {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
@@ -119,7 +119,8 @@ int Run(const QStringList& args)
     ZWReportJob::AddOptions(p);
     p.addOption({{QStringLiteral("o"), QStringLiteral("output")}, QStringLiteral("The PDF to write."),
         QStringLiteral("OUT.pdf")});
-    p.addOption({QStringLiteral("png"), QStringLiteral("Also write one PNG per page into DIR."), QStringLiteral("DIR")});
+    p.addOption(
+        {QStringLiteral("png"), QStringLiteral("Also write one PNG per page into DIR."), QStringLiteral("DIR")});
     p.addOption({QStringLiteral("dpi"), QStringLiteral("Resolution of the PNG pages (default 150)."),
         QStringLiteral("N"), QStringLiteral("150")});
     if (const int status = cl.Parse(args); status >= 0)

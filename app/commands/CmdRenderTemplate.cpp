@@ -14,7 +14,8 @@ int Run(const QStringList& args)
         QStringLiteral("Draws every page of a report, without data (formula cards show their formula),\n"
                        "at real size to PNG files DIR/NAME-1.png, DIR/NAME-2.png..."),
         QStringLiteral("IN.XRPT"));
-    const QCommandLineOption png(QStringLiteral("png"), QStringLiteral("folder of the pictures"), QStringLiteral("DIR"));
+    const QCommandLineOption png(
+        QStringLiteral("png"), QStringLiteral("folder of the pictures"), QStringLiteral("DIR"));
     const QCommandLineOption dpi(
         QStringLiteral("dpi"), QStringLiteral("resolution (default 150)"), QStringLiteral("N"), QStringLiteral("150"));
     cl.Parser().addOption(png);
@@ -51,8 +52,7 @@ int Run(const QStringList& args)
         const QString path = QDir(folder).filePath(QStringLiteral("%1-%2.png").arg(base).arg(number));
         const QImage image = ZWPageRenderer::RenderPage(page, resolution);
         if (image.isNull()) {
-            Err() << "zwinformes render-template: page " << number << " is too large at " << resolution
-                  << " dpi\n";
+            Err() << "zwinformes render-template: page " << number << " is too large at " << resolution << " dpi\n";
             status = ExitFailed;
             continue;
         }

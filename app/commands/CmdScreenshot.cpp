@@ -1,9 +1,9 @@
 #include "app/commands/ZWCommand.h"
 #include "app/commands/ZWCommandLine.h"
 #include "app/commands/ZWViewerLaunch.h"
+#include "viewer/ZWViewZoom.h"
 #include "viewer/widgets/CDlgViewer.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
-#include "viewer/ZWViewZoom.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -25,8 +25,8 @@ int Run(const QStringList& args)
         QStringLiteral("The PNG file to write."), QStringLiteral("FILE"));
     const QCommandLineOption size(QStringLiteral("size"), QStringLiteral("Window size (default 1280x900)."),
         QStringLiteral("WxH"), QStringLiteral("1280x900"));
-    const QCommandLineOption zoom(QStringLiteral("zoom"), QStringLiteral("fit, or a percentage 50..1000 (default fit)."),
-        QStringLiteral("Z"), QStringLiteral("fit"));
+    const QCommandLineOption zoom(QStringLiteral("zoom"),
+        QStringLiteral("fit, or a percentage 50..1000 (default fit)."), QStringLiteral("Z"), QStringLiteral("fit"));
     const QCommandLineOption page(QStringLiteral("page"), QStringLiteral("The page to show (default 1)."),
         QStringLiteral("N"), QStringLiteral("1"));
     for (const QCommandLineOption& option : {out, size, zoom, page})
@@ -38,8 +38,8 @@ int Run(const QStringList& args)
         return cl.UsageError(QStringLiteral("expected one REPORT"));
     if (!cl.Parser().isSet(out))
         return cl.UsageError(QStringLiteral("-o FILE is required"));
-    const QRegularExpressionMatch wxh =
-        QRegularExpression(QStringLiteral("^(\\d{2,4})x(\\d{2,4})$")).match(cl.Parser().value(size));
+    const QRegularExpressionMatch wxh
+        = QRegularExpression(QStringLiteral("^(\\d{2,4})x(\\d{2,4})$")).match(cl.Parser().value(size));
     if (!wxh.hasMatch())
         return cl.UsageError(QStringLiteral("--size must be WIDTHxHEIGHT, such as 1280x900"));
     int zoomIndex = 0;

@@ -8,11 +8,11 @@ namespace {
 
 QString KindName(int type)
 {
-    static const char* const names[] = {"end", "constant", "variable", "addition", "subtraction",
-        "multiplication", "division", "power", "unary minus", "left parenthesis", "right parenthesis", "sqrt", "log",
-        "exp", "sin", "cos", "tan", "asin", "acos", "atan", "log10", "device variable", "less than", "greater than",
-        "less or equal", "greater or equal", "equal", "not equal", "logical and", "logical or", "logical not",
-        "atan2", "separator", "doubled sign", "doubled sign", "doubled sign", "doubled sign"};
+    static const char* const names[] = {"end", "constant", "variable", "addition", "subtraction", "multiplication",
+        "division", "power", "unary minus", "left parenthesis", "right parenthesis", "sqrt", "log", "exp", "sin", "cos",
+        "tan", "asin", "acos", "atan", "log10", "device variable", "less than", "greater than", "less or equal",
+        "greater or equal", "equal", "not equal", "logical and", "logical or", "logical not", "atan2", "separator",
+        "doubled sign", "doubled sign", "doubled sign", "doubled sign"};
     if (type == ZWToken::Error)
         return QStringLiteral("error");
     if (type < 0 || type >= int(std::size(names)))

@@ -29,7 +29,7 @@ int Run(const QStringList& args)
     return QApplication::exec();
 }
 
-const ZWCommandRegistration registration({QStringLiteral("view"),
-    QStringLiteral("open the viewer on a report"), ZWCommand::Needs::Widgets, Run});
+const ZWCommandRegistration registration(
+    {QStringLiteral("view"), QStringLiteral("open the viewer on a report"), ZWCommand::Needs::Widgets, Run});
 
 } // namespace

@@ -10,8 +10,8 @@ namespace {
 // used by the demonstration): `zwinformes write-examples examples/reports`.
 int Run(const QStringList& args)
 {
-    ZWCommandLine cl(QStringLiteral("write-examples"), QStringLiteral("Writes the sample reports into DIR."),
-        QStringLiteral("DIR"));
+    ZWCommandLine cl(
+        QStringLiteral("write-examples"), QStringLiteral("Writes the sample reports into DIR."), QStringLiteral("DIR"));
     if (const int status = cl.Parse(args); status >= 0)
         return status;
     const QStringList positional = cl.Parser().positionalArguments();
@@ -38,7 +38,7 @@ int Run(const QStringList& args)
     return ExitOk;
 }
 
-const ZWCommandRegistration registration({QStringLiteral("write-examples"),
-    QStringLiteral("write the sample reports"), ZWCommand::Needs::Gui, Run, true});
+const ZWCommandRegistration registration(
+    {QStringLiteral("write-examples"), QStringLiteral("write the sample reports"), ZWCommand::Needs::Gui, Run, true});
 
 } // namespace

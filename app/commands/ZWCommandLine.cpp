@@ -23,8 +23,8 @@ int ZWCommandLine::Parse(const QStringList& args)
     QStringList full;
     QStringList dashed;
     if (m_dashPositionals) {
-        static const QStringList help = {QStringLiteral("h"), QStringLiteral("?"), QStringLiteral("help"),
-            QStringLiteral("help-all")};
+        static const QStringList help
+            = {QStringLiteral("h"), QStringLiteral("?"), QStringLiteral("help"), QStringLiteral("help-all")};
         bool afterSeparator = false;
         for (qsizetype i = 0; i < args.size(); ++i) {
             const QString& arg = args[i];

@@ -3,11 +3,11 @@
 #include "app/commands/ZWCommand.h"
 #include "app/commands/ZWCommandLine.h"
 #include "app/commands/ZWTerminalProgress.h"
-#include "host/drivers/ZWDriverSupport.h"
 #include "host/core/ZWLoadString.h"
-#include "host/store/ZWLoggerUrl.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/drivers/ZWDriverSupport.h"
 #include "host/store/ZWLoggerDatabase.h"
+#include "host/store/ZWLoggerUrl.h"
 #include "host/store/ZWSqlLoggerStore.h"
 #include "viewer/ZWUserInterval.h"
 
@@ -21,7 +21,8 @@ void ZWReportJob::AddOptions(QCommandLineParser& p)
     p.addOption({QStringLiteral("date"),
         QStringLiteral("A date in the period (default: now, the period that contains the present)."),
         QStringLiteral("DATETIME")});
-    p.addOption({QStringLiteral("now"), QStringLiteral("The present (default: the clock)."), QStringLiteral("DATETIME")});
+    p.addOption(
+        {QStringLiteral("now"), QStringLiteral("The present (default: the clock)."), QStringLiteral("DATETIME")});
     p.addOption({QStringLiteral("from"), QStringLiteral("Start of a user interval."), QStringLiteral("DATETIME")});
     p.addOption({QStringLiteral("to"), QStringLiteral("End of a user interval."), QStringLiteral("DATETIME")});
 }

@@ -4,8 +4,7 @@
 #include <unistd.h>
 
 ZWTerminalProgress::ZWTerminalProgress(bool enabled) : m_enabled(enabled)
-{
-}
+{}
 
 ZWTerminalProgress::~ZWTerminalProgress()
 {

@@ -4,10 +4,10 @@
 #include "app/commands/ZWCommandLine.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
-#include "viewer/widgets/CDlgViewer.h"
-#include "viewer/ZWUserInterval.h"
 #include "host/store/ZWLoggerDatabase.h"
 #include "viewer/ZWReportFiles.h"
+#include "viewer/ZWUserInterval.h"
+#include "viewer/widgets/CDlgViewer.h"
 
 #include <QFileInfo>
 

@@ -2,8 +2,8 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWLocalTime.h"
-#include "host/store/ZWLoggerWriter.h"
 #include "host/core/ZWProgress.h"
+#include "host/store/ZWLoggerWriter.h"
 
 #include <QDateTime>
 #include <QTimeZone>
@@ -24,14 +24,14 @@ double Round(double x, double step)
 // that they agree with each other.
 struct Moment
 {
-    double localHour;    // 0..24
-    int weekday;         // 1 Monday .. 7 Sunday
-    double dayOfYear;    // 0..365
+    double localHour; // 0..24
+    int weekday;      // 1 Monday .. 7 Sunday
+    double dayOfYear; // 0..365
     bool workday;
-    double outdoor;      // degrees C
-    double sun;          // 0..1, clear-sky irradiance share
-    double cloud;        // 0.25..1, the day's weather
-    bool heating;        // boiler running
+    double outdoor; // degrees C
+    double sun;     // 0..1, clear-sky irradiance share
+    double cloud;   // 0.25..1, the day's weather
+    bool heating;   // boiler running
 };
 
 class Site
@@ -74,7 +74,8 @@ public:
         const double sunrise = 13.0 - dayLength / 2.0;
         const double x = (m.localHour - sunrise) / dayLength;
         m.sun = x > 0.0 && x < 1.0 ? std::sin(Pi * x) * (0.75 + 0.25 * season) : 0.0;
-        const bool occupied = m.workday ? m.localHour >= 6.0 && m.localHour < 20.0 : m.localHour >= 8.0 && m.localHour < 13.0;
+        const bool occupied
+            = m.workday ? m.localHour >= 6.0 && m.localHour < 20.0 : m.localHour >= 8.0 && m.localHour < 13.0;
         m.heating = occupied && m.outdoor < 16.0;
         return m;
     }
@@ -129,7 +130,8 @@ bool ZWDemoData::Generate(ZWSqlLoggerStore& store, const Options& options, ZWPro
     const qint64 step = std::max(1, options.stepSeconds);
     const qint64 endUtc = options.endUtc > 0 ? options.endUtc : QDateTime::currentSecsSinceEpoch();
     m_last = ZWDateTime::FloorDiv(endUtc, step) * step;
-    const QDateTime startTime = QDateTime::fromSecsSinceEpoch(m_last, QTimeZone::utc()).addMonths(-std::max(1, options.months));
+    const QDateTime startTime
+        = QDateTime::fromSecsSinceEpoch(m_last, QTimeZone::utc()).addMonths(-std::max(1, options.months));
     m_first = ZWDateTime::FloorDiv(startTime.toSecsSinceEpoch(), step) * step;
     m_samples = 0;
     const qint64 count = (m_last - m_first) / step + 1;
@@ -152,7 +154,8 @@ bool ZWDemoData::Generate(ZWSqlLoggerStore& store, const Options& options, ZWPro
         specs.push_back({QStringLiteral("Circuit %1.%2")
                              .arg(k, 3, 10, QLatin1Char('0'))
                              .arg(counter ? QStringLiteral("Active energy") : QStringLiteral("Active power")),
-            counter ? QStringLiteral("kWh") : QStringLiteral("kW"), counter, -1, 0.05 + 0.9 * ((k * 37) % 100) / 100.0});
+            counter ? QStringLiteral("kWh") : QStringLiteral("kW"), counter, -1,
+            0.05 + 0.9 * ((k * 37) % 100) / 100.0});
     }
 
     if (progress) {
@@ -168,8 +171,9 @@ bool ZWDemoData::Generate(ZWSqlLoggerStore& store, const Options& options, ZWPro
         qint64 id = 0;
         bool created = false;
         if (!writer.Begin(error)
-            || !writer.EnsureVariable(spec.name, spec.counter ? ZWSqlLoggerStore::Kind::Counter : ZWSqlLoggerStore::Kind::Gauge,
-                spec.unit, true, id, created, error))
+            || !writer.EnsureVariable(spec.name,
+                spec.counter ? ZWSqlLoggerStore::Kind::Counter : ZWSqlLoggerStore::Kind::Gauge, spec.unit, true, id,
+                created, error))
             return false;
         std::mt19937 rng(options.seed + quint32(v) * 7919u);
         std::normal_distribution<double> noise(0.0, 1.0);
@@ -179,13 +183,17 @@ bool ZWDemoData::Generate(ZWSqlLoggerStore& store, const Options& options, ZWPro
         qint64 resetAt = -1;
         if (spec.counter && (spec.kind == 0 || spec.kind == 4 || (spec.kind < 0 && v % 8 == 0)))
             resetAt = m_first + step * qint64(double(count) * (spec.kind == 4 ? 0.7 : 0.4 + 0.2 * uniform(rng)));
-        double reading = spec.kind == 0 ? 48213.0 : spec.kind == 2 ? 10342.0 : spec.kind == 3 ? 7421.5 : spec.kind == 4 ? 1523.2 : 1000.0 * uniform(rng);
+        double reading = spec.kind == 0 ? 48213.0
+            : spec.kind == 2            ? 10342.0
+            : spec.kind == 3            ? 7421.5
+            : spec.kind == 4            ? 1523.2
+                                        : 1000.0 * uniform(rng);
         double boiler = 30.0;
         for (qint64 t = m_first; t <= m_last; t += step) {
             const Moment m = site.At(t);
             double value = 0.0;
             switch (spec.kind) {
-            case 0: // Main meter.Active energy
+            case 0:   // Main meter.Active energy
             case 1: { // Main meter.Active power
                 const double power = std::max(0.2, OfficeLoad(m) + 0.4 * noise(rng));
                 if (spec.kind == 1) {
@@ -205,7 +213,7 @@ bool ZWDemoData::Generate(ZWSqlLoggerStore& store, const Options& options, ZWPro
                     reading += std::max(0.0, 18.0 - m.outdoor) * 0.45 * (0.8 + 0.4 * uniform(rng)) * hours;
                 value = Round(reading, 0.001);
                 break;
-            case 4: { // Water meter.Volume
+            case 4: {                // Water meter.Volume
                 double flow = 0.004; // m3/h, a small leak
                 if (m.workday && m.localHour >= 7.0 && m.localHour < 19.0)
                     flow += 0.25 * uniform(rng) + (uniform(rng) < 0.05 ? 1.5 : 0.0);

@@ -53,8 +53,7 @@ QByteArray BackgroundPng(int widthMm, int heightMm)
 }
 
 // Appends a default card of kind Card at (x, y), w × h mm, to the page.
-template <typename Card>
-Card* Add(ZWTemplatePage& page, double x, double y, double w, double h)
+template <typename Card> Card* Add(ZWTemplatePage& page, double x, double y, double w, double h)
 {
     auto card = std::make_unique<Card>();
     card->x = x;
@@ -235,8 +234,8 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
         QStringLiteral("m3"));
     AddRow(first, row++, table, QStringLiteral("Gas energy"), QStringLiteral("GasEnergy"), QStringLiteral(".1"),
         QStringLiteral("kWh"));
-    AddRow(first, row++, table, QStringLiteral("Water"), QStringLiteral("[Water meter.Volume]"),
-        QStringLiteral(".02"), QStringLiteral("m3"));
+    AddRow(first, row++, table, QStringLiteral("Water"), QStringLiteral("[Water meter.Volume]"), QStringLiteral(".02"),
+        QStringLiteral("m3"));
     AddRow(first, row++, table, QStringLiteral("Solar production"), QStringLiteral("[PV inverter.Energy]"),
         QStringLiteral(".1"), QStringLiteral("kWh"));
     AddRow(first, row++, table, QStringLiteral("Total energy"), QStringLiteral("TotalEnergy"), QStringLiteral(".0"),
@@ -245,8 +244,8 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     AddLabel(first, 20.0, 130.0, 170.0, 9.0, QStringLiteral("Cost"), 14.0, Bold, DarkBlue);
     row = 0;
     const double costs = 141.0;
-    AddRow(first, row++, costs, QStringLiteral("Electricity"), QStringLiteral("ElectricityCost"),
-        QStringLiteral(".02"), QStringLiteral("EUR"));
+    AddRow(first, row++, costs, QStringLiteral("Electricity"), QStringLiteral("ElectricityCost"), QStringLiteral(".02"),
+        QStringLiteral("EUR"));
     AddRow(first, row++, costs, QStringLiteral("Gas"), QStringLiteral("GasCost"), QStringLiteral(".02"),
         QStringLiteral("EUR"));
     AddRow(first, row++, costs, QStringLiteral("Total"), QStringLiteral("TotalCost"), QStringLiteral(".02"),
@@ -259,8 +258,8 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     budget->color = ZWRGB(96, 192, 96);
     budget->AddCondition(QStringLiteral("[Main meter.Active energy] <= ElectricityBudget"),
         Verdict(QStringLiteral("Within budget"), Green));
-    budget->AddCondition(QStringLiteral("[Main meter.Active energy] > ElectricityBudget"),
-        Verdict(QStringLiteral("Over budget"), Red));
+    budget->AddCondition(
+        QStringLiteral("[Main meter.Active energy] > ElectricityBudget"), Verdict(QStringLiteral("Over budget"), Red));
     budget->level = 0;
     budget->ActualizeLevel();
 
@@ -289,8 +288,8 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     row = 0;
     AddRow(second, row++, 91.0, QStringLiteral("Boiler room"), QStringLiteral("[Boiler room.Temperature]"),
         QStringLiteral(".1"), QStringLiteral("°C"));
-    AddRow(second, row++, 91.0, QStringLiteral("Office"), QStringLiteral("[Office.Temperature]"),
-        QStringLiteral(".1"), QStringLiteral("°C"));
+    AddRow(second, row++, 91.0, QStringLiteral("Office"), QStringLiteral("[Office.Temperature]"), QStringLiteral(".1"),
+        QStringLiteral("°C"));
 
     AddLabel(second, 20.0, 115.0, 90.0, 10.0, QStringLiteral("Office comfort:"), 11.0, Bold);
     ZWCardConditioned* comfort = Add<ZWCardConditioned>(second, 112.0, 115.0, 78.0, 10.0);
@@ -303,8 +302,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     comfort->ActualizeLevel();
 
     auto note = AddLabel(second, 20.0, 135.0, 170.0, 8.0,
-        QStringLiteral("Gauges show the mean of the period; counters show their increase over it."), 9.0, Italic,
-        Grey);
+        QStringLiteral("Gauges show the mean of the period; counters show their increase over it."), 9.0, Italic, Grey);
     note->horizontalAlign = ZWCardLabel::AlignLeft;
     AddLabel(second, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 2 of 2"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
     return report;

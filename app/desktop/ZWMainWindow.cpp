@@ -1,11 +1,11 @@
 #include "app/desktop/ZWMainWindow.h"
 
+#include "app/desktop/CDlgLoggerDatabase.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
-#include "app/desktop/CDlgLoggerDatabase.h"
-#include "viewer/widgets/CDlgViewer.h"
 #include "host/store/ZWLoggerDatabase.h"
 #include "viewer/ZWReportFiles.h"
+#include "viewer/widgets/CDlgViewer.h"
 #include "viewer/widgets/ZWViewerIcons.h"
 
 #include <QAction>

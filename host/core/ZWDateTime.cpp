@@ -147,8 +147,8 @@ bool String2DateTime(ZWDateTime& out, const QString& text)
         return false;
     // Parsed by fields, not through QDateTime, so that a wall-clock time that
     // the system zone skips (a daylight-saving gap) still reads as written.
-    static const QRegularExpression iso(QStringLiteral(
-        "^(\\d{4})-(\\d{2})-(\\d{2})(?:[T ](\\d{2}):(\\d{2})(?::(\\d{2}))?)?$"));
+    static const QRegularExpression iso(
+        QStringLiteral("^(\\d{4})-(\\d{2})-(\\d{2})(?:[T ](\\d{2}):(\\d{2})(?::(\\d{2}))?)?$"));
     const QRegularExpressionMatch m = iso.match(t);
     if (m.hasMatch()) {
         const auto part = [&m](int i) { return m.captured(i).isEmpty() ? 0 : m.captured(i).toInt(); };

@@ -9,8 +9,7 @@ public:
     constexpr ZWDateTimeSpan() = default;
     constexpr ZWDateTimeSpan(qint64 days, int hours, int minutes, int seconds)
         : m_seconds(days * 86400 + qint64(hours) * 3600 + qint64(minutes) * 60 + seconds)
-    {
-    }
+    {}
     static constexpr ZWDateTimeSpan FromSeconds(qint64 seconds)
     {
         ZWDateTimeSpan span;

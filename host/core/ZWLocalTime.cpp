@@ -6,8 +6,7 @@ qint64 ZWLocalTime::OffsetAt(qint64 utcSeconds)
 {
     const time_t t = time_t(utcSeconds);
     struct tm local
-    {
-    };
+    {};
     if (!localtime_r(&t, &local))
         return 0;
     return qint64(local.tm_gmtoff);

@@ -50,8 +50,7 @@ bool ZWSetLocaleOverride(const QString& name)
     if (!name.isEmpty()) {
         locale = QLocale(name);
         // QLocale falls back to "C" for names it does not know.
-        if (locale.name() == QLatin1String("C") && name != QLatin1String("C")
-            && name != QLatin1String("POSIX"))
+        if (locale.name() == QLatin1String("C") && name != QLatin1String("C") && name != QLatin1String("POSIX"))
             return false;
     }
     QWriteLocker write(&g_lock);

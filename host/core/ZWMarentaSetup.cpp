@@ -80,8 +80,8 @@ std::unique_ptr<QSettings> ZWMarentaSetup::OpenSettings() const
 {
     const QString file = SettingsFile();
     std::unique_ptr<QSettings> settings = file.isEmpty()
-        ? std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("ZWInformes"),
-              QStringLiteral("zwinformes"))
+        ? std::make_unique<QSettings>(
+            QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("ZWInformes"), QStringLiteral("zwinformes"))
         : std::make_unique<QSettings>(file, QSettings::IniFormat);
     settings->beginGroup(GetSettingsKey());
     return settings;

@@ -3,8 +3,7 @@
 #include "host/core/XmlDocument.h"
 
 ZWSimpleXml::ZWSimpleXml() : m_writer(&m_buffer)
-{
-}
+{}
 
 void ZWSimpleXml::Open(const QString& name)
 {

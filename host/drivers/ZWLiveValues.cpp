@@ -1,7 +1,7 @@
 #include "host/drivers/ZWLiveValues.h"
 
-#include "host/drivers/ZWDriverSupport.h"
 #include "host/core/ZWNoValue.h"
+#include "host/drivers/ZWDriverSupport.h"
 
 void ZWLiveValues::Set(const QString& name, std::optional<double> value)
 {

@@ -4,8 +4,7 @@
 #include "host/drivers/ZWLoggerStore.h"
 
 ZWLoggerData::ZWLoggerData(std::shared_ptr<ZWLoggerStore> store) : m_store(std::move(store))
-{
-}
+{}
 
 ZWLoggerData::~ZWLoggerData() = default;
 

@@ -26,5 +26,6 @@ public:
     // data in the period gets the no-value marker. False (with `error`) when
     // the data cannot be read at all.
     virtual bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
-        std::vector<double>& values, ZWProgress* progress, QString* error) = 0;
+        std::vector<double>& values, ZWProgress* progress, QString* error)
+        = 0;
 };

@@ -27,8 +27,8 @@ constexpr bool Sanitized = false;
 
 } // namespace
 
-QImage ZWImageDecoderProcess::Decode(const QString& program, const QByteArray& bytes, int timeoutMs,
-    qint64 memoryBytes, ZWImageSupport::Status& status)
+QImage ZWImageDecoderProcess::Decode(
+    const QString& program, const QByteArray& bytes, int timeoutMs, qint64 memoryBytes, ZWImageSupport::Status& status)
 {
     using Status = ZWImageSupport::Status;
     QProcess process;
@@ -111,8 +111,8 @@ QImage ZWImageDecoderProcess::Decode(const QString& program, const QByteArray& b
     const quint32 height = qFromLittleEndian<quint32>(header + 4);
     const quint32 code = qFromLittleEndian<quint32>(header + 8);
     if (width == 0 || height == 0 || width > quint32(ZWImageSupport::MaxSide)
-        || height > quint32(ZWImageSupport::MaxSide) || qint64(width) * height > ZWImageSupport::MaxPixels
-        || code > 1 || output.size() != HeaderSize + qint64(width) * height * 4) {
+        || height > quint32(ZWImageSupport::MaxSide) || qint64(width) * height > ZWImageSupport::MaxPixels || code > 1
+        || output.size() != HeaderSize + qint64(width) * height * 4) {
         status = Status::DecoderFailed;
         return QImage();
     }

@@ -2,8 +2,8 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWLocalTime.h"
-#include "host/store/ZWLoggerWriter.h"
 #include "host/core/ZWProgress.h"
+#include "host/store/ZWLoggerWriter.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -12,8 +12,7 @@
 #include <cmath>
 
 ZWLoggerImport::ZWLoggerImport(ZWSqlLoggerStore& store) : m_store(store)
-{
-}
+{}
 
 void ZWLoggerImport::SetCounters(const QStringList& names)
 {
@@ -59,9 +58,9 @@ bool ZWLoggerImport::SplitCsvLine(const QString& line, QStringList& cells)
 
 bool ZWLoggerImport::ParseTime(const QString& text, qint64& utc)
 {
-    static const QRegularExpression iso(QStringLiteral(
-        "^(\\d{4})-(\\d{2})-(\\d{2})(?:[T ](\\d{2}):(\\d{2})(?::(\\d{2})(?:[.,]\\d+)?)?)?"
-        "\\s*(Z|[+-]\\d{2}(?::?\\d{2})?)?$"),
+    static const QRegularExpression iso(
+        QStringLiteral("^(\\d{4})-(\\d{2})-(\\d{2})(?:[T ](\\d{2}):(\\d{2})(?::(\\d{2})(?:[.,]\\d+)?)?)?"
+                       "\\s*(Z|[+-]\\d{2}(?::?\\d{2})?)?$"),
         QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch m = iso.match(text.trimmed());
     if (!m.hasMatch())
@@ -99,8 +98,8 @@ bool ZWLoggerImport::ImportFile(const QString& path, ZWProgress* progress, QStri
     return Import(file, QFileInfo(path).fileName(), file.size(), progress, error);
 }
 
-bool ZWLoggerImport::Import(QIODevice& device, const QString& sourceName, qint64 totalBytes, ZWProgress* progress,
-    QString* error)
+bool ZWLoggerImport::Import(
+    QIODevice& device, const QString& sourceName, qint64 totalBytes, ZWProgress* progress, QString* error)
 {
     m_samples = m_rows = 0;
     m_variables = m_created = 0;

@@ -81,7 +81,8 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
         const bool begun = c.IsPostgres() ? db.transaction() : c.Exec(QStringLiteral("BEGIN IMMEDIATE"), &why);
         if (!begun) {
             if (error)
-                *error = ZWLoadString(34014).arg(c.Url().Display(), why.isEmpty() ? ZWSqlLoggerConnection::ErrorText(db.lastError()) : why);
+                *error = ZWLoadString(34014).arg(
+                    c.Url().Display(), why.isEmpty() ? ZWSqlLoggerConnection::ErrorText(db.lastError()) : why);
             return false;
         }
         bool ok = HasSchemaTable(c, has, &why);

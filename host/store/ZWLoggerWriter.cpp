@@ -122,8 +122,9 @@ bool ZWLoggerWriter::EnsureVariable(const QString& name, ZWSqlLoggerStore::Kind 
         return false;
     if (!row.isEmpty()) {
         id = row[0].toLongLong();
-        const ZWSqlLoggerStore::Kind existing =
-            row[1].toString() == QLatin1String("counter") ? ZWSqlLoggerStore::Kind::Counter : ZWSqlLoggerStore::Kind::Gauge;
+        const ZWSqlLoggerStore::Kind existing = row[1].toString() == QLatin1String("counter")
+            ? ZWSqlLoggerStore::Kind::Counter
+            : ZWSqlLoggerStore::Kind::Gauge;
         m_kinds.insert(id, existing);
         if (forceKind && existing != kind) {
             if (!Run(QStringLiteral("UPDATE variables SET kind = ? WHERE id = ?"), {KindText(kind), id}, error))

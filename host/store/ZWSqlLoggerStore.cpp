@@ -1,11 +1,11 @@
 #include "host/store/ZWSqlLoggerStore.h"
 
-#include "host/drivers/ZWDriverSupport.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWLocalTime.h"
-#include "host/store/ZWLoggerSchema.h"
 #include "host/core/ZWNoValue.h"
 #include "host/core/ZWProgress.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/store/ZWLoggerSchema.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 
 #include <QDateTime>
@@ -35,8 +35,7 @@ qint64 CeilTo(qint64 t, qint64 step)
 // for a lost connection (a server restart leaves QPSQL's connection closed
 // and every later query failing): the connection is opened again, its
 // statements prepared again, and `body` runs once more.
-bool WithReconnect(ZWSqlLoggerConnection& c, const std::function<bool(QString*)>& body, QString* error,
-    int readErrorId)
+bool WithReconnect(ZWSqlLoggerConnection& c, const std::function<bool(QString*)>& body, QString* error, int readErrorId)
 {
     QString why;
     if (c.Open(&why) && body(&why))
@@ -63,8 +62,7 @@ bool WithReconnect(ZWSqlLoggerConnection& c, const std::function<bool(QString*)>
 } // namespace
 
 ZWSqlLoggerStore::ZWSqlLoggerStore(const ZWLoggerUrl& url) : m_url(url), m_id(++g_storeSerial)
-{
-}
+{}
 
 ZWSqlLoggerStore::~ZWSqlLoggerStore()
 {
@@ -291,8 +289,8 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
         error, 34012);
 }
 
-bool ZWSqlLoggerStore::PeriodValuesUtc(const QStringList& names, qint64 start, qint64 end,
-    std::vector<double>& values, QString* error, Method method)
+bool ZWSqlLoggerStore::PeriodValuesUtc(
+    const QStringList& names, qint64 start, qint64 end, std::vector<double>& values, QString* error, Method method)
 {
     values.assign(size_t(names.size()), ZW_NO_VALUE);
     struct Item
@@ -307,8 +305,7 @@ bool ZWSqlLoggerStore::PeriodValuesUtc(const QStringList& names, qint64 start, q
         if (!Resolve(names[i], item.variable, item.reduction))
             continue;
         if (item.reduction == ZWLoggerReduction::Default)
-            item.reduction =
-                item.variable.kind == Kind::Counter ? ZWLoggerReduction::Delta : ZWLoggerReduction::Avg;
+            item.reduction = item.variable.kind == Kind::Counter ? ZWLoggerReduction::Delta : ZWLoggerReduction::Avg;
         items.push_back(item);
     }
     ZWSqlLoggerConnection& c = Connection();
@@ -353,7 +350,8 @@ bool ZWSqlLoggerStore::PeriodValuesUtc(const QStringList& names, qint64 start, q
             rows << QStringLiteral("(CAST(? AS BIGINT))");
             binds << id;
         }
-        ctes << QLatin1String(name) + QStringLiteral("(id) AS (VALUES ") + rows.join(QLatin1Char(',')) + QLatin1Char(')');
+        ctes << QLatin1String(name) + QStringLiteral("(id) AS (VALUES ") + rows.join(QLatin1Char(','))
+                + QLatin1Char(')');
     };
     cte("va", va);
     cte("vs", vs);

@@ -13,8 +13,7 @@ struct GrammarCase
 };
 
 class Grammar : public testing::TestWithParam<GrammarCase>
-{
-};
+{};
 
 TEST_P(Grammar, AnalizeExpression)
 {
@@ -29,76 +28,29 @@ std::string CaseName(const testing::TestParamInfo<GrammarCase>& info)
 }
 
 INSTANTIATE_TEST_SUITE_P(Accepted, Grammar,
-    testing::Values(GrammarCase{u"1", 0},
-        GrammarCase{u"1 + 2", 0},
-        GrammarCase{u"1 < 2", 1},
-        GrammarCase{u"(1 < 2)", 1},
-        GrammarCase{u"x", 0},
-        GrammarCase{u"[a.b]", 0},
-        GrammarCase{u"-1", 0},
-        GrammarCase{u"+1", 0},
-        GrammarCase{u"!(1 < 2)", 1},
-        GrammarCase{u"- -3", 0},
-        GrammarCase{u"2+ -3", 0},
-        GrammarCase{u"1 - -1", 0},
-        GrammarCase{u"2*-3", 0},
-        GrammarCase{u"2^-3", 0},
-        GrammarCase{u"-(-(1))", 0},
-        GrammarCase{u"a && (!b)", 1},
-        GrammarCase{u"sqrt(4)", 0},
-        GrammarCase{u"SiN(0)", 0},
-        GrammarCase{u"sqrt(+4)", 0},
-        GrammarCase{u"atan2(1, 2)", 0},
-        GrammarCase{u"atan2(-1, -2)", 0},
-        GrammarCase{u"atan2(!(1<2), 1)", 0},
-        GrammarCase{u"(((1)))", 0},
-        GrammarCase{u"1 < 2 < 3", 1},
-        GrammarCase{u"1e3 * .5 + 5.", 0},
-        GrammarCase{u"  1  ", 0},
-        GrammarCase{u"[Meter 1.Power] * 0.5 + Cost", 0},
+    testing::Values(GrammarCase{u"1", 0}, GrammarCase{u"1 + 2", 0}, GrammarCase{u"1 < 2", 1},
+        GrammarCase{u"(1 < 2)", 1}, GrammarCase{u"x", 0}, GrammarCase{u"[a.b]", 0}, GrammarCase{u"-1", 0},
+        GrammarCase{u"+1", 0}, GrammarCase{u"!(1 < 2)", 1}, GrammarCase{u"- -3", 0}, GrammarCase{u"2+ -3", 0},
+        GrammarCase{u"1 - -1", 0}, GrammarCase{u"2*-3", 0}, GrammarCase{u"2^-3", 0}, GrammarCase{u"-(-(1))", 0},
+        GrammarCase{u"a && (!b)", 1}, GrammarCase{u"sqrt(4)", 0}, GrammarCase{u"SiN(0)", 0},
+        GrammarCase{u"sqrt(+4)", 0}, GrammarCase{u"atan2(1, 2)", 0}, GrammarCase{u"atan2(-1, -2)", 0},
+        GrammarCase{u"atan2(!(1<2), 1)", 0}, GrammarCase{u"(((1)))", 0}, GrammarCase{u"1 < 2 < 3", 1},
+        GrammarCase{u"1e3 * .5 + 5.", 0}, GrammarCase{u"  1  ", 0}, GrammarCase{u"[Meter 1.Power] * 0.5 + Cost", 0},
         GrammarCase{u"atan2([a.x], 2) >= 1 && !(Total == 0)", -1},
         GrammarCase{u"atan2([a.x], 2) >= 1 && (!(Total == 0))", 1}),
     CaseName);
 
 INSTANTIATE_TEST_SUITE_P(Refused, Grammar,
-    testing::Values(GrammarCase{u"", -1},
-        GrammarCase{u"   ", -1},
-        GrammarCase{u"2 3", -1},
-        GrammarCase{u"2+-3", -1},
-        GrammarCase{u"2++3", -1},
-        GrammarCase{u"--1", -1},
-        GrammarCase{u"a && !b", -1},
-        GrammarCase{u"2* - -3", -1},
-        GrammarCase{u"- - -1", -1},
-        GrammarCase{u"!!(1<2)", -1},
-        GrammarCase{u"1 + !b", -1},
-        GrammarCase{u"1 + +2", -1},
-        GrammarCase{u"sqrt 4", -1},
-        GrammarCase{u"sqrt()", -1},
-        GrammarCase{u"sqrt(4", -1},
-        GrammarCase{u"atan2(1)", -1},
-        GrammarCase{u"atan2(1, 2, 3)", -1},
-        GrammarCase{u"atan2 (1 2)", -1},
-        GrammarCase{u"(1, 2)", -1},
-        GrammarCase{u"1, 2", -1},
-        GrammarCase{u"f(1)", -1},
-        GrammarCase{u"(1", -1},
-        GrammarCase{u"1)", -1},
-        GrammarCase{u"()", -1},
-        GrammarCase{u"1 +", -1},
-        GrammarCase{u"+", -1},
-        GrammarCase{u"-", -1},
-        GrammarCase{u"!", -1},
-        GrammarCase{u"1 +* 2", -1},
-        GrammarCase{u"* 2", -1},
-        GrammarCase{u"1 = 2", -1},
-        GrammarCase{u"1 & 2", -1},
-        GrammarCase{u"[a", -1},
-        GrammarCase{u"[]", -1},
-        GrammarCase{u"2e+x", -1},
-        GrammarCase{u"1.2.3", -1},
-        GrammarCase{u"\t1", -1},
-        GrammarCase{u"1\n", -1},
+    testing::Values(GrammarCase{u"", -1}, GrammarCase{u"   ", -1}, GrammarCase{u"2 3", -1}, GrammarCase{u"2+-3", -1},
+        GrammarCase{u"2++3", -1}, GrammarCase{u"--1", -1}, GrammarCase{u"a && !b", -1}, GrammarCase{u"2* - -3", -1},
+        GrammarCase{u"- - -1", -1}, GrammarCase{u"!!(1<2)", -1}, GrammarCase{u"1 + !b", -1}, GrammarCase{u"1 + +2", -1},
+        GrammarCase{u"sqrt 4", -1}, GrammarCase{u"sqrt()", -1}, GrammarCase{u"sqrt(4", -1},
+        GrammarCase{u"atan2(1)", -1}, GrammarCase{u"atan2(1, 2, 3)", -1}, GrammarCase{u"atan2 (1 2)", -1},
+        GrammarCase{u"(1, 2)", -1}, GrammarCase{u"1, 2", -1}, GrammarCase{u"f(1)", -1}, GrammarCase{u"(1", -1},
+        GrammarCase{u"1)", -1}, GrammarCase{u"()", -1}, GrammarCase{u"1 +", -1}, GrammarCase{u"+", -1},
+        GrammarCase{u"-", -1}, GrammarCase{u"!", -1}, GrammarCase{u"1 +* 2", -1}, GrammarCase{u"* 2", -1},
+        GrammarCase{u"1 = 2", -1}, GrammarCase{u"1 & 2", -1}, GrammarCase{u"[a", -1}, GrammarCase{u"[]", -1},
+        GrammarCase{u"2e+x", -1}, GrammarCase{u"1.2.3", -1}, GrammarCase{u"\t1", -1}, GrammarCase{u"1\n", -1},
         GrammarCase{u"a_b", -1}),
     CaseName);
 
@@ -120,8 +72,8 @@ TEST(NestingLimit, BelowTheLimitEvaluatesNormally)
 {
     const int limit = ZWEvaluator::MaxNesting;
     ASSERT_GE(limit, 200);
-    for (const QString& open : {QStringLiteral("("), QStringLiteral("sqrt("), QStringLiteral("-("),
-             QStringLiteral("atan2(0, ")}) {
+    for (const QString& open :
+        {QStringLiteral("("), QStringLiteral("sqrt("), QStringLiteral("-("), QStringLiteral("atan2(0, ")}) {
         const zwtest::Evaluation e = zwtest::Evaluate(Nested(open, limit));
         EXPECT_EQ(e.analyze, 0) << open.toStdString();
         EXPECT_EQ(e.code, 0) << open.toStdString();
@@ -216,9 +168,9 @@ TEST(ZWEvaluator, EvaluatesRepeatedlyFromAFreshStack)
 
 TEST(ErrorMsg, CodesMapToTheirTextIds)
 {
-    const std::vector<std::pair<int, int>> table = {{1, 32556}, {2, 32557}, {10, 32565}, {20, 32575}, {39, 32594},
-        {40, 32595}, {61, 32616}, {62, 32740}, {63, 32741}, {64, 32742}, {0, 32617}, {-1, 32617}, {65, 32617},
-        {100, 32617}, {32556, 32617}};
+    const std::vector<std::pair<int, int>> table
+        = {{1, 32556}, {2, 32557}, {10, 32565}, {20, 32575}, {39, 32594}, {40, 32595}, {61, 32616}, {62, 32740},
+            {63, 32741}, {64, 32742}, {0, 32617}, {-1, 32617}, {65, 32617}, {100, 32617}, {32556, 32617}};
     for (const auto& [code, id] : table) {
         EXPECT_EQ(ZWEvaluator::ErrorMsgId(code), id) << code;
         QString text;

@@ -15,8 +15,7 @@ struct LoopCase
 };
 
 class CheckBucles : public testing::TestWithParam<LoopCase>
-{
-};
+{};
 
 TEST_P(CheckBucles, Result)
 {
@@ -29,27 +28,24 @@ TEST_P(CheckBucles, Result)
 }
 
 INSTANTIATE_TEST_SUITE_P(Libraries, CheckBucles,
-    testing::Values(LoopCase{"no formulas", {}, -1, 0},
-        LoopCase{"constants", {{"A", "1"}, {"B", "2"}}, -1, 0},
+    testing::Values(LoopCase{"no formulas", {}, -1, 0}, LoopCase{"constants", {{"A", "1"}, {"B", "2"}}, -1, 0},
         LoopCase{"self reference", {{"A", "A + 1"}}, -1, 1},
         LoopCase{"two-formula loop", {{"A", "B"}, {"B", "A"}}, -1, 1},
         LoopCase{"two-formula loop, other order", {{"B", "A"}, {"A", "B"}}, -1, 1},
         LoopCase{"three-formula loop", {{"A", "1+B"}, {"B", "C*2"}, {"C", "sqrt(A)"}}, -1, 1},
         LoopCase{"diamond is no loop", {{"A", "B + C"}, {"B", "D"}, {"C", "D"}, {"D", "1"}}, -1, 0},
-        LoopCase{"missing formula", {{"A", "Z + 1"}}, -1, 2},
-        LoopCase{"names are case-sensitive", {{"A", "a"}}, -1, 2},
+        LoopCase{"missing formula", {{"A", "Z + 1"}}, -1, 2}, LoopCase{"names are case-sensitive", {{"A", "a"}}, -1, 2},
         LoopCase{"invalid formula reached", {{"A", "B"}, {"B", "2 +"}}, -1, 3},
         LoopCase{"invalid formula checked first", {{"A", "2 +"}, {"B", "B"}}, -1, 3},
         // Depth first, references in postfix order.
         LoopCase{"missing before loop", {{"A", "B + C"}, {"B", "Missing"}, {"C", "C"}}, -1, 2},
         LoopCase{"loop before missing", {{"A", "C + B"}, {"B", "Missing"}, {"C", "C"}}, -1, 1},
-        LoopCase{"multiplication first in postfix", {{"A", "B + C * D"}, {"B", "1"}, {"C", "C"}, {"D", "Missing"}},
-            -1, 1},
+        LoopCase{
+            "multiplication first in postfix", {{"A", "B + C * D"}, {"B", "1"}, {"C", "C"}, {"D", "Missing"}}, -1, 1},
         // count 1 checks the first formula only (the one being edited).
         LoopCase{"count 1 ignores a later loop", {{"A", "1"}, {"B", "C"}, {"C", "B"}}, 1, 0},
         LoopCase{"count 2 reaches it", {{"A", "1"}, {"B", "C"}, {"C", "B"}}, 2, 1},
-        LoopCase{"count beyond the lists", {{"A", "1"}}, 5, 0},
-        LoopCase{"count 0", {{"A", "A"}}, 0, 0},
+        LoopCase{"count beyond the lists", {{"A", "1"}}, 5, 0}, LoopCase{"count 0", {{"A", "A"}}, 0, 0},
         LoopCase{"unnamed formula being edited",
             {{"abc123def456ghi789jkl", "Total * 2"}, {"Total", "abc123def456ghi789jkl + 1"}}, 1, 1},
         // The first formula of a name is the one used.
@@ -106,10 +102,10 @@ QString Describe(const ZWTreeNode* node)
 
 TEST(Expand, GrowsTheWholeTreeDepthFirst)
 {
-    const std::vector<QString> names = {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"),
-        QStringLiteral("D")};
-    const std::vector<QString> texts = {QStringLiteral("B + C * B"), QStringLiteral("D"), QStringLiteral("D - 1"),
-        QStringLiteral("2")};
+    const std::vector<QString> names
+        = {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("D")};
+    const std::vector<QString> texts
+        = {QStringLiteral("B + C * B"), QStringLiteral("D"), QStringLiteral("D - 1"), QStringLiteral("2")};
     ZWTreeNode root(nullptr, QStringLiteral("A"));
     EXPECT_EQ(ZWEvaluator::Expand(&root, names, texts), 0);
     // A formula reached on two paths is expanded on both.
@@ -118,8 +114,8 @@ TEST(Expand, GrowsTheWholeTreeDepthFirst)
     ZWTreeNode missing(nullptr, QStringLiteral("Z"));
     EXPECT_EQ(ZWEvaluator::Expand(&missing, names, texts), 2);
     ZWTreeNode loop(nullptr, QStringLiteral("A"));
-    const std::vector<QString> loopTexts = {QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("A"),
-        QStringLiteral("1")};
+    const std::vector<QString> loopTexts
+        = {QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("A"), QStringLiteral("1")};
     EXPECT_EQ(ZWEvaluator::Expand(&loop, names, loopTexts), 1);
     // Grown up to the formula that closes the loop.
     EXPECT_EQ(Describe(&loop), QStringLiteral("A(B(C))"));

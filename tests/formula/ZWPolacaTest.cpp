@@ -1,6 +1,6 @@
+#include "formula/ZWPolaca.h"
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWFormulaLibrary.h"
-#include "formula/ZWPolaca.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/drivers/ZWLoggerData.h"
 #include "tests/formula/FormulaTestSupport.h"
@@ -25,8 +25,7 @@ struct PostfixCase
 };
 
 class Translation : public testing::TestWithParam<PostfixCase>
-{
-};
+{};
 
 TEST_P(Translation, FollowsThePriorityTable)
 {
@@ -34,27 +33,15 @@ TEST_P(Translation, FollowsThePriorityTable)
 }
 
 INSTANTIATE_TEST_SUITE_P(Priorities, Translation,
-    testing::Values(PostfixCase{"1+2*3", "1 2 3 * +"},
-        PostfixCase{"1*2+3", "1 2 * 3 +"},
-        PostfixCase{"2*3^2", "2 3 2 ^ *"},
-        PostfixCase{"2^3^2", "2 3 ^ 2 ^"},
-        PostfixCase{"1-2-3", "1 2 - 3 -"},
-        PostfixCase{"8/4/2", "8 4 / 2 /"},
-        PostfixCase{"-2^2", "2 neg 2 ^"},
-        PostfixCase{"2*-3", "2 3 neg *"},
-        PostfixCase{"2^-3^2", "2 3 neg ^ 2 ^"},
-        PostfixCase{"-sqrt(4)", "4 sqrt neg"},
-        PostfixCase{"sqrt(4)^2", "4 sqrt 2 ^"},
-        PostfixCase{"1+2<3*4", "1 2 + 3 4 * <"},
-        PostfixCase{"1<2 && 3<4", "1 2 < 3 4 < &&"},
-        PostfixCase{"1<2 || 3<4 && 5<6", "1 2 < 3 4 < || 5 6 < &&"},
-        PostfixCase{"1 < 2 == 3", "1 2 < 3 =="},
-        PostfixCase{"!(1<2) || 0<1", "1 2 < ! 0 1 < ||"},
-        PostfixCase{"(1+2)*3", "1 2 + 3 *"},
-        PostfixCase{"atan2(1+2, 3*4)", "1 2 + 3 4 * atan2"},
-        PostfixCase{"atan2(1, 2)^2", "1 2 atan2 2 ^"},
-        PostfixCase{"- -3", "neg 3 neg"},
-        PostfixCase{"!-1", "! 1 neg"},
+    testing::Values(PostfixCase{"1+2*3", "1 2 3 * +"}, PostfixCase{"1*2+3", "1 2 * 3 +"},
+        PostfixCase{"2*3^2", "2 3 2 ^ *"}, PostfixCase{"2^3^2", "2 3 ^ 2 ^"}, PostfixCase{"1-2-3", "1 2 - 3 -"},
+        PostfixCase{"8/4/2", "8 4 / 2 /"}, PostfixCase{"-2^2", "2 neg 2 ^"}, PostfixCase{"2*-3", "2 3 neg *"},
+        PostfixCase{"2^-3^2", "2 3 neg ^ 2 ^"}, PostfixCase{"-sqrt(4)", "4 sqrt neg"},
+        PostfixCase{"sqrt(4)^2", "4 sqrt 2 ^"}, PostfixCase{"1+2<3*4", "1 2 + 3 4 * <"},
+        PostfixCase{"1<2 && 3<4", "1 2 < 3 4 < &&"}, PostfixCase{"1<2 || 3<4 && 5<6", "1 2 < 3 4 < || 5 6 < &&"},
+        PostfixCase{"1 < 2 == 3", "1 2 < 3 =="}, PostfixCase{"!(1<2) || 0<1", "1 2 < ! 0 1 < ||"},
+        PostfixCase{"(1+2)*3", "1 2 + 3 *"}, PostfixCase{"atan2(1+2, 3*4)", "1 2 + 3 4 * atan2"},
+        PostfixCase{"atan2(1, 2)^2", "1 2 atan2 2 ^"}, PostfixCase{"- -3", "neg 3 neg"}, PostfixCase{"!-1", "! 1 neg"},
         PostfixCase{"[a.b]*Total", "[a.b] Total *"}),
     [](const testing::TestParamInfo<PostfixCase>& info) { return "Case" + std::to_string(info.index); });
 
@@ -70,8 +57,7 @@ struct EvalCase
 };
 
 class Evaluation : public testing::TestWithParam<EvalCase>
-{
-};
+{};
 
 TEST_P(Evaluation, GivesTheValueOrTheCode)
 {
@@ -88,70 +74,30 @@ TEST_P(Evaluation, GivesTheValueOrTheCode)
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, Evaluation,
-    testing::Values(EvalCase{"2^3^2", 0, 64},
-        EvalCase{"-2^2", 0, 4},
-        EvalCase{"2*-3", 0, -6},
-        EvalCase{"-2*3", 0, -6},
-        EvalCase{"-(1+2)*3", 0, -9},
-        EvalCase{"2^-1", 0, 0.5},
-        EvalCase{"10-2-3", 0, 5},
-        EvalCase{"1+2*3", 0, 7},
-        EvalCase{"+5", 0, 5},
-        EvalCase{"0.1+0.2", 0, 0.1 + 0.2},
-        EvalCase{"atan2(1, 0)", 0, std::numbers::pi / 2},
-        EvalCase{"atan2(-1, -1)", 0, -3 * std::numbers::pi / 4},
-        EvalCase{"SQRT(16) + Log(1) + exp(0)", 0, 5},
-        EvalCase{"log10(1000)", 0, 3},
-        EvalCase{"sqrt(0) + asin(1) - acos(-1)/2", 0, 0},
-        EvalCase{"sin(0) + cos(0) + tan(0) + atan(0)", 0, 1},
-        EvalCase{"2^-3^2", 0, 1.0 / 64},
-        EvalCase{"1 < 2", 0, 1, 1},
-        EvalCase{"2 <= 2", 0, 1, 1},
-        EvalCase{"2 > 3", 0, 0, 1},
-        EvalCase{"3 >= 3", 0, 1, 1},
-        EvalCase{"1 == 1", 0, 1, 1},
-        EvalCase{"1 != 1", 0, 0, 1},
-        EvalCase{"(1<2) == (3<4)", 0, 1, 1},
-        EvalCase{"(1<2) != (3>4)", 0, 1, 1},
-        EvalCase{"!(1 < 2)", 0, 0, 1},
-        EvalCase{"!(1<2) == (2<1)", 0, 1, 1},
-        EvalCase{"(1<2) && (2<3)", 0, 1, 1},
-        EvalCase{"(1<2) && (3<2)", 0, 0, 1},
+    testing::Values(EvalCase{"2^3^2", 0, 64}, EvalCase{"-2^2", 0, 4}, EvalCase{"2*-3", 0, -6}, EvalCase{"-2*3", 0, -6},
+        EvalCase{"-(1+2)*3", 0, -9}, EvalCase{"2^-1", 0, 0.5}, EvalCase{"10-2-3", 0, 5}, EvalCase{"1+2*3", 0, 7},
+        EvalCase{"+5", 0, 5}, EvalCase{"0.1+0.2", 0, 0.1 + 0.2}, EvalCase{"atan2(1, 0)", 0, std::numbers::pi / 2},
+        EvalCase{"atan2(-1, -1)", 0, -3 * std::numbers::pi / 4}, EvalCase{"SQRT(16) + Log(1) + exp(0)", 0, 5},
+        EvalCase{"log10(1000)", 0, 3}, EvalCase{"sqrt(0) + asin(1) - acos(-1)/2", 0, 0},
+        EvalCase{"sin(0) + cos(0) + tan(0) + atan(0)", 0, 1}, EvalCase{"2^-3^2", 0, 1.0 / 64},
+        EvalCase{"1 < 2", 0, 1, 1}, EvalCase{"2 <= 2", 0, 1, 1}, EvalCase{"2 > 3", 0, 0, 1},
+        EvalCase{"3 >= 3", 0, 1, 1}, EvalCase{"1 == 1", 0, 1, 1}, EvalCase{"1 != 1", 0, 0, 1},
+        EvalCase{"(1<2) == (3<4)", 0, 1, 1}, EvalCase{"(1<2) != (3>4)", 0, 1, 1}, EvalCase{"!(1 < 2)", 0, 0, 1},
+        EvalCase{"!(1<2) == (2<1)", 0, 1, 1}, EvalCase{"(1<2) && (2<3)", 0, 1, 1}, EvalCase{"(1<2) && (3<2)", 0, 0, 1},
         EvalCase{"(1>2) || (2<3)", 0, 1, 1},
         // "&&" and "||" share a priority and group from the left.
-        EvalCase{"1<2 || 1<2 && 2<1", 0, 0, 1},
-        EvalCase{"!(1<2) && (1<2)", 0, 0, 1}),
+        EvalCase{"1<2 || 1<2 && 2<1", 0, 0, 1}, EvalCase{"!(1<2) && (1<2)", 0, 0, 1}),
     [](const testing::TestParamInfo<EvalCase>& info) { return "Case" + std::to_string(info.index); });
 
 // An operand of the wrong value type: the code of the operator's Type column.
 INSTANTIATE_TEST_SUITE_P(TypeCodes, Evaluation,
-    testing::Values(EvalCase{"(1<2)+1", 3},
-        EvalCase{"1+(1<2)", 3},
-        EvalCase{"(1<2)-1", 5},
-        EvalCase{"(1<2)*1", 7},
-        EvalCase{"(1<2)/1", 9},
-        EvalCase{"(1<2)^1", 12},
-        EvalCase{"-(1<2)", 14},
-        EvalCase{"sqrt(1<2)", 16},
-        EvalCase{"log(1<2)", 19},
-        EvalCase{"exp(1<2)", 22},
-        EvalCase{"sin(1<2)", 24},
-        EvalCase{"cos(1<2)", 26},
-        EvalCase{"tan(1<2)", 28},
-        EvalCase{"asin(1<2)", 30},
-        EvalCase{"acos(1<2)", 33},
-        EvalCase{"atan(1<2)", 36},
-        EvalCase{"log10(1<2)", 38},
-        EvalCase{"!1", 45},
-        EvalCase{"(1<2)<1", 47},
-        EvalCase{"(1<2)>1", 49},
-        EvalCase{"(1<2)<=1", 51},
-        EvalCase{"(1<2)>=1", 53},
-        EvalCase{"(1<2) == 1", 55},
-        EvalCase{"1 != (1<2)", 57},
-        EvalCase{"1 && (1<2)", 59},
-        EvalCase{"(1<2) || 1", 61},
-        EvalCase{"atan2(1<2, 1)", 64},
+    testing::Values(EvalCase{"(1<2)+1", 3}, EvalCase{"1+(1<2)", 3}, EvalCase{"(1<2)-1", 5}, EvalCase{"(1<2)*1", 7},
+        EvalCase{"(1<2)/1", 9}, EvalCase{"(1<2)^1", 12}, EvalCase{"-(1<2)", 14}, EvalCase{"sqrt(1<2)", 16},
+        EvalCase{"log(1<2)", 19}, EvalCase{"exp(1<2)", 22}, EvalCase{"sin(1<2)", 24}, EvalCase{"cos(1<2)", 26},
+        EvalCase{"tan(1<2)", 28}, EvalCase{"asin(1<2)", 30}, EvalCase{"acos(1<2)", 33}, EvalCase{"atan(1<2)", 36},
+        EvalCase{"log10(1<2)", 38}, EvalCase{"!1", 45}, EvalCase{"(1<2)<1", 47}, EvalCase{"(1<2)>1", 49},
+        EvalCase{"(1<2)<=1", 51}, EvalCase{"(1<2)>=1", 53}, EvalCase{"(1<2) == 1", 55}, EvalCase{"1 != (1<2)", 57},
+        EvalCase{"1 && (1<2)", 59}, EvalCase{"(1<2) || 1", 61}, EvalCase{"atan2(1<2, 1)", 64},
         EvalCase{"atan2(1, 1<2)", 64},
         // Comparisons of the same priority group from the left.
         EvalCase{"1 < 2 < 3", 47}),
@@ -159,18 +105,11 @@ INSTANTIATE_TEST_SUITE_P(TypeCodes, Evaluation,
 
 // Division and the functions with a domain.
 INSTANTIATE_TEST_SUITE_P(DomainCodes, Evaluation,
-    testing::Values(EvalCase{"1/0", 10},
-        EvalCase{"1/(2-2)", 10},
-        EvalCase{"sqrt(-1)", 17},
-        EvalCase{"log(0)", 20},
+    testing::Values(EvalCase{"1/0", 10}, EvalCase{"1/(2-2)", 10}, EvalCase{"sqrt(-1)", 17}, EvalCase{"log(0)", 20},
         EvalCase{"log(-1)", 20},
         // log10 shares the natural logarithm's code.
-        EvalCase{"log10(0)", 20},
-        EvalCase{"log10(-5)", 20},
-        EvalCase{"asin(2)", 31},
-        EvalCase{"asin(-1.5)", 31},
-        EvalCase{"acos(1.0001)", 34},
-        EvalCase{"acos(-2)", 34}),
+        EvalCase{"log10(0)", 20}, EvalCase{"log10(-5)", 20}, EvalCase{"asin(2)", 31}, EvalCase{"asin(-1.5)", 31},
+        EvalCase{"acos(1.0001)", 34}, EvalCase{"acos(-2)", 34}),
     [](const testing::TestParamInfo<EvalCase>& info) { return "Case" + std::to_string(info.index); });
 
 // A sign that the translator moves out before its operand exists: the
@@ -194,15 +133,14 @@ TEST(ZWPolaca, NoChecksForOverflowOrNaN)
 // Each operator alone, fed straight to the translator: the Stack column.
 TEST(ZWPolaca, MissingOperandCodes)
 {
-    const std::vector<std::pair<int, int>> table = {{ZWToken::Add, 2}, {ZWToken::Subtract, 4},
-        {ZWToken::Multiply, 6}, {ZWToken::Divide, 8}, {ZWToken::Power, 11}, {ZWToken::UnaryMinus, 13},
-        {ZWToken::Sqrt, 15}, {ZWToken::Log, 18}, {ZWToken::Exp, 21}, {ZWToken::Sin, 23}, {ZWToken::Cos, 25},
-        {ZWToken::Tan, 27}, {ZWToken::Asin, 29}, {ZWToken::Acos, 32}, {ZWToken::Atan, 35}, {ZWToken::Log10, 37},
-        {ZWToken::Less, 46}, {ZWToken::Greater, 48}, {ZWToken::LessEqual, 50}, {ZWToken::GreaterEqual, 52},
-        {ZWToken::Equal, 54}, {ZWToken::NotEqual, 56}, {ZWToken::And, 58}, {ZWToken::Or, 60}, {ZWToken::Not, 44},
-        {ZWToken::Atan2, 63}};
-    const bool binary[] = {true, true, true, true, true, false, false, false, false, false, false, false, false,
-        false, false, false, true, true, true, true, true, true, true, true, false, true};
+    const std::vector<std::pair<int, int>> table = {{ZWToken::Add, 2}, {ZWToken::Subtract, 4}, {ZWToken::Multiply, 6},
+        {ZWToken::Divide, 8}, {ZWToken::Power, 11}, {ZWToken::UnaryMinus, 13}, {ZWToken::Sqrt, 15}, {ZWToken::Log, 18},
+        {ZWToken::Exp, 21}, {ZWToken::Sin, 23}, {ZWToken::Cos, 25}, {ZWToken::Tan, 27}, {ZWToken::Asin, 29},
+        {ZWToken::Acos, 32}, {ZWToken::Atan, 35}, {ZWToken::Log10, 37}, {ZWToken::Less, 46}, {ZWToken::Greater, 48},
+        {ZWToken::LessEqual, 50}, {ZWToken::GreaterEqual, 52}, {ZWToken::Equal, 54}, {ZWToken::NotEqual, 56},
+        {ZWToken::And, 58}, {ZWToken::Or, 60}, {ZWToken::Not, 44}, {ZWToken::Atan2, 63}};
+    const bool binary[] = {true, true, true, true, true, false, false, false, false, false, false, false, false, false,
+        false, false, true, true, true, true, true, true, true, true, false, true};
     for (size_t i = 0; i < table.size(); ++i) {
         const auto [type, code] = table[i];
         ZWToken op;
@@ -240,8 +178,8 @@ TEST(ZWPolaca, EmptyTranslationIsCode41)
 
 TEST(ZWPolaca, ResultTypeFromTheLastToken)
 {
-    const std::vector<std::pair<const char*, int>> table = {{"1+2", 0}, {"1<2", 1}, {"!(1<2)", 1},
-        {"(1<2)+1", 0}, {"1==2", 1}, {"(1<2)&&(2<3)", 1}, {"[a.b]", 0}, {"sqrt(1<2)", 0}, {"Name", 0}};
+    const std::vector<std::pair<const char*, int>> table = {{"1+2", 0}, {"1<2", 1}, {"!(1<2)", 1}, {"(1<2)+1", 0},
+        {"1==2", 1}, {"(1<2)&&(2<3)", 1}, {"[a.b]", 0}, {"sqrt(1<2)", 0}, {"Name", 0}};
     for (const auto& [formula, type] : table) {
         ZWEvaluator evaluator(QString::fromUtf8(formula));
         EXPECT_EQ(evaluator.AnalizeExpression(), type) << formula;
@@ -266,9 +204,8 @@ TEST(ZWPolaca, ListsDeviceVariablesAndFormulasInPostfixOrder)
     EXPECT_EQ(texts.join(QLatin1Char(',')), QStringLiteral("x.y,c.d,x.y,x.y,c.d,x.y"));
     EXPECT_FALSE(evaluator.IsOnlyOneDeviceVariable());
 
-    for (const auto& [formula, only] :
-        std::vector<std::pair<const char*, bool>>{{"[a.b]", true}, {"(([a.b]))", true}, {"-[a.b]", false},
-            {"[a.b]+0", false}, {"A", false}}) {
+    for (const auto& [formula, only] : std::vector<std::pair<const char*, bool>>{
+             {"[a.b]", true}, {"(([a.b]))", true}, {"-[a.b]", false}, {"[a.b]+0", false}, {"A", false}}) {
         ZWEvaluator e(QString::fromUtf8(formula));
         ASSERT_NE(e.AnalizeExpression(), -1);
         EXPECT_EQ(e.IsOnlyOneDeviceVariable(), only) << formula;
@@ -511,8 +448,8 @@ TEST_F(References, TheLibraryIsReadAgainOnEveryEvaluation)
     ASSERT_EQ(evaluator.Evaluate(value, valueType), 0);
     EXPECT_EQ(value, 6.0);
     // The same document, changed: A is now 10.
-    ZWFormulaLibrary::Build({QStringLiteral("A"), QStringLiteral("B")}, {QStringLiteral("10"), QStringLiteral("A*2")},
-        *m_library);
+    ZWFormulaLibrary::Build(
+        {QStringLiteral("A"), QStringLiteral("B")}, {QStringLiteral("10"), QStringLiteral("A*2")}, *m_library);
     ASSERT_EQ(evaluator.Evaluate(value, valueType), 0);
     EXPECT_EQ(value, 20.0);
     ZWFormulaLibrary::Build({QStringLiteral("B")}, {QStringLiteral("A*2")}, *m_library);

@@ -108,8 +108,9 @@ bool ZWTestPostgres::Run(const QStringList& command, QString* error, int timeout
     p.start(program, full);
     if (!p.waitForFinished(timeoutMs) || p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
         if (error)
-            *error = QStringLiteral("%1 %2 failed: %3").arg(program, full.join(QLatin1Char(' ')),
-                QString::fromLocal8Bit(p.readAll()).trimmed() + p.errorString());
+            *error = QStringLiteral("%1 %2 failed: %3")
+                         .arg(program, full.join(QLatin1Char(' ')),
+                             QString::fromLocal8Bit(p.readAll()).trimmed() + p.errorString());
         p.kill();
         p.waitForFinished(1000);
         return false;
@@ -134,14 +135,15 @@ bool ZWTestPostgres::Init(QString* error)
         QProcess chown;
         chown.start(QStringLiteral("chown"), {QStringLiteral("postgres:"), m_dir->path()});
         if (!chown.waitForFinished(10000) || chown.exitCode() != 0) {
-            *error = QStringLiteral("cannot give %1 to the user postgres (is PostgreSQL installed?)").arg(m_dir->path());
+            *error
+                = QStringLiteral("cannot give %1 to the user postgres (is PostgreSQL installed?)").arg(m_dir->path());
             return false;
         }
     }
     const QString data = m_dir->path() + QStringLiteral("/data");
     if (!Run({m_bin + QStringLiteral("/initdb"), QStringLiteral("-D"), data, QStringLiteral("-U"), QStringLiteral("zw"),
-             QStringLiteral("--auth=trust"), QStringLiteral("-E"), QStringLiteral("UTF8"), QStringLiteral("--locale=C"),
-             QStringLiteral("--no-sync")},
+                 QStringLiteral("--auth=trust"), QStringLiteral("-E"), QStringLiteral("UTF8"),
+                 QStringLiteral("--locale=C"), QStringLiteral("--no-sync")},
             error))
         return false;
     {
@@ -166,13 +168,13 @@ bool ZWTestPostgres::Init(QString* error)
     if (!m_port)
         return false;
     // Stops the server if this process dies without doing it.
-    const QString script = QStringLiteral(
-        "while kill -0 %1 2>/dev/null; do sleep 1; done; "
-        "if [ -f '%2/postmaster.pid' ]; then %3 '%4/pg_ctl' -D '%2' -m immediate stop >/dev/null 2>&1; fi; "
-        "rm -rf '%5'")
-                               .arg(QCoreApplication::applicationPid())
-                               .arg(data, IsRoot() ? QStringLiteral("runuser -u postgres --") : QString(), m_bin,
-                                   m_dir->path());
+    const QString script
+        = QStringLiteral(
+            "while kill -0 %1 2>/dev/null; do sleep 1; done; "
+            "if [ -f '%2/postmaster.pid' ]; then %3 '%4/pg_ctl' -D '%2' -m immediate stop >/dev/null 2>&1; fi; "
+            "rm -rf '%5'")
+              .arg(QCoreApplication::applicationPid())
+              .arg(data, IsRoot() ? QStringLiteral("runuser -u postgres --") : QString(), m_bin, m_dir->path());
     QProcess::startDetached(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}, QString(), &m_watchdog);
     return true;
 }

@@ -2,8 +2,8 @@
 // editor's outline pixel by pixel, label placement and rotation, picture
 // placement and its resampling cache, page clipping and backgrounds.
 #include "host/core/ZWFont.h"
-#include "host/images/ZWImageSupport.h"
 #include "host/core/ZWMath.h"
+#include "host/images/ZWImageSupport.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardImage.h"
 #include "template/ZWCardLabel.h"
@@ -75,8 +75,13 @@ TEST(DrawMapping, VisibilityCountsTouchingEdges)
         bool visible;
     };
     const Case cases[] = {
-        {{0, 0, 9, 9}, false}, {{0, 0, 10, 10}, true}, {{20, 20, 30, 30}, true}, {{21, 0, 30, 30}, false},
-        {{0, 21, 30, 30}, false}, {{12, 12, 14, 14}, true}, {{0, 0, 100, 100}, true},
+        {{0, 0, 9, 9}, false},
+        {{0, 0, 10, 10}, true},
+        {{20, 20, 30, 30}, true},
+        {{21, 0, 30, 30}, false},
+        {{0, 21, 30, 30}, false},
+        {{12, 12, 14, 14}, true},
+        {{0, 0, 100, 100}, true},
     };
     for (const Case& c : cases)
         EXPECT_EQ(tagDraw::IsVisible(area, c.rect), c.visible)
@@ -159,10 +164,17 @@ TEST(DrawBorder, DashedPatternsForEveryPhase)
         const char* topRow; // the first 12 steps of the pattern
     };
     const Case cases[] = {
-        {false, 0, "011000011000"}, {false, 1, "001100001100"}, {false, 2, "000110000110"},
-        {false, 3, "000011000011"}, {false, 4, "100001100001"}, {false, 5, "110000110000"},
-        {false, 6, "011000011000"}, {false, -1, "110000110000"}, {true, 0, "011111011111"},
-        {true, 3, "111011111011"}, {true, 5, "111110111110"},
+        {false, 0, "011000011000"},
+        {false, 1, "001100001100"},
+        {false, 2, "000110000110"},
+        {false, 3, "000011000011"},
+        {false, 4, "100001100001"},
+        {false, 5, "110000110000"},
+        {false, 6, "011000011000"},
+        {false, -1, "110000110000"},
+        {true, 0, "011111011111"},
+        {true, 3, "111011111011"},
+        {true, 5, "111110111110"},
     };
     // 12 wide (x 4..15) and 8 high (y 4..11). The top row and then the right
     // column share one running index; the left column and then the bottom
@@ -172,14 +184,14 @@ TEST(DrawBorder, DashedPatternsForEveryPhase)
         const QString pattern = QString::fromLatin1(c.topRow).repeated(2);
         const QImage image = Border(rect, false, true, c.dense, c.phase);
         SCOPED_TRACE(testing::Message() << "phase " << c.phase << " dense " << c.dense);
-        EXPECT_EQ(TopRow(image, 4, 4, 11), pattern.left(11));           // steps 0..10
-        EXPECT_EQ(Column(image, 15, 5, 7), pattern.mid(13, 7));         // steps 13..19
-        EXPECT_EQ(Column(image, 4, 4, 7), pattern.left(7));             // steps 0..6
-        EXPECT_EQ(TopRow(image, 5, 11, 11), pattern.mid(9, 11));        // steps 9..19
+        EXPECT_EQ(TopRow(image, 4, 4, 11), pattern.left(11));    // steps 0..10
+        EXPECT_EQ(Column(image, 15, 5, 7), pattern.mid(13, 7));  // steps 13..19
+        EXPECT_EQ(Column(image, 4, 4, 7), pattern.left(7));      // steps 0..6
+        EXPECT_EQ(TopRow(image, 5, 11, 11), pattern.mid(9, 11)); // steps 9..19
         const auto on = [&pattern](int step) { return pattern.at(step) == QLatin1Char('1'); };
-        EXPECT_EQ(image.pixel(15, 4) != White, on(11) || on(12));       // top-right
-        EXPECT_EQ(image.pixel(4, 11) != White, on(7) || on(8));         // bottom-left
-        EXPECT_EQ(image.pixel(15, 11) != White, on(19));                // bottom-right
+        EXPECT_EQ(image.pixel(15, 4) != White, on(11) || on(12)); // top-right
+        EXPECT_EQ(image.pixel(4, 11) != White, on(7) || on(8));   // bottom-left
+        EXPECT_EQ(image.pixel(15, 11) != White, on(19));          // bottom-right
         EXPECT_EQ(InkBounds(image).isNull(), false);
     }
 }
@@ -312,7 +324,8 @@ TEST_F(LabelDrawing, InkLiesWhereTheAlignmentPutsIt)
         ASSERT_FALSE(ink.isNull());
         const ZWRect card = draw.CardRect(10, 10, 50, 30); // 50,50 – 300,200
         const QSizeF extent = Extent(label, draw);
-        const QPointF start = ZWCardLabel::TextStart(card, extent.width(), extent.height(), 0, c.horizontal, c.vertical);
+        const QPointF start
+            = ZWCardLabel::TextStart(card, extent.width(), extent.height(), 0, c.horizontal, c.vertical);
         // Capital H: the ink starts a side bearing after the pen and its top
         // lies within the text cell.
         EXPECT_NEAR(ink.left(), std::round(start.x()), 4.0) << c.horizontal;
@@ -453,8 +466,8 @@ TEST(ImageTarget, RectanglesForEachMode)
         {true, false, 3, 5, {10, 25, 40, 20}},
     };
     for (const Case& c : cases) {
-        const QRectF target = ZWCardImage::TargetRectMm(QRectF(10, 20, 40, 30), QSize(100, 50), QPointF(0.2, 0.2),
-            c.horizontal, c.vertical, c.aspect, c.real);
+        const QRectF target = ZWCardImage::TargetRectMm(
+            QRectF(10, 20, 40, 30), QSize(100, 50), QPointF(0.2, 0.2), c.horizontal, c.vertical, c.aspect, c.real);
         EXPECT_NEAR(target.x(), c.expected.x(), 1e-9) << c.aspect << c.real << c.horizontal << c.vertical;
         EXPECT_NEAR(target.y(), c.expected.y(), 1e-9) << c.aspect << c.real << c.horizontal << c.vertical;
         EXPECT_NEAR(target.width(), c.expected.width(), 1e-9);

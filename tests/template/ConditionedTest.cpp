@@ -32,7 +32,13 @@ TEST(Conditioned, LayerFollowsTheCurrentAlternative)
         int layer;
     };
     const Case cases[] = {
-        {"", -1, 1}, {"LI", 1, 0}, {"LI", 0, 1}, {"LI", -1, 1}, {"LI", 2, 1}, {"I", 0, 0}, {"IL", 1, 1},
+        {"", -1, 1},
+        {"LI", 1, 0},
+        {"LI", 0, 1},
+        {"LI", -1, 1},
+        {"LI", 2, 1},
+        {"I", 0, 0},
+        {"IL", 1, 1},
     };
     for (const Case& c : cases) {
         auto card = WithAlternatives(QString::fromLatin1(c.kinds));
@@ -57,7 +63,7 @@ TEST(Conditioned, DeleteCondition)
         {3, 2, 2, true, 1, "alt0,alt1"}, // the last of three: level on the new last
         {3, 0, 0, true, 0, "alt1,alt2"}, // the first: the former second is current
         {3, 2, 1, true, 1, "alt0,alt2"},
-        {1, 0, 0, true, -1, ""},        // the only one: none left
+        {1, 0, 0, true, -1, ""}, // the only one: none left
         {3, 1, 3, false, 1, "alt0,alt1,alt2"},
         {3, 1, -1, false, 1, "alt0,alt1,alt2"},
         {0, -1, 0, false, -1, ""},

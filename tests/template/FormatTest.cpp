@@ -66,7 +66,13 @@ TEST_F(FormatTest, FormatIntegerZeroFillsAndNeverShortens)
         const char* expected;
     };
     const Case cases[] = {
-        {5, 2, "05"}, {5, 1, "5"}, {2024, 2, "2024"}, {2024, 4, "2024"}, {7, 0, "7"}, {-7, 3, "-07"}, {0, 3, "000"},
+        {5, 2, "05"},
+        {5, 1, "5"},
+        {2024, 2, "2024"},
+        {2024, 4, "2024"},
+        {7, 0, "7"},
+        {-7, 3, "-07"},
+        {0, 3, "000"},
         {std::numeric_limits<qint64>::min(), 1, "-9223372036854775808"},
     };
     for (const Case& c : cases) {
@@ -87,22 +93,12 @@ TEST_F(FormatTest, ParseFormat)
         bool fillDecimalZeros;
     };
     const Case cases[] = {
-        {"", -1, 3, false, false},
-        {"3", -1, 3, false, false},
-        {".", -1, -1, false, false},
-        {"03.02", 3, 2, true, true},
-        {"3.2", 3, 2, false, false},
-        {"123.4", -1, 4, false, false},
-        {".12", -1, 2, false, false},
-        {".05", -1, 5, false, true},
-        {".3", -1, 3, false, false},
-        {".1234", -1, 3, false, false},
-        {":.", 10, -1, false, false},
-        {"0<.0;", 12, 9, true, true}, // ";" is 11 decimals, cut to 9
-        {"Z.Z", 12, 9, false, false},
-        {"0/.0/", -1, -1, false, false}, // "/" is −1: the fill flags go
-        {"00.00", 0, 0, true, true},
-        {"3.2.1", 3, 3, false, false}, // the first "." splits: "2.1" is too long
+        {"", -1, 3, false, false}, {"3", -1, 3, false, false}, {".", -1, -1, false, false}, {"03.02", 3, 2, true, true},
+        {"3.2", 3, 2, false, false}, {"123.4", -1, 4, false, false}, {".12", -1, 2, false, false},
+        {".05", -1, 5, false, true}, {".3", -1, 3, false, false}, {".1234", -1, 3, false, false},
+        {":.", 10, -1, false, false}, {"0<.0;", 12, 9, true, true},    // ";" is 11 decimals, cut to 9
+        {"Z.Z", 12, 9, false, false}, {"0/.0/", -1, -1, false, false}, // "/" is −1: the fill flags go
+        {"00.00", 0, 0, true, true}, {"3.2.1", 3, 3, false, false},    // the first "." splits: "2.1" is too long
     };
     for (const Case& c : cases) {
         int integerDigits = 99, decimals = 99;
@@ -160,26 +156,17 @@ TEST_F(FormatTest, FormatDouble)
         const char* expected;
     };
     const Case cases[] = {
-        {1234.5, 3, 2, false, false, false, "***.**"},
-        {1234.5, 3, 0, false, false, false, "***"},
-        {1234.0, 3, -1, false, false, false, "***"},
-        {-12.5, 3, 2, false, true, true, "-012.50"},
+        {1234.5, 3, 2, false, false, false, "***.**"}, {1234.5, 3, 0, false, false, false, "***"},
+        {1234.0, 3, -1, false, false, false, "***"}, {-12.5, 3, 2, false, true, true, "-012.50"},
         {-12.5, 3, 1, false, true, false, "-012.5"},
         {-123.5, 3, 1, false, true, false, "***.*"}, // the minus counts in the overflow test
-        {12.5, 3, 1, false, true, false, "012.5"},
-        {123.0, 3, 0, false, false, false, "123"},
-        {2.5, -1, 3, false, false, false, "2.5"},
-        {2.0, -1, 3, false, false, false, "2"},
-        {2.0, -1, 3, false, false, true, "2.000"},
-        {2.0, -1, 0, false, false, true, "2"},
-        {1234567.0, -1, -1, true, false, false, "1,234,567"},
-        {1234567.891, -1, 2, true, false, true, "1,234,567.89"},
-        {-1234567.0, -1, 0, true, false, false, "-1,234,567"},
-        {123456.0, -1, 0, true, false, false, "123,456"},
-        {-123.0, -1, 0, true, false, false, "-123"},
-        {0.000001, -1, -1, false, false, false, "0"},
-        {3.14159265, -1, -1, false, false, false, "3.14159"},
-        {0.5, -1, 0, false, false, false, "1"},
+        {12.5, 3, 1, false, true, false, "012.5"}, {123.0, 3, 0, false, false, false, "123"},
+        {2.5, -1, 3, false, false, false, "2.5"}, {2.0, -1, 3, false, false, false, "2"},
+        {2.0, -1, 3, false, false, true, "2.000"}, {2.0, -1, 0, false, false, true, "2"},
+        {1234567.0, -1, -1, true, false, false, "1,234,567"}, {1234567.891, -1, 2, true, false, true, "1,234,567.89"},
+        {-1234567.0, -1, 0, true, false, false, "-1,234,567"}, {123456.0, -1, 0, true, false, false, "123,456"},
+        {-123.0, -1, 0, true, false, false, "-123"}, {0.000001, -1, -1, false, false, false, "0"},
+        {3.14159265, -1, -1, false, false, false, "3.14159"}, {0.5, -1, 0, false, false, false, "1"},
         {7.0, 5, 2, true, true, true, "00,007.00"},
         {100.0, -1, 2, false, false, false, "100"}, // "100.00": only decimal zeros go
     };
@@ -227,8 +214,7 @@ TEST_F(FormatTest, ParseDate)
         {"Y-D", "Y-D"},
     };
     for (const Case& c : cases)
-        EXPECT_EQ(ZWFormat::ParseDate(QString::fromUtf8(c.pattern), date), QString::fromUtf8(c.expected))
-            << c.pattern;
+        EXPECT_EQ(ZWFormat::ParseDate(QString::fromUtf8(c.pattern), date), QString::fromUtf8(c.expected)) << c.pattern;
 }
 
 TEST_F(FormatTest, ParseDateOfAnInvalidDateWritesZeros)

@@ -28,9 +28,24 @@ TEST(TemplateBadInput, NumbersThatAreNotNumbersReadAsZero)
         double value;
     };
     const DoubleCase doubles[] = {
-        {"12.50", 12.5}, {"  7", 7.0}, {"12.5mm", 12.5}, {"+3", 3.0}, {"-2.25", -2.25}, {".5", 0.5},
-        {"1e3", 1000.0}, {"abc", 0.0}, {"", 0.0}, {"-", 0.0}, {"--1", 0.0}, {"nan", 0.0}, {"inf", 0.0},
-        {"-inf", 0.0}, {"1e400", 0.0}, {"0x10", 0.0}, {"12,5", 12.0}, {"\xd9\xa1\xd9\xa2", 0.0},
+        {"12.50", 12.5},
+        {"  7", 7.0},
+        {"12.5mm", 12.5},
+        {"+3", 3.0},
+        {"-2.25", -2.25},
+        {".5", 0.5},
+        {"1e3", 1000.0},
+        {"abc", 0.0},
+        {"", 0.0},
+        {"-", 0.0},
+        {"--1", 0.0},
+        {"nan", 0.0},
+        {"inf", 0.0},
+        {"-inf", 0.0},
+        {"1e400", 0.0},
+        {"0x10", 0.0},
+        {"12,5", 12.0},
+        {"\xd9\xa1\xd9\xa2", 0.0},
     };
     for (const DoubleCase& c : doubles)
         EXPECT_EQ(ZWXmlFields::ReadDouble(QString::fromUtf8(c.text)), c.value) << c.text;
@@ -41,7 +56,13 @@ TEST(TemplateBadInput, NumbersThatAreNotNumbersReadAsZero)
         int value;
     };
     const IntCase ints[] = {
-        {"16", 16}, {"-5", -5}, {"12.7", 12}, {"x", 0}, {"99999999999", 0}, {" 4 ", 4}, {"2147483647", 2147483647},
+        {"16", 16},
+        {"-5", -5},
+        {"12.7", 12},
+        {"x", 0},
+        {"99999999999", 0},
+        {" 4 ", 4},
+        {"2147483647", 2147483647},
     };
     for (const IntCase& c : ints)
         EXPECT_EQ(ZWXmlFields::ReadInt(QString::fromUtf8(c.text)), c.value) << c.text;
@@ -52,8 +73,15 @@ TEST(TemplateBadInput, NumbersThatAreNotNumbersReadAsZero)
         quint32 value;
     };
     const ColourCase colours[] = {
-        {"FF0000", 0xFF0000u}, {"ff", 0xFFu}, {"0x0000FF", 0xFFu}, {"FFFFFFFF", 0xFFFFFFFFu}, {"zz", 0u},
-        {"-1", 0xFFFFFFFFu}, {"123456789", 0u}, {"", 0u}, {"00FF00xyz", 0x00FF00u},
+        {"FF0000", 0xFF0000u},
+        {"ff", 0xFFu},
+        {"0x0000FF", 0xFFu},
+        {"FFFFFFFF", 0xFFFFFFFFu},
+        {"zz", 0u},
+        {"-1", 0xFFFFFFFFu},
+        {"123456789", 0u},
+        {"", 0u},
+        {"00FF00xyz", 0x00FF00u},
     };
     for (const ColourCase& c : colours)
         EXPECT_EQ(ZWXmlFields::ReadColor(QString::fromUtf8(c.text)), c.value) << c.text;
@@ -96,8 +124,13 @@ TEST(TemplateBadInput, Base64ThatIsNotBase64)
         const char* decoded;
     };
     const Case cases[] = {
-        {"aGVsbG8=", true, "hello"}, {"aGVsbG8", true, "hello"}, {"aGVs\n bG8=", true, "hello"},
-        {"", true, ""}, {"a", false, ""}, {"aGVs!G8=", false, ""}, {"aGVsbG8=aGVs", false, ""},
+        {"aGVsbG8=", true, "hello"},
+        {"aGVsbG8", true, "hello"},
+        {"aGVs\n bG8=", true, "hello"},
+        {"", true, ""},
+        {"a", false, ""},
+        {"aGVs!G8=", false, ""},
+        {"aGVsbG8=aGVs", false, ""},
         {"\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9", false, ""},
     };
     for (const Case& c : cases) {

@@ -98,15 +98,15 @@ TEST(TemplateRoundTrip, ElementsAreWrittenInTheFileOrder)
     const XmlDocument::XmlNode element = WriteCard(formule, document);
     EXPECT_EQ(element.Name(), QStringLiteral("formule"));
     EXPECT_EQ(ChildNames(element),
-        QStringList({u"x"_s, u"y"_s, u"width"_s, u"height"_s, u"color"_s, u"backcolor"_s, u"id"_s, u"field"_s, u"font"_s, u"style"_s,
-            u"horizontalAlign"_s, u"verticalAlign"_s, u"orientation"_s, u"size"_s, u"value"_s, u"styleFile"_s, u"format"_s,
-            u"thousandSeparator"_s}));
+        QStringList({u"x"_s, u"y"_s, u"width"_s, u"height"_s, u"color"_s, u"backcolor"_s, u"id"_s, u"field"_s,
+            u"font"_s, u"style"_s, u"horizontalAlign"_s, u"verticalAlign"_s, u"orientation"_s, u"size"_s, u"value"_s,
+            u"styleFile"_s, u"format"_s, u"thousandSeparator"_s}));
 
     ZWCardImage image;
     XmlDocument imageDocument;
     EXPECT_EQ(ChildNames(WriteCard(image, imageDocument)),
-        QStringList({u"x"_s, u"y"_s, u"width"_s, u"height"_s, u"color"_s, u"backcolor"_s, u"id"_s, u"value"_s, u"horizontalAlign"_s,
-            u"verticalAlign"_s, u"maintainAspectRatio"_s, u"maintainRealSize"_s}));
+        QStringList({u"x"_s, u"y"_s, u"width"_s, u"height"_s, u"color"_s, u"backcolor"_s, u"id"_s, u"value"_s,
+            u"horizontalAlign"_s, u"verticalAlign"_s, u"maintainAspectRatio"_s, u"maintainRealSize"_s}));
 }
 
 TEST(TemplateRoundTrip, TextEncodings)
@@ -428,9 +428,9 @@ TEST(TemplateRoundTrip, PageProperties)
     page.SaveTemplate(document.Root());
     const XmlDocument::XmlNode e = document.Node(u"/page"_s);
     EXPECT_EQ(ChildNames(e),
-        QStringList({u"width"_s, u"height"_s, u"rounded"_s, u"xgrid"_s, u"ygrid"_s, u"background"_s, u"horizontalAlign"_s,
-            u"verticalAlign"_s, u"maintainAspectRatio"_s, u"maintainRealSize"_s, u"image"_s, u"label"_s, u"date"_s, u"formule"_s,
-            u"conditioned"_s}));
+        QStringList({u"width"_s, u"height"_s, u"rounded"_s, u"xgrid"_s, u"ygrid"_s, u"background"_s,
+            u"horizontalAlign"_s, u"verticalAlign"_s, u"maintainAspectRatio"_s, u"maintainRealSize"_s, u"image"_s,
+            u"label"_s, u"date"_s, u"formule"_s, u"conditioned"_s}));
     EXPECT_EQ(e.Value(u"xgrid"_s), QStringLiteral("-2.50"));
 
     ZWTemplatePage copy;
@@ -545,8 +545,8 @@ TEST(TemplateRoundTrip, IdsAreMadeAtConstructionAndKeptByCopies)
 
 TEST(TemplateRoundTrip, FactoryByKindName)
 {
-    const char* classes[] = {
-        "ZWCardControl", "ZWCardImage", "ZWCardLabel", "ZWCardDate", "ZWCardFormule", "ZWCardConditioned"};
+    const char* classes[]
+        = {"ZWCardControl", "ZWCardImage", "ZWCardLabel", "ZWCardDate", "ZWCardFormule", "ZWCardConditioned"};
     for (const char* name : classes) {
         const auto card = ZWCardControl::CreateObject(QString::fromLatin1(name));
         ASSERT_TRUE(card) << name;
@@ -573,8 +573,7 @@ TEST(TemplateRoundTrip, WholeTemplateIsWrittenAndReadBack)
     second.properties.width = 297.0;
     second.properties.height = 210.0;
     XmlDocument library;
-    ASSERT_TRUE(library.Parse(
-        "<formules><formule><name>Price</name><text>0.21</text></formule></formules>"));
+    ASSERT_TRUE(library.Parse("<formules><formule><name>Price</name><text>0.21</text></formule></formules>"));
     report.SetFormules(library.Root());
 
     XmlDocument document;
@@ -589,7 +588,8 @@ TEST(TemplateRoundTrip, WholeTemplateIsWrittenAndReadBack)
     EXPECT_EQ(copy.pages[0].cards.size(), 1u);
     EXPECT_FALSE(copy.pages[1].properties.IsPortrait());
     ASSERT_TRUE(copy.HasFormules());
-    EXPECT_EQ(copy.formules.Node(u"/formule?name=%s?"_s, QStringLiteral("Price")).Value(u"text"_s), QStringLiteral("0.21"));
+    EXPECT_EQ(
+        copy.formules.Node(u"/formule?name=%s?"_s, QStringLiteral("Price")).Value(u"text"_s), QStringLiteral("0.21"));
     EXPECT_EQ(copy.ToXml(), report.ToXml());
 
     // A template without a library writes none.

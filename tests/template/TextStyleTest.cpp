@@ -35,8 +35,9 @@ protected:
 
 TEST_F(TextStyle, AStyleFileSetsTheLook)
 {
-    Write("Heading", "<design><id>x</id><name>Heading</name><font>Arial</font><style>1</style>"
-                     "<orientation>90.00</orientation><size>16.50</size><color>0000FF</color></design>");
+    Write("Heading",
+        "<design><id>x</id><name>Heading</name><font>Arial</font><style>1</style>"
+        "<orientation>90.00</orientation><size>16.50</size><color>0000FF</color></design>");
     ZWCardLabel label = Plain();
     EXPECT_TRUE(label.GetStyleFromFile(QStringLiteral("Heading")));
     EXPECT_EQ(label.font, QStringLiteral("Arial"));

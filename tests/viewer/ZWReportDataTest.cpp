@@ -1,9 +1,9 @@
-#include "host/drivers/ZWDriverSupport.h"
-#include "host/drivers/ZWLiveValues.h"
+#include "viewer/ZWReportData.h"
 #include "host/core/ZWLocale.h"
 #include "host/core/ZWProgress.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWLiveValues.h"
 #include "tests/support/ZWTestSupport.h"
-#include "viewer/ZWReportData.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,8 @@ QString Card(const QString& kind, const QString& id, const QString& body)
 
 QString Formule(const QString& id, const QString& formula, const QString& extra = QString())
 {
-    return Card(QStringLiteral("formule"), id, QStringLiteral("<value>%1</value>").arg(formula.toHtmlEscaped()) + extra);
+    return Card(
+        QStringLiteral("formule"), id, QStringLiteral("<value>%1</value>").arg(formula.toHtmlEscaped()) + extra);
 }
 
 class ZWReportDataTest : public testing::Test
@@ -74,24 +75,25 @@ TEST_F(ZWReportDataTest, NoPagesGivesAnEmptyDocumentAndAnEmptyRange)
 
 TEST_F(ZWReportDataTest, VariablesAreCollectedOnceAndOnlyFromTheFirstCondition)
 {
-    const QString design = QStringLiteral(
-        "<design><formules>"
-        "<formule><name>Cost</name><text>[Gas meter.Volume] * 0.95</text></formule>"
-        "<formule><name>Bad</name><text>[Lib.Broken] +</text></formule>"
-        "</formules><page>")
+    const QString design = QStringLiteral("<design><formules>"
+                                          "<formule><name>Cost</name><text>[Gas meter.Volume] * 0.95</text></formule>"
+                                          "<formule><name>Bad</name><text>[Lib.Broken] +</text></formule>"
+                                          "</formules><page>")
         + Formule(QStringLiteral("1"), QStringLiteral("[Main meter.Active energy]"))
         + Formule(QStringLiteral("2"), QStringLiteral("[Main meter.Active energy] * 2"))
         + Formule(QStringLiteral("3"), QStringLiteral("[Bool.Formula] > 1")) // not a value: nothing
-        + QStringLiteral("<conditioned><id>C</id>"
-                         "<control><condition>[Office.Temperature] &gt; 19</condition><label><id>a</id></label></control>"
-                         "<control><condition>[Second.Condition] &gt; 1</condition><label><id>b</id></label></control>"
-                         "</conditioned>"
-                         "<conditioned><id>D</id>"
-                         "<control><condition>[Numeric.Condition] + 1</condition><label><id>c</id></label></control>"
-                         "</conditioned></page></design>");
+        + QStringLiteral(
+            "<conditioned><id>C</id>"
+            "<control><condition>[Office.Temperature] &gt; 19</condition><label><id>a</id></label></control>"
+            "<control><condition>[Second.Condition] &gt; 1</condition><label><id>b</id></label></control>"
+            "</conditioned>"
+            "<conditioned><id>D</id>"
+            "<control><condition>[Numeric.Condition] + 1</condition><label><id>c</id></label></control>"
+            "</conditioned></page></design>");
     Gather(design);
-    EXPECT_EQ(m_data.LoggerInfo().Variables(), (QStringList{QStringLiteral("Gas meter.Volume"),
-                                      QStringLiteral("Main meter.Active energy"), QStringLiteral("Office.Temperature")}));
+    EXPECT_EQ(m_data.LoggerInfo().Variables(),
+        (QStringList{QStringLiteral("Gas meter.Volume"), QStringLiteral("Main meter.Active energy"),
+            QStringLiteral("Office.Temperature")}));
 }
 
 TEST_F(ZWReportDataTest, FormulaValuesAndTheirFormats)
@@ -116,8 +118,8 @@ TEST_F(ZWReportDataTest, FormulaValuesAndTheirFormats)
     XmlDocument values;
     ASSERT_TRUE(values.Parse(Gather(design)));
     const auto value = [&values](const char* id) {
-        return values.Node(QStringLiteral("/formule?id=%s?"), QString::fromLatin1(id)).Value(QStringLiteral("/value"),
-            QStringLiteral("<none>"));
+        return values.Node(QStringLiteral("/formule?id=%s?"), QString::fromLatin1(id))
+            .Value(QStringLiteral("/value"), QStringLiteral("<none>"));
     };
     EXPECT_EQ(value("default"), QStringLiteral("12345.678"));
     EXPECT_EQ(value("T"), QStringLiteral("12,345.7"));
@@ -148,8 +150,8 @@ TEST_F(ZWReportDataTest, DatesOfThePeriod)
     XmlDocument values;
     ASSERT_TRUE(values.Parse(Gather(design)));
     const auto value = [&values](const char* id) {
-        return values.Node(QStringLiteral("/date?id=%s?"), QString::fromLatin1(id)).Value(QStringLiteral("/value"),
-            QStringLiteral("<none>"));
+        return values.Node(QStringLiteral("/date?id=%s?"), QString::fromLatin1(id))
+            .Value(QStringLiteral("/value"), QStringLiteral("<none>"));
     };
     EXPECT_EQ(value("begin"), QStringLiteral("01/02/2026 00:00:00"));
     // The end is exclusive: February's report ends on 1 March.

@@ -1,5 +1,5 @@
-#include "host/core/ZWLocale.h"
 #include "viewer/ZWReportPeriod.h"
+#include "host/core/ZWLocale.h"
 #include "viewer/ZWUserInterval.h"
 
 #include <QSettings>

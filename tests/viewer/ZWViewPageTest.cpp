@@ -1,3 +1,4 @@
+#include "viewer/ZWViewPage.h"
 #include "host/core/ZWNoValue.h"
 #include "host/core/ZWRemote.h"
 #include "template/ZWCardConditioned.h"
@@ -7,7 +8,6 @@
 #include "template/ZWCardLabel.h"
 #include "template/ZWColorRef.h"
 #include "tests/template/TemplateTestSupport.h"
-#include "viewer/ZWViewPage.h"
 
 #include <QPainter>
 #include <gtest/gtest.h>
@@ -61,8 +61,7 @@ protected:
         m_design = MakePage();
         ASSERT_TRUE(m_view.SetTemplate(m_design.Node(QStringLiteral("/page"))));
     }
-    template <class Card>
-    Card* Find(const char* id)
+    template <class Card> Card* Find(const char* id)
     {
         return dynamic_cast<Card*>(m_view.Page().FindCard(QString::fromLatin1(id)));
     }

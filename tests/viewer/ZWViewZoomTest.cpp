@@ -1,5 +1,5 @@
-#include "host/core/ZWNoValue.h"
 #include "viewer/ZWViewZoom.h"
+#include "host/core/ZWNoValue.h"
 
 #include <gtest/gtest.h>
 

@@ -69,8 +69,8 @@ bool CDlgInformesList::IsValidName(const QString& name)
     if (name.isEmpty() || name.front() == QLatin1Char(' '))
         return false;
     const QList<uint> codePoints = name.toUcs4();
-    return std::all_of(codePoints.begin(), codePoints.end(),
-        [](uint c) { return QChar::isLetterOrNumber(char32_t(c)); });
+    return std::all_of(
+        codePoints.begin(), codePoints.end(), [](uint c) { return QChar::isLetterOrNumber(char32_t(c)); });
 }
 
 void CDlgInformesList::showEvent(QShowEvent* event)
@@ -84,8 +84,8 @@ void CDlgInformesList::InitializeFields()
 {
     m_initialized = true;
     m_list->clear();
-    m_list->setSelectionMode(m_type == Several ? QAbstractItemView::ExtendedSelection
-                                               : QAbstractItemView::SingleSelection);
+    m_list->setSelectionMode(
+        m_type == Several ? QAbstractItemView::ExtendedSelection : QAbstractItemView::SingleSelection);
     QTreeWidgetItem* remembered = nullptr;
     for (const QString& title : ZWReportFiles::ReportNames()) {
         auto* item = new QTreeWidgetItem(m_list, {title});

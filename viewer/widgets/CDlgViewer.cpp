@@ -1,10 +1,10 @@
 #include "viewer/widgets/CDlgViewer.h"
 
-#include "host/widgets/CDlgProgress.h"
-#include "host/widgets/CGoToDateDlg.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWLocale.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/widgets/CDlgProgress.h"
+#include "host/widgets/CGoToDateDlg.h"
 #include "viewer/widgets/CDlgUserInterval.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
 #include "viewer/widgets/ZWViewerIcons.h"

@@ -2,11 +2,11 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
-#include "template/ZWColorRef.h"
-#include "viewer/widgets/ZWViewTemplateWnd.h"
-#include "viewer/ZWViewZoom.h"
-#include "viewer/widgets/ZWViewerIcons.h"
 #include "host/core/ZWSettingsKeys.h"
+#include "template/ZWColorRef.h"
+#include "viewer/ZWViewZoom.h"
+#include "viewer/widgets/ZWViewTemplateWnd.h"
+#include "viewer/widgets/ZWViewerIcons.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -19,7 +19,6 @@
 #include <QToolBar>
 
 namespace {
-
 
 QAction* MakeAction(QObject* parent, int textId, ZWViewerIcons::Kind icon, const QKeySequence& key)
 {
@@ -148,8 +147,8 @@ bool ZWViewReportFrame::SetTemplate(const XmlDocument& design)
     }
     m_pages.clear();
 
-    const std::vector<XmlDocument::XmlNode> pages =
-        root.IsNull() ? std::vector<XmlDocument::XmlNode>() : root.Nodes(QStringLiteral("page"));
+    const std::vector<XmlDocument::XmlNode> pages
+        = root.IsNull() ? std::vector<XmlDocument::XmlNode>() : root.Nodes(QStringLiteral("page"));
     const auto addWindow = [this] {
         auto* wnd = new ZWViewTemplateWnd(m_stack);
         wnd->setObjectName(QStringLiteral("Viewer"));
@@ -360,8 +359,8 @@ bool ZWViewReportFrame::PrintPages(QPrinter& printer, int first, int last)
     if (!painter.begin(&printer))
         return false;
     // Where the printable area begins on the paper.
-    const QPointF offset = printer.pageRect(QPrinter::DevicePixel).topLeft()
-        - printer.paperRect(QPrinter::DevicePixel).topLeft();
+    const QPointF offset
+        = printer.pageRect(QPrinter::DevicePixel).topLeft() - printer.paperRect(QPrinter::DevicePixel).topLeft();
     for (int number = first; number <= last; ++number) {
         if (number > first && !printer.newPage())
             break;

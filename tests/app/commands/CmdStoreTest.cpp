@@ -35,9 +35,11 @@ TEST(CmdStore, ImportReportsAndRefusesBadRows)
     ASSERT_TRUE(zwtest::WriteFile(good, "time,M.E,R.T\n2025-01-06T00:00:00Z,1,20\n2025-01-06T01:00:00Z,3,\n"));
     ASSERT_TRUE(zwtest::WriteFile(bad, "time,M.E\n2025-01-06T02:00:00Z,4\n2025-01-06T03:00:00Z,x\n"));
 
-    Result r = Zw({QStringLiteral("import"), QStringLiteral("--db"), db, QStringLiteral("--counter"), QStringLiteral("M.E"), good});
+    Result r = Zw({QStringLiteral("import"), QStringLiteral("--db"), db, QStringLiteral("--counter"),
+        QStringLiteral("M.E"), good});
     EXPECT_EQ(r.code, 0) << r.err.toStdString();
-    EXPECT_TRUE(r.out.startsWith(QStringLiteral("Imported 3 samples of 2 variables (2 new) from 2 rows"))) << r.out.toStdString();
+    EXPECT_TRUE(r.out.startsWith(QStringLiteral("Imported 3 samples of 2 variables (2 new) from 2 rows")))
+        << r.out.toStdString();
 
     r = Zw({QStringLiteral("import"), QStringLiteral("--db"), db, bad});
     EXPECT_EQ(r.code, 1);
@@ -65,12 +67,16 @@ TEST(CmdStore, DemoDbFillsOnceAndReplacesOnRequest)
     Result r = Zw(args);
     EXPECT_EQ(r.code, 0) << r.err.toStdString();
     EXPECT_TRUE(r.out.startsWith(QStringLiteral("Wrote 20839 samples of 7 variables, 2025-01-01T00:00:00Z to "
-                                                "2025-02-01T00:00:00Z"))) << r.out.toStdString();
+                                                "2025-02-01T00:00:00Z")))
+        << r.out.toStdString();
     r = Zw(args);
     EXPECT_EQ(r.code, 1);
     EXPECT_TRUE(r.err.contains(QStringLiteral("already holds logged data"))) << r.err.toStdString();
     EXPECT_EQ(Zw(args + QStringList{QStringLiteral("--replace")}).code, 0);
-    EXPECT_EQ(Zw({QStringLiteral("demo-db"), QStringLiteral("--db"), db, QStringLiteral("--step"), QStringLiteral("5m")}).code, 2);
+    EXPECT_EQ(
+        Zw({QStringLiteral("demo-db"), QStringLiteral("--db"), db, QStringLiteral("--step"), QStringLiteral("5m")})
+            .code,
+        2);
 }
 
 } // namespace

@@ -49,7 +49,8 @@ TEST(TokensCommand, JsonListsEveryTokenUpToTheEnd)
     const Result r = RunProgram({QStringLiteral("tokens"), QStringLiteral("--json"), QStringLiteral("12+[m.e]")});
     EXPECT_EQ(r.status, 0);
     // Members in the documented order.
-    EXPECT_TRUE(r.out.startsWith(R"([{"type":1,"text":"","number":12,"position":0,"valueType":0},)")) << r.out.toStdString();
+    EXPECT_TRUE(r.out.startsWith(R"([{"type":1,"text":"","number":12,"position":0,"valueType":0},)"))
+        << r.out.toStdString();
     const QJsonArray tokens = r.Json().toArray();
     ASSERT_EQ(tokens.size(), 4);
     EXPECT_EQ(tokens[1].toObject()[QStringLiteral("type")].toInt(), 3);
@@ -170,13 +171,13 @@ protected:
 TEST_F(WithLibrary, EvalUsesALibraryOrAReport)
 {
     for (const QString& file : {m_library, m_report}) {
-        const Result r = RunProgram({QStringLiteral("eval"), QStringLiteral("--formules"), file, QStringLiteral("--set"),
-            QStringLiteral("m.e=10"), QStringLiteral("--json"), QStringLiteral("Total * 2")});
+        const Result r = RunProgram({QStringLiteral("eval"), QStringLiteral("--formules"), file,
+            QStringLiteral("--set"), QStringLiteral("m.e=10"), QStringLiteral("--json"), QStringLiteral("Total * 2")});
         EXPECT_EQ(r.status, 0) << r.err.toStdString();
         EXPECT_EQ(r.Json().toObject()[QStringLiteral("value")].toDouble(), 10.0);
     }
-    const Result loop = RunProgram({QStringLiteral("eval"), QStringLiteral("--formules"), m_loop, QStringLiteral("--json"),
-        QStringLiteral("B")});
+    const Result loop = RunProgram(
+        {QStringLiteral("eval"), QStringLiteral("--formules"), m_loop, QStringLiteral("--json"), QStringLiteral("B")});
     EXPECT_EQ(loop.status, 1);
     EXPECT_EQ(loop.Json().toObject()[QStringLiteral("code")].toInt(), 40);
 }
@@ -193,8 +194,8 @@ TEST_F(WithLibrary, CheckLoops)
         {m_loop, {QStringLiteral("--count"), QStringLiteral("1")}, 0},
         {m_loop, {QStringLiteral("--count"), QStringLiteral("2")}, 1}};
     for (const Case& c : cases) {
-        const Result r = RunProgram(QStringList{QStringLiteral("check-loops"), QStringLiteral("--formules"), c.file,
-                                 QStringLiteral("--json")}
+        const Result r = RunProgram(
+            QStringList{QStringLiteral("check-loops"), QStringLiteral("--formules"), c.file, QStringLiteral("--json")}
             + c.extra);
         EXPECT_EQ(r.status, c.result == 0 ? 0 : 1);
         EXPECT_EQ(r.out.trimmed(), QStringLiteral("{\"result\":%1}").arg(c.result).toUtf8());
@@ -208,7 +209,8 @@ TEST_F(WithLibrary, UnreadableFilesFail)
     const QString other = m_dir.filePath(QStringLiteral("other.xml"));
     ASSERT_TRUE(zwtest::WriteFile(other, "<style/>"));
     for (const QString& file : {bad, other, m_dir.filePath(QStringLiteral("missing.xml"))}) {
-        EXPECT_EQ(RunProgram({QStringLiteral("eval"), QStringLiteral("--formules"), file, QStringLiteral("1")}).status, 1);
+        EXPECT_EQ(
+            RunProgram({QStringLiteral("eval"), QStringLiteral("--formules"), file, QStringLiteral("1")}).status, 1);
         const Result r = RunProgram({QStringLiteral("check-loops"), QStringLiteral("--formules"), file});
         EXPECT_EQ(r.status, 1);
         EXPECT_FALSE(r.err.isEmpty());
@@ -235,8 +237,8 @@ TEST(FormulaCommands, UsageErrors)
         {QStringLiteral("eval"), QStringLiteral("--formules")},
         {QStringLiteral("tokens")},
         {QStringLiteral("check-loops"), QStringLiteral("--json")},
-        {QStringLiteral("check-loops"), QStringLiteral("--formules"), QStringLiteral("x.xml"), QStringLiteral("--count"),
-            QStringLiteral("many")},
+        {QStringLiteral("check-loops"), QStringLiteral("--formules"), QStringLiteral("x.xml"),
+            QStringLiteral("--count"), QStringLiteral("many")},
         {QStringLiteral("message")},
         {QStringLiteral("message"), QStringLiteral("ten")},
     };
@@ -259,7 +261,8 @@ TEST(FormulaCommands, HumanReadableForms)
     Result r = RunProgram({QStringLiteral("eval"), QStringLiteral("2+-3")});
     EXPECT_EQ(r.status, 1);
     EXPECT_TRUE(r.out.contains("invalid formula")) << r.out.toStdString();
-    r = RunProgram({QStringLiteral("eval"), QStringLiteral("Total + [m.x]"), QStringLiteral("--set"), QStringLiteral("m.x=")});
+    r = RunProgram(
+        {QStringLiteral("eval"), QStringLiteral("Total + [m.x]"), QStringLiteral("--set"), QStringLiteral("m.x=")});
     EXPECT_EQ(r.status, 1);
     EXPECT_TRUE(r.out.contains("error 62")) << r.out.toStdString();
     EXPECT_TRUE(r.out.contains("Total, [m.x]")) << r.out.toStdString();

@@ -32,8 +32,8 @@ Result RunProcess(const QString& program, const QStringList& args)
 
 Result Zw(const QStringList& args)
 {
-    return RunProcess(QStringLiteral(ZW_PROGRAM), QStringList{QStringLiteral("--tz"), QStringLiteral("UTC"),
-                                               QStringLiteral("--locale"), QStringLiteral("en_US")}
+    return RunProcess(QStringLiteral(ZW_PROGRAM),
+        QStringList{QStringLiteral("--tz"), QStringLiteral("UTC"), QStringLiteral("--locale"), QStringLiteral("en_US")}
             + args);
 }
 
@@ -46,24 +46,24 @@ protected:
         m_db = QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("site.sqlite"));
         // February 2026 in UTC. Counters: the reading before the month, one
         // inside, one on the 1 March boundary (it still counts) and one after.
-        const QByteArray csv =
-            "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
-            "2026-01-31T23:45:00Z,1000,100,10,0\n"
-            "2026-02-14T12:00:00Z,6000,700,20,2000\n"
-            "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
-            "2026-03-02T00:00:00Z,99999,9999,999,9999\n";
+        const QByteArray csv = "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
+                               "2026-01-31T23:45:00Z,1000,100,10,0\n"
+                               "2026-02-14T12:00:00Z,6000,700,20,2000\n"
+                               "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
+                               "2026-03-02T00:00:00Z,99999,9999,999,9999\n";
         ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("site.csv")), csv));
-        const Result imported = Zw({QStringLiteral("import"), QStringLiteral("--db"), m_db,
-            QStringLiteral("--counter"), QStringLiteral("Main meter.Active energy"), QStringLiteral("--counter"),
-            QStringLiteral("Gas meter.Volume"), QStringLiteral("--counter"), QStringLiteral("Water meter.Volume"),
-            QStringLiteral("--counter"), QStringLiteral("PV inverter.Energy"), m_dir.filePath(QStringLiteral("site.csv"))});
+        const Result imported = Zw({QStringLiteral("import"), QStringLiteral("--db"), m_db, QStringLiteral("--counter"),
+            QStringLiteral("Main meter.Active energy"), QStringLiteral("--counter"), QStringLiteral("Gas meter.Volume"),
+            QStringLiteral("--counter"), QStringLiteral("Water meter.Volume"), QStringLiteral("--counter"),
+            QStringLiteral("PV inverter.Energy"), m_dir.filePath(QStringLiteral("site.csv"))});
         ASSERT_EQ(imported.status, 0) << imported.err.toStdString();
     }
 
     QStringList Period() const
     {
-        return {QStringLiteral("--db"), m_db, QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"),
-            QStringLiteral("2026-02-14T08:00:00"), QStringLiteral("--now"), QStringLiteral("2026-11-21T10:00:00")};
+        return {QStringLiteral("--db"), m_db, QStringLiteral("--unit"), QStringLiteral("month"),
+            QStringLiteral("--date"), QStringLiteral("2026-02-14T08:00:00"), QStringLiteral("--now"),
+            QStringLiteral("2026-11-21T10:00:00")};
     }
 
     QTemporaryDir m_dir;
@@ -74,8 +74,11 @@ TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
 {
     const QString pdf = m_dir.filePath(QStringLiteral("february.pdf"));
     const QString pngs = m_dir.filePath(QStringLiteral("pages"));
-    const Result r = Zw(QStringList{QStringLiteral("render"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT"))}
-        + Period() + QStringList{QStringLiteral("-o"), pdf, QStringLiteral("--png"), pngs, QStringLiteral("--dpi"), QStringLiteral("50")});
+    const Result r = Zw(
+        QStringList{QStringLiteral("render"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT"))}
+        + Period()
+        + QStringList{
+            QStringLiteral("-o"), pdf, QStringLiteral("--png"), pngs, QStringLiteral("--dpi"), QStringLiteral("50")});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();
 
     const Result info = RunProcess(QStringLiteral("pdfinfo"), {pdf});
@@ -85,8 +88,8 @@ TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
     const Result fonts = RunProcess(QStringLiteral("pdffonts"), {pdf});
     EXPECT_TRUE(fonts.out.contains(QStringLiteral("LiberationSans"))) << fonts.out.toStdString();
     // The "emb" column says yes for every font.
-    EXPECT_FALSE(fonts.out.contains(QRegularExpression(QStringLiteral("Identity-H\\s+no"))))
-        << "every font embedded:\n" << fonts.out.toStdString();
+    EXPECT_FALSE(fonts.out.contains(QRegularExpression(QStringLiteral("Identity-H\\s+no")))) << "every font embedded:\n"
+                                                                                             << fonts.out.toStdString();
 
     const Result text = RunProcess(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
     ASSERT_EQ(text.status, 0);
@@ -111,21 +114,25 @@ TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
 
 TEST_F(MonthlyReport, ValueDocumentAndItsFailures)
 {
-    const Result values = Zw(QStringList{QStringLiteral("values"),
-        zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT"))} + Period());
+    const Result values = Zw(
+        QStringList{QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT"))}
+        + Period());
     ASSERT_EQ(values.status, 0) << values.err.toStdString();
     EXPECT_TRUE(values.out.startsWith(QStringLiteral("<fields><date><id>"))) << values.out.toStdString();
     EXPECT_TRUE(values.out.contains(QStringLiteral("<value>12,345.6</value>")));
     EXPECT_EQ(values.out.count(QStringLiteral("<conditioned>")), 2);
 
     // A report that does not exist, a database that cannot be opened, a bad unit.
-    const Result missing = Zw(QStringList{QStringLiteral("values"), m_dir.filePath(QStringLiteral("none.XRPT"))} + Period());
+    const Result missing
+        = Zw(QStringList{QStringLiteral("values"), m_dir.filePath(QStringLiteral("none.XRPT"))} + Period());
     EXPECT_EQ(missing.status, 1);
     EXPECT_TRUE(missing.err.contains(QStringLiteral("none.XRPT"))) << missing.err.toStdString();
-    const Result badDb = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
-        QStringLiteral("--db"), QStringLiteral("postgresql://nobody@127.0.0.1:1/none?connect_timeout=2")});
+    const Result badDb
+        = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
+            QStringLiteral("--db"), QStringLiteral("postgresql://nobody@127.0.0.1:1/none?connect_timeout=2")});
     EXPECT_EQ(badDb.status, 1) << badDb.err.toStdString();
-    const Result badUnit = Zw({QStringLiteral("values"), QStringLiteral("x.XRPT"), QStringLiteral("--unit"), QStringLiteral("fortnight")});
+    const Result badUnit = Zw(
+        {QStringLiteral("values"), QStringLiteral("x.XRPT"), QStringLiteral("--unit"), QStringLiteral("fortnight")});
     EXPECT_EQ(badUnit.status, 2);
 }
 
@@ -137,21 +144,26 @@ TEST(PeriodCommand, JsonOfUnitsAndTheUserInterval)
         int status;
         const char* json;
     } cases[] = {
-        {{QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"), QStringLiteral("2026-02-14T10:00:00")},
+        {{QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"),
+             QStringLiteral("2026-02-14T10:00:00")},
             0, R"({"start":"2026-02-01T00:00:00","end":"2026-03-01T00:00:00","lengthDays":31})"},
-        {{QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"), QStringLiteral("2026-03-01T00:00:00")},
+        {{QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"),
+             QStringLiteral("2026-03-01T00:00:00")},
             0, R"({"start":"2026-02-01T00:00:00","end":"2026-03-01T00:00:00","lengthDays":31})"},
-        {{QStringLiteral("--unit"), QStringLiteral("3month"), QStringLiteral("--date"), QStringLiteral("2026-11-02T00:00:00")},
+        {{QStringLiteral("--unit"), QStringLiteral("3month"), QStringLiteral("--date"),
+             QStringLiteral("2026-11-02T00:00:00")},
             0, R"({"start":"2026-10-01T00:00:00","end":"2027-01-01T00:00:00","lengthDays":91})"},
-        {{QStringLiteral("--unit"), QStringLiteral("day"), QStringLiteral("--date"), QStringLiteral("2030-01-01T00:00:00")},
+        {{QStringLiteral("--unit"), QStringLiteral("day"), QStringLiteral("--date"),
+             QStringLiteral("2030-01-01T00:00:00")},
             0, R"({"start":"2026-11-21T00:00:00","end":"2026-11-22T00:00:00","lengthDays":1})"},
-        {{QStringLiteral("--unit"), QStringLiteral("user"), QStringLiteral("--from"), QStringLiteral("2026-01-01T06:00:00"),
-             QStringLiteral("--to"), QStringLiteral("2026-01-01T18:00:00")},
+        {{QStringLiteral("--unit"), QStringLiteral("user"), QStringLiteral("--from"),
+             QStringLiteral("2026-01-01T06:00:00"), QStringLiteral("--to"), QStringLiteral("2026-01-01T18:00:00")},
             0, R"({"start":"2026-01-01T06:00:00","end":"2026-01-01T18:00:00","lengthDays":0.5})"},
-        {{QStringLiteral("--unit"), QStringLiteral("user"), QStringLiteral("--from"), QStringLiteral("2026-01-01T06:00:00"),
-             QStringLiteral("--to"), QStringLiteral("2026-01-01T06:59:59")},
+        {{QStringLiteral("--unit"), QStringLiteral("user"), QStringLiteral("--from"),
+             QStringLiteral("2026-01-01T06:00:00"), QStringLiteral("--to"), QStringLiteral("2026-01-01T06:59:59")},
             1, ""},
-        {{QStringLiteral("--unit"), QStringLiteral("week"), QStringLiteral("--date"), QStringLiteral("not a date")}, 2, ""},
+        {{QStringLiteral("--unit"), QStringLiteral("week"), QStringLiteral("--date"), QStringLiteral("not a date")}, 2,
+            ""},
     };
     for (const Case& c : cases) {
         const Result r = Zw(QStringList{QStringLiteral("period"), QStringLiteral("--json"), QStringLiteral("--now"),

@@ -48,13 +48,14 @@ protected:
 TEST_F(ViewerCommands, ScreenshotOfTheViewer)
 {
     ASSERT_EQ(Run({QStringLiteral("demo-db"), QStringLiteral("--db"), Db(), QStringLiteral("--months"),
-                  QStringLiteral("2"), QStringLiteral("--step"), QStringLiteral("15m")})
+                      QStringLiteral("2"), QStringLiteral("--step"), QStringLiteral("15m")})
                   .status,
         0);
     const QString png = m_dir.filePath(QStringLiteral("shot.png"));
-    const Result r = Run({QStringLiteral("screenshot"), Report(), QStringLiteral("--db"), Db(), QStringLiteral("--unit"),
-        QStringLiteral("month"), QStringLiteral("--size"), QStringLiteral("800x600"), QStringLiteral("--zoom"),
-        QStringLiteral("100"), QStringLiteral("--page"), QStringLiteral("2"), QStringLiteral("-o"), png});
+    const Result r
+        = Run({QStringLiteral("screenshot"), Report(), QStringLiteral("--db"), Db(), QStringLiteral("--unit"),
+            QStringLiteral("month"), QStringLiteral("--size"), QStringLiteral("800x600"), QStringLiteral("--zoom"),
+            QStringLiteral("100"), QStringLiteral("--page"), QStringLiteral("2"), QStringLiteral("-o"), png});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();
     const QImage image(png);
     ASSERT_FALSE(image.isNull());
@@ -86,8 +87,7 @@ TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
         {{QStringLiteral("view"), Report(), QStringLiteral("--unit"), QStringLiteral("user"), QStringLiteral("--from"),
              QStringLiteral("2025-01-01T10:00:00"), QStringLiteral("--to"), QStringLiteral("2025-01-01T10:59:59")},
             1, "at least one hour"},
-        {{QStringLiteral("view"), Report(), QStringLiteral("--db"), QStringLiteral("mysql://h/d")}, 1,
-            "is not valid"},
+        {{QStringLiteral("view"), Report(), QStringLiteral("--db"), QStringLiteral("mysql://h/d")}, 1, "is not valid"},
         {{QStringLiteral("view"), m_dir.filePath(QStringLiteral("Missing.XRPT")), QStringLiteral("--db"), Db()}, 1,
             "cannot read the report"},
         {{QStringLiteral("screenshot"), Report(), QStringLiteral("-o"), png, QStringLiteral("--zoom"),
@@ -101,8 +101,8 @@ TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
     for (const Case& c : cases) {
         const Result r = Run(c.args);
         EXPECT_EQ(r.status, c.status) << c.args.join(QLatin1Char(' ')).toStdString() << "\n" << r.err.toStdString();
-        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message)))
-            << c.args.join(QLatin1Char(' ')).toStdString() << "\n" << r.err.toStdString();
+        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message))) << c.args.join(QLatin1Char(' ')).toStdString() << "\n"
+                                                                  << r.err.toStdString();
     }
 }
 

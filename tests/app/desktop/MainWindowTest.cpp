@@ -1,13 +1,13 @@
-#include "host/drivers/ZWDriverSupport.h"
+#include "app/desktop/CDlgLoggerDatabase.h"
+#include "app/desktop/ZWMainWindow.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/store/ZWLoggerDatabase.h"
 #include "tests/support/ZWTestSupport.h"
-#include "app/desktop/CDlgLoggerDatabase.h"
+#include "viewer/ZWReportFiles.h"
 #include "viewer/widgets/CDlgViewer.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
-#include "app/desktop/ZWMainWindow.h"
-#include "host/store/ZWLoggerDatabase.h"
-#include "viewer/ZWReportFiles.h"
 
 #include <QDialogButtonBox>
 #include <QLineEdit>
@@ -152,8 +152,7 @@ TEST_F(MainWindow, ChoosingTheLoggerDatabase)
         QTest::mouseClick(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok), Qt::LeftButton);
         if (c.message) {
             ASSERT_EQ(dialog.messages.size(), 1u) << c.url.toStdString();
-            EXPECT_TRUE(dialog.messages[0].contains(QString::fromUtf8(c.message)))
-                << dialog.messages[0].toStdString();
+            EXPECT_TRUE(dialog.messages[0].contains(QString::fromUtf8(c.message))) << dialog.messages[0].toStdString();
             EXPECT_TRUE(dialog.isVisible());
             EXPECT_EQ(ZWDriverSupport::Store(), nullptr);
         } else {

@@ -29,8 +29,7 @@ struct RefusedCase
 };
 
 class XmlRefused : public testing::TestWithParam<RefusedCase>
-{
-};
+{};
 
 TEST_P(XmlRefused, FailsToLoadWithItsReason)
 {
@@ -41,13 +40,11 @@ TEST_P(XmlRefused, FailsToLoadWithItsReason)
 }
 
 INSTANTIATE_TEST_SUITE_P(Hostile, XmlRefused,
-    testing::Values(
-        RefusedCase{"billion laughs",
-            "<?xml version=\"1.0\"?><!DOCTYPE lolz [<!ENTITY lol \"lol\"><!ENTITY lol2 "
-            "\"&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;\">]><design><name>&lol2;</name></design>",
-            XmlDocument::Error::Doctype},
-        RefusedCase{"external entity",
-            "<!DOCTYPE d [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><design>&e;</design>",
+    testing::Values(RefusedCase{"billion laughs",
+                        "<?xml version=\"1.0\"?><!DOCTYPE lolz [<!ENTITY lol \"lol\"><!ENTITY lol2 "
+                        "\"&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;\">]><design><name>&lol2;</name></design>",
+                        XmlDocument::Error::Doctype},
+        RefusedCase{"external entity", "<!DOCTYPE d [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><design>&e;</design>",
             XmlDocument::Error::Doctype},
         RefusedCase{"undeclared entity", "<design><name>&nope;</name></design>", XmlDocument::Error::Syntax},
         RefusedCase{"one level too deep", Nested(XmlDocument::MaxDepth + 1), XmlDocument::Error::TooDeep},
@@ -90,8 +87,8 @@ TEST(XmlDocument, PathsAndKeyFilter)
         QStringLiteral("A*2"));
     // Names are compared as text, case-sensitively, whatever they hold.
     EXPECT_TRUE(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("b")).IsNull());
-    EXPECT_EQ(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("a'\"]/?=%s"))
-                  .Value(QStringLiteral("/text")),
+    EXPECT_EQ(
+        doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("a'\"]/?=%s")).Value(QStringLiteral("/text")),
         QStringLiteral("7"));
     EXPECT_TRUE(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("' or '1'='1")).IsNull());
     EXPECT_TRUE(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("A/text")).IsNull());

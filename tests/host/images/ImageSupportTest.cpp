@@ -1,9 +1,9 @@
 // Pictures from hostile bytes: recognising the formats by content, the
 // module's own tga and pcx decoders, size limits, the helper process for
 // tif with its limits, the decode cache, and the regression corpus.
+#include "host/core/ZWRemote.h"
 #include "host/images/ZWImageFormat.h"
 #include "host/images/ZWImageSupport.h"
-#include "host/core/ZWRemote.h"
 #include "template/ZWCardImage.h"
 #include "template/ZWTemplate.h"
 #include "template/ZWTextStyle.h"
@@ -113,16 +113,13 @@ TEST_F(ImageSupport, FormatsAreRecognisedByContent)
         ZWImageFormat::Type type;
     };
     const Case cases[] = {
-        {Encoded(image, "png"), ZWImageFormat::Png},
-        {Encoded(image, "jpeg"), ZWImageFormat::Jpeg},
-        {Encoded(image, "bmp"), ZWImageFormat::Bmp},
-        {Encoded(image, "tiff"), ZWImageFormat::Tiff},
+        {Encoded(image, "png"), ZWImageFormat::Png}, {Encoded(image, "jpeg"), ZWImageFormat::Jpeg},
+        {Encoded(image, "bmp"), ZWImageFormat::Bmp}, {Encoded(image, "tiff"), ZWImageFormat::Tiff},
         {TgaHeader(2, 1, 1, 24, 0) + QByteArray(3, 'x'), ZWImageFormat::Tga},
         {PcxHeader(8, 1, 2, 1, 2) + QByteArray(2, '\x01'), ZWImageFormat::Pcx},
         {QByteArray("GIF89a\x02\x00\x02\x00\x80\x00\x00", 13), ZWImageFormat::Unknown},
         {QByteArray("BMW is not a bitmap, it is a car manufacturer"), ZWImageFormat::Unknown},
-        {QByteArray("<design/>"), ZWImageFormat::Unknown},
-        {QByteArray(), ZWImageFormat::Unknown},
+        {QByteArray("<design/>"), ZWImageFormat::Unknown}, {QByteArray(), ZWImageFormat::Unknown},
         {TgaHeader(2, 100, 100, 24, 0) + QByteArray(30, 'x'), ZWImageFormat::Unknown}, // data too short
         {TgaHeader(2, 1, 1, 23, 0) + QByteArray(3, 'x'), ZWImageFormat::Unknown},      // no such depth
         {TgaHeader(2, 1, 1, 24, 0xC0) + QByteArray(3, 'x'), ZWImageFormat::Unknown},   // interleaved
@@ -153,7 +150,11 @@ TEST_F(ImageSupport, TgaVariants)
 {
     // 2 × 2 true colour, bottom-up: the first pixel in the file is bottom left.
     QByteArray bottomUp = TgaHeader(2, 2, 2, 24, 0);
-    bottomUp += QByteArray("\x00\x00\xFF" "\x00\xFF\x00" "\xFF\x00\x00" "\xFF\xFF\xFF", 12);
+    bottomUp += QByteArray("\x00\x00\xFF"
+                           "\x00\xFF\x00"
+                           "\xFF\x00\x00"
+                           "\xFF\xFF\xFF",
+        12);
     QImage image = ZWImageSupport::Decode(bottomUp);
     ASSERT_EQ(image.size(), QSize(2, 2));
     EXPECT_EQ(image.pixel(0, 1), qRgb(255, 0, 0));
@@ -163,7 +164,11 @@ TEST_F(ImageSupport, TgaVariants)
 
     // Run-length encoded 32-bit with alpha, top-down: two red, one raw blue.
     QByteArray rle = TgaHeader(10, 3, 1, 32, 0x28);
-    rle += QByteArray("\x81" "\x00\x00\xFF\xFF" "\x00" "\xFF\x00\x00\x80", 10);
+    rle += QByteArray("\x81"
+                      "\x00\x00\xFF\xFF"
+                      "\x00"
+                      "\xFF\x00\x00\x80",
+        10);
     image = ZWImageSupport::Decode(rle);
     ASSERT_EQ(image.size(), QSize(3, 1));
     EXPECT_EQ(image.pixel(1, 0), qRgb(255, 0, 0));
@@ -171,7 +176,10 @@ TEST_F(ImageSupport, TgaVariants)
 
     // Colour-mapped: a 2-entry 24-bit map.
     QByteArray mapped = TgaHeader(1, 2, 1, 8, 0x20, 1, 2, 24);
-    mapped += QByteArray("\x00\x00\xFF" "\x00\xFF\x00", 6) + QByteArray("\x01\x00", 2);
+    mapped += QByteArray("\x00\x00\xFF"
+                         "\x00\xFF\x00",
+                  6)
+        + QByteArray("\x01\x00", 2);
     image = ZWImageSupport::Decode(mapped);
     ASSERT_EQ(image.size(), QSize(2, 1));
     EXPECT_EQ(image.pixel(0, 0), qRgb(0, 255, 0));
@@ -189,7 +197,10 @@ TEST_F(ImageSupport, PcxVariants)
 {
     // 8 bits, one plane, run-length encoded, with the 256-colour palette.
     QByteArray pcx = PcxHeader(8, 1, 3, 2, 4);
-    pcx += QByteArray("\xC3\x01" "\x02" "\xC4\x00", 5); // row 1: 1 1 1 2; row 2: 0 0 0 0
+    pcx += QByteArray("\xC3\x01"
+                      "\x02"
+                      "\xC4\x00",
+        5); // row 1: 1 1 1 2; row 2: 0 0 0 0
     QByteArray palette(769, '\0');
     palette[0] = 0x0C;
     palette[1 + 3] = char(255);     // colour 1: red
@@ -203,7 +214,10 @@ TEST_F(ImageSupport, PcxVariants)
     }
     // 24 bits in three planes, plain bytes.
     QByteArray rgb = PcxHeader(8, 3, 2, 1, 2, false);
-    rgb += QByteArray("\x10\x20" "\x30\x40" "\x50\x60", 6);
+    rgb += QByteArray("\x10\x20"
+                      "\x30\x40"
+                      "\x50\x60",
+        6);
     QImage image = ZWImageSupport::Decode(rgb);
     ASSERT_EQ(image.size(), QSize(2, 1));
     EXPECT_EQ(image.pixel(1, 0), qRgb(0x20, 0x40, 0x60));

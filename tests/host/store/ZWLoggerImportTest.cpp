@@ -29,7 +29,8 @@ INSTANTIATE_TEST_SUITE_P(Backends, LoggerImport, testing::Values(Backend::SQLite
 TEST_P(LoggerImport, ReadsInstantsLocalTimesQuotedNamesAndSkipsEmptyCells)
 {
     QString error;
-    ASSERT_TRUE(Import("\xEF\xBB\xBFtime,Main meter.Active energy,\"Room \"\"A\"\", north.Temp, \xC2\xB0" "C\"\r\n"
+    ASSERT_TRUE(Import("\xEF\xBB\xBFtime,Main meter.Active energy,\"Room \"\"A\"\", north.Temp, \xC2\xB0"
+                       "C\"\r\n"
                        "2025-01-06T00:00:00Z,100.5,20\r\n"
                        "2025-01-06 01:00:00+01:00,101.5,\r\n" // the same instant: replaces
                        "2025-01-06T00:30:00.750Z,102,21\r\n"
@@ -44,9 +45,10 @@ TEST_P(LoggerImport, ReadsInstantsLocalTimesQuotedNamesAndSkipsEmptyCells)
     EXPECT_EQ(energy->kind, ZWSqlLoggerStore::Kind::Counter);
     EXPECT_EQ(temp->kind, ZWSqlLoggerStore::Kind::Gauge);
     EXPECT_EQ(CountRows(QStringLiteral("samples")), 3 + 3);
-    const std::vector<double> v = Values({QStringLiteral("Main meter.Active energy"), room,
-                                             QStringLiteral("Main meter.Active energy:first"), room + QStringLiteral(":count")},
-        T0, T0 + 2 * 3600);
+    const std::vector<double> v
+        = Values({QStringLiteral("Main meter.Active energy"), room, QStringLiteral("Main meter.Active energy:first"),
+                     room + QStringLiteral(":count")},
+            T0, T0 + 2 * 3600);
     EXPECT_EQ(v, (std::vector<double>{103.0 - 101.5, (20.0 + 21.0 - 10.0) / 3.0, 101.5, 3.0}));
 }
 
@@ -61,8 +63,10 @@ TEST_P(LoggerImport, ABadRowStopsTheImportAndKeepsNothing)
     } cases[] = {
         {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-01-06T02:00:00Z,7,8\n2025-01-06T03:00:00Z,abc,9\n",
             "line 4: 'abc' is not a number"},
-        {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-01-06T02:00:00Z,7\n", "line 3: the row has 2 cells, the header 3"},
-        {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-13-06T02:00:00Z,7,8\n", "line 3: '2025-13-06T02:00:00Z' is not a date"},
+        {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-01-06T02:00:00Z,7\n",
+            "line 3: the row has 2 cells, the header 3"},
+        {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-13-06T02:00:00Z,7,8\n",
+            "line 3: '2025-13-06T02:00:00Z' is not a date"},
         {"time,A.x,B.y\n\n2025-01-06T01:00:00Z,5,6\nyesterday,7,8\n", "line 4: 'yesterday'"},
         {"time,A.x,B.y\n2025-01-06T01:00:00Z,nan,6\n", "line 2: 'nan' is not a number"},
         {"time,A.x,B.y\n2025-01-06T01:00:00Z,\"5,6\n", "line 2: a quoted cell is not closed"},
@@ -103,7 +107,8 @@ TEST_P(LoggerImport, ImportingAgainReplacesValuesAndRollupsFollow)
     ASSERT_TRUE(Import("time,Meter.E,Room.T\n2025-01-06T01:40:00Z,0.5,100\n2025-01-06T01:41:00Z,1.5,\n", &error))
         << error.toStdString();
     EXPECT_EQ(CountRows(QStringLiteral("samples")), 400);
-    EXPECT_EQ(Value(QStringLiteral("Meter.E"), s, e), (1099.0 - 1000.0) + 0.5 + 1.0 + (1102.0 - 1.5) + (1199.0 - 1102.0));
+    EXPECT_EQ(
+        Value(QStringLiteral("Meter.E"), s, e), (1099.0 - 1000.0) + 0.5 + 1.0 + (1102.0 - 1.5) + (1199.0 - 1102.0));
     EXPECT_EQ(Value(QStringLiteral("Meter.E"), s, e), Value(QStringLiteral("Meter.E"), s, e, Method::Raw));
     EXPECT_EQ(Value(QStringLiteral("Room.T:max"), s, e), 100.0);
     EXPECT_EQ(Value(QStringLiteral("Room.T:max"), T0 + 7200, e), 6.0);

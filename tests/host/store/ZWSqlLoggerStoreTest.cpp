@@ -1,8 +1,8 @@
-#include "host/drivers/ZWDriverSupport.h"
 #include "host/core/ZWLocalTime.h"
+#include "host/core/ZWNoValue.h"
+#include "host/drivers/ZWDriverSupport.h"
 #include "host/drivers/ZWLoggerData.h"
 #include "host/store/ZWLoggerSchema.h"
-#include "host/core/ZWNoValue.h"
 #include "host/store/ZWLoggerWriter.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 #include "tests/host/store/ZWStoreTestSupport.h"
@@ -92,8 +92,7 @@ bool Close(double a, double b, double relative)
 } // namespace
 
 class SqlLoggerStore : public StoreTest
-{
-};
+{};
 
 INSTANTIATE_TEST_SUITE_P(Backends, SqlLoggerStore, testing::Values(Backend::SQLite, Backend::PostgreSQL), BackendName);
 
@@ -121,14 +120,13 @@ TEST_P(SqlLoggerStore, CounterIncreaseCountsResetsAndEdgeSamples)
         qint64 start, end;
         double increase;
     } cases[] = {
-        {T0, T0 + H, 10.0},               // samples exactly at both bounds
-        {T0, T0 + 2 * H, 25.0},
-        {T0 + 2 * H, T0 + 3 * H, 4.0},    // only the reset: its reading is the increase
+        {T0, T0 + H, 10.0},                                    // samples exactly at both bounds
+        {T0, T0 + 2 * H, 25.0}, {T0 + 2 * H, T0 + 3 * H, 4.0}, // only the reset: its reading is the increase
         {T0 + H, T0 + 5 * H, 15.0 + 4.0 + 5.0 + 6.0},
-        {T0 + 30 * 60, T0 + 90 * 60, 10.0}, // from the last sample at or before the start
+        {T0 + 30 * 60, T0 + 90 * 60, 10.0},            // from the last sample at or before the start
         {T0 + 3 * H + 1, T0 + 4 * H - 1, ZW_NO_VALUE}, // no sample after the start's in reach
-        {T0 - D, T0 + H, 10.0},           // data begins inside the period
-        {T0 + 5 * H, T0 + 6 * H, ZW_NO_VALUE}, // nothing after the last sample
+        {T0 - D, T0 + H, 10.0},                        // data begins inside the period
+        {T0 + 5 * H, T0 + 6 * H, ZW_NO_VALUE},         // nothing after the last sample
     };
     for (const Case& c : cases) {
         for (const Method m : {Method::Rollups, Method::Raw}) {
@@ -159,7 +157,8 @@ TEST_P(SqlLoggerStore, EveryReductionFilter)
 {
     Write(QStringLiteral("Pump.Pressure"), Kind::Gauge,
         {{T0 - 10, 9.0}, {T0, 3.0}, {T0 + 100, 7.0}, {T0 + H + 5, 1.0}, {T0 + 2 * H, 6.0}, {T0 + 3 * H, 2.0}});
-    Write(QStringLiteral("Pump.Energy"), Kind::Counter, {{T0, 50.0}, {T0 + H, 55.0}, {T0 + 2 * H, 1.5}, {T0 + 3 * H, 2.0}});
+    Write(QStringLiteral("Pump.Energy"), Kind::Counter,
+        {{T0, 50.0}, {T0 + H, 55.0}, {T0 + 2 * H, 1.5}, {T0 + 3 * H, 2.0}});
     const qint64 s = T0, e = T0 + 3 * H;
     struct Case
     {
@@ -225,7 +224,8 @@ TEST_P(SqlLoggerStore, DaylightSavingDaysHave23And25Hours)
 {
     // Hourly samples in UTC across both changes of 2025 in Madrid; the gauge
     // reads 1 every hour, the counter grows by 1 an hour.
-    for (const auto& [day, label] : {std::pair{qint64(1743206400), "spring"}, std::pair{qint64(1761350400), "autumn"}}) {
+    for (const auto& [day, label] :
+        {std::pair{qint64(1743206400), "spring"}, std::pair{qint64(1761350400), "autumn"}}) {
         Samples gauge, counter;
         const qint64 from = day - D;
         for (qint64 i = 0; i <= 96; ++i) {
@@ -250,9 +250,9 @@ TEST_P(SqlLoggerStore, DaylightSavingDaysHave23And25Hours)
         std::vector<double> v;
         QString error;
         const QString label = QLatin1String(c.label);
-        ASSERT_TRUE(m_store->PeriodValues({QStringLiteral("Site.Hourly %1:count").arg(label),
-                                              QStringLiteral("Site.Meter %1").arg(label)},
-            c.day, c.day + ZWDateTimeSpan(1, 0, 0, 0), v, nullptr, &error))
+        ASSERT_TRUE(m_store->PeriodValues(
+            {QStringLiteral("Site.Hourly %1:count").arg(label), QStringLiteral("Site.Meter %1").arg(label)}, c.day,
+            c.day + ZWDateTimeSpan(1, 0, 0, 0), v, nullptr, &error))
             << error.toStdString();
         EXPECT_EQ(v[0], c.hours) << c.day.ToIso().toStdString();
         EXPECT_EQ(v[1], c.hours) << c.day.ToIso().toStdString();
@@ -283,9 +283,9 @@ TEST_P(SqlLoggerStore, RollupsGiveTheRawValuesForRandomPeriods)
     Write(QStringLiteral("Random.Counter"), Kind::Counter, counter);
     const Reference refGauge(gauge), refCounter(counter);
 
-    const QStringList reductions = {QStringLiteral("avg"), QStringLiteral("min"), QStringLiteral("max"),
-        QStringLiteral("sum"), QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("count"),
-        QStringLiteral("delta")};
+    const QStringList reductions
+        = {QStringLiteral("avg"), QStringLiteral("min"), QStringLiteral("max"), QStringLiteral("sum"),
+            QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("count"), QStringLiteral("delta")};
     QStringList names;
     std::vector<const Reference*> refs;
     for (const auto& [variable, ref] : {std::pair{QStringLiteral("Random.Gauge"), &refGauge},
@@ -301,9 +301,9 @@ TEST_P(SqlLoggerStore, RollupsGiveTheRawValuesForRandomPeriods)
         if (i % 4 == 1)
             s = ZWDateTime::FloorDiv(s, H) * H; // whole hours at one end
         if (i % 4 == 2)
-            e = s + gap(rng);                    // shorter than an hour
+            e = s + gap(rng); // shorter than an hour
         if (i % 8 == 3)
-            e = s + 2 * D + H;                   // exact days and hours from a cut start
+            e = s + 2 * D + H; // exact days and hours from a cut start
         if (s > e)
             std::swap(s, e);
         const std::vector<double> rolled = Values(names, s, e, Method::Rollups);
@@ -313,15 +313,18 @@ TEST_P(SqlLoggerStore, RollupsGiveTheRawValuesForRandomPeriods)
         for (int k = 0; k < names.size(); ++k) {
             const QString reduction = names[k].section(QLatin1Char(':'), -1);
             const double expected = refs[size_t(k)]->Reduce(reduction, s, e);
-            const std::string what = names[k].toStdString() + " over " + std::to_string(s - T0) + ".." + std::to_string(e - T0);
+            const std::string what
+                = names[k].toStdString() + " over " + std::to_string(s - T0) + ".." + std::to_string(e - T0);
             if (reduction == QLatin1String("avg") || reduction == QLatin1String("sum")) {
                 // Sums are added in another grouping (hours, days): the last
                 // bits may differ.
-                EXPECT_TRUE(Close(rolled[size_t(k)], raw[size_t(k)], 1e-13)) << what << ": " << rolled[size_t(k)] << " vs " << raw[size_t(k)];
+                EXPECT_TRUE(Close(rolled[size_t(k)], raw[size_t(k)], 1e-13))
+                    << what << ": " << rolled[size_t(k)] << " vs " << raw[size_t(k)];
             } else {
                 EXPECT_EQ(rolled[size_t(k)], raw[size_t(k)]) << what;
             }
-            EXPECT_TRUE(Close(rolled[size_t(k)], expected, 1e-12)) << what << ": " << rolled[size_t(k)] << " vs reference " << expected;
+            EXPECT_TRUE(Close(rolled[size_t(k)], expected, 1e-12))
+                << what << ": " << rolled[size_t(k)] << " vs reference " << expected;
         }
     }
 }
@@ -422,7 +425,8 @@ TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
         ZWLoggerWriter writer(store);
         qint64 id;
         bool created;
-        ASSERT_TRUE(writer.Begin(&error) && writer.EnsureVariable(QStringLiteral("A.g"), Kind::Gauge, {}, false, id, created, &error)
+        ASSERT_TRUE(writer.Begin(&error)
+            && writer.EnsureVariable(QStringLiteral("A.g"), Kind::Gauge, {}, false, id, created, &error)
             && writer.Add(id, T0, 4.0, &error) && writer.Add(id, T0 + 60, 6.0, &error) && writer.Commit(&error))
             << error.toStdString();
     }

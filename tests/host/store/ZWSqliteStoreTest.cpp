@@ -1,6 +1,6 @@
 #include "app/demo/ZWDemoData.h"
-#include "host/store/ZWLoggerSchema.h"
 #include "host/core/ZWNoValue.h"
+#include "host/store/ZWLoggerSchema.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 #include "host/store/ZWSqlLoggerStore.h"
 #include "tests/support/ZWTestSupport.h"
@@ -38,7 +38,8 @@ TEST(SqliteStore, NotADatabaseOrANewerSchemaIsAClearError)
     ASSERT_TRUE(zwtest::WriteFile(junk, QByteArray(4096, 'x')));
     QString error;
     EXPECT_FALSE(Store(QStringLiteral("sqlite:") + junk)->Open(&error));
-    EXPECT_TRUE(error.contains(QStringLiteral("Cannot open the logger database sqlite:") + junk)) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("Cannot open the logger database sqlite:") + junk))
+        << error.toStdString();
 
     const QString newer = dir.path() + QStringLiteral("/newer.sqlite");
     {
@@ -68,11 +69,12 @@ TEST(SqliteStore, DemoDataIsPlausibleAndRollupsMatchRawSamples)
     QStringList names;
     for (const auto& v : store->Variables())
         names << v.name;
-    EXPECT_EQ(names, (QStringList{QStringLiteral("Boiler room.Temperature"), QStringLiteral("Circuit 001.Active power"),
-                         QStringLiteral("Circuit 002.Active energy"), QStringLiteral("Gas meter.Volume"),
-                         QStringLiteral("Main meter.Active energy"), QStringLiteral("Main meter.Active power"),
-                         QStringLiteral("Office.Temperature"), QStringLiteral("PV inverter.Energy"),
-                         QStringLiteral("Water meter.Volume")}));
+    EXPECT_EQ(names,
+        (QStringList{QStringLiteral("Boiler room.Temperature"), QStringLiteral("Circuit 001.Active power"),
+            QStringLiteral("Circuit 002.Active energy"), QStringLiteral("Gas meter.Volume"),
+            QStringLiteral("Main meter.Active energy"), QStringLiteral("Main meter.Active power"),
+            QStringLiteral("Office.Temperature"), QStringLiteral("PV inverter.Energy"),
+            QStringLiteral("Water meter.Volume")}));
     EXPECT_EQ(store->FindVariable(QStringLiteral("Main meter.Active energy"))->unit, QStringLiteral("kWh"));
     // The main meter, the water meter and every fourth synthetic counter
     // were each replaced once.
@@ -82,8 +84,9 @@ TEST(SqliteStore, DemoDataIsPlausibleAndRollupsMatchRawSamples)
     QStringList reset;
     while (q.next())
         reset << q.value(0).toString();
-    EXPECT_EQ(reset, (QStringList{QStringLiteral("Circuit 002.Active energy"), QStringLiteral("Main meter.Active energy"),
-                         QStringLiteral("Water meter.Volume")}));
+    EXPECT_EQ(reset,
+        (QStringList{QStringLiteral("Circuit 002.Active energy"), QStringLiteral("Main meter.Active energy"),
+            QStringLiteral("Water meter.Volume")}));
 
     // November 2025 in Madrid, by rollups and by raw samples.
     const qint64 s = 1761951600, e = 1764543600;

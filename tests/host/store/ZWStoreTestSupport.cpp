@@ -70,7 +70,8 @@ void StoreTest::Write(const QString& name, ZWSqlLoggerStore::Kind kind, const Sa
     ASSERT_TRUE(writer.Commit(&error)) << error.toStdString();
 }
 
-std::vector<double> StoreTest::Values(const QStringList& names, qint64 start, qint64 end, ZWSqlLoggerStore::Method method)
+std::vector<double> StoreTest::Values(
+    const QStringList& names, qint64 start, qint64 end, ZWSqlLoggerStore::Method method)
 {
     std::vector<double> values;
     QString error;

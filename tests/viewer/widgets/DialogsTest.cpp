@@ -1,5 +1,5 @@
-#include "host/widgets/CGoToDateDlg.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/widgets/CGoToDateDlg.h"
 #include "tests/support/ZWTestSupport.h"
 #include "viewer/widgets/CDlgInformesList.h"
 #include "viewer/widgets/CDlgUserInterval.h"
@@ -18,8 +18,7 @@
 
 namespace {
 
-template <class Dialog>
-class Recording : public Dialog
+template <class Dialog> class Recording : public Dialog
 {
 public:
     using Dialog::Dialog;
@@ -84,7 +83,8 @@ TEST_F(ReportFolder, ListsOnlyReportsAndPreselects)
     dialog.SetName(QStringLiteral("Boiler"));
     dialog.show();
     // Backups and other extensions are not reports.
-    EXPECT_EQ(Items(dialog), (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1")}));
+    EXPECT_EQ(Items(dialog),
+        (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1")}));
     ASSERT_EQ(dialog.List()->selectedItems().size(), 1);
     EXPECT_EQ(dialog.List()->selectedItems().first()->text(0), QStringLiteral("Boiler"));
     // A new report starts from the selected name.

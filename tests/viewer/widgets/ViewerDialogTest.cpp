@@ -1,9 +1,9 @@
-#include "host/widgets/CGoToDateDlg.h"
-#include "host/drivers/ZWDriverSupport.h"
 #include "host/core/ZWLoadString.h"
-#include "host/store/ZWLoggerWriter.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/drivers/ZWDriverSupport.h"
+#include "host/store/ZWLoggerWriter.h"
 #include "host/store/ZWSqlLoggerStore.h"
+#include "host/widgets/CGoToDateDlg.h"
 #include "template/ZWCardLabel.h"
 #include "tests/support/ZWTestSupport.h"
 #include "viewer/widgets/CDlgUserInterval.h"
@@ -246,8 +246,9 @@ TEST_F(ViewerDialog, GroupByUnits)
     QStringList texts;
     for (QAction* action : menu.actions())
         texts << action->text();
-    EXPECT_EQ(texts, (QStringList{QStringLiteral("User interval..."), QStringLiteral("Day"), QStringLiteral("Week"),
-                         QStringLiteral("Month"), QStringLiteral("Quarter"), QStringLiteral("Year")}));
+    EXPECT_EQ(texts,
+        (QStringList{QStringLiteral("User interval..."), QStringLiteral("Day"), QStringLiteral("Week"),
+            QStringLiteral("Month"), QStringLiteral("Quarter"), QStringLiteral("Year")}));
     EXPECT_TRUE(UnitAction(menu, ID_GROUPBY_DAY)->isChecked());
     EXPECT_FALSE(UnitAction(menu, ID_GROUPBY_MONTH)->isChecked());
 

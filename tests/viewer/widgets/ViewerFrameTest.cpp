@@ -48,7 +48,8 @@ QString PageXml(double width, double height, const std::vector<Label>& labels)
 XmlDocument Design(const QStringList& pages, const QString& name = QStringLiteral("Frame test"))
 {
     XmlDocument doc;
-    const QString xml = QStringLiteral("<design><id>{0}</id><name>%1</name>%2</design>").arg(name, pages.join(QString()));
+    const QString xml
+        = QStringLiteral("<design><id>{0}</id><name>%1</name>%2</design>").arg(name, pages.join(QString()));
     EXPECT_TRUE(doc.Parse(xml));
     return doc;
 }
@@ -332,7 +333,8 @@ TEST_F(ViewerFrame, ContextMenuTogglesToolBarsAndTheirStateIsKept)
         EXPECT_TRUE(again->actions()[0]->menu()->actions()[0]->isChecked());
     }
     // The bar state went into the settings and a new frame takes it.
-    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("ViewReportBars")).toByteArray().isEmpty());
+    EXPECT_FALSE(
+        ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("ViewReportBars")).toByteArray().isEmpty());
     ZWViewReportFrame frame;
     Show(frame, ThreePages());
     EXPECT_TRUE(frame.ZoomBar()->isHidden());
@@ -401,7 +403,8 @@ TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
 
     const QString info = Run(QStringLiteral("pdfinfo"), {pdf});
     EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Pages:\\s+2\\n")))) << info.toStdString();
-    EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Page size:\\s+595(\\.\\d+)? x 84[12](\\.\\d+)? pts \\(A4\\)"))))
+    EXPECT_TRUE(info.contains(
+        QRegularExpression(QStringLiteral("Page size:\\s+595(\\.\\d+)? x 84[12](\\.\\d+)? pts \\(A4\\)"))))
         << info.toStdString();
     EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Title:\\s+Frame test\\n")))) << info.toStdString();
 
@@ -433,7 +436,8 @@ TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
 
     // The page range is kept: only the second page.
     const QString second = PrintToPdf(frame, 2, 2, QPageLayout::Portrait);
-    EXPECT_TRUE(Run(QStringLiteral("pdfinfo"), {second}).contains(QRegularExpression(QStringLiteral("Pages:\\s+1\\n"))));
+    EXPECT_TRUE(
+        Run(QStringLiteral("pdfinfo"), {second}).contains(QRegularExpression(QStringLiteral("Pages:\\s+1\\n"))));
     EXPECT_TRUE(Run(QStringLiteral("pdftotext"), {second, QStringLiteral("-")}).contains(QStringLiteral("PORTRAIT")));
 }
 
