@@ -37,16 +37,6 @@ const char* ZWCardConditioned::GetRuntimeClass() const
     return "ZWCardConditioned";
 }
 
-QString ZWCardConditioned::ElementName() const
-{
-    return QStringLiteral("conditioned");
-}
-
-bool ZWCardConditioned::IsKindOf(const char* className) const
-{
-    return qstrcmp(className, "ZWCardConditioned") == 0 || ZWCardControl::IsKindOf(className);
-}
-
 bool ZWCardConditioned::SaveTemplate(XmlDocument::XmlNode node, bool createElement) const
 {
     XmlDocument::XmlNode e = TargetElement(node, createElement);

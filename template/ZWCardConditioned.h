@@ -14,8 +14,6 @@ public:
     ~ZWCardConditioned() override;
 
     const char* GetRuntimeClass() const override;
-    QString ElementName() const override;
-    bool IsKindOf(const char* className) const override;
     // The alternatives are written with this card's geometry.
     bool SaveTemplate(XmlDocument::XmlNode node, bool createElement) const override;
     bool GetFromXml(const XmlDocument::XmlNode& element) override;

@@ -1,11 +1,7 @@
 #include "template/ZWCardControl.h"
 
 #include "host/core/ZWGuid.h"
-#include "template/ZWCardConditioned.h"
-#include "template/ZWCardDate.h"
-#include "template/ZWCardFormule.h"
-#include "template/ZWCardImage.h"
-#include "template/ZWCardLabel.h"
+#include "template/ZWCardKinds.h"
 #include "template/ZWXmlFields.h"
 
 #include <QPainter>
@@ -25,44 +21,25 @@ const char* ZWCardControl::GetRuntimeClass() const
 
 QString ZWCardControl::ElementName() const
 {
-    return QString();
+    const ZWCardKinds::Kind* kind = ZWCardKinds::ByClass(QLatin1StringView(GetRuntimeClass()));
+    return kind ? QString(kind->element) : QString();
 }
 
 bool ZWCardControl::IsKindOf(const char* className) const
 {
-    return qstrcmp(className, "ZWCardControl") == 0;
+    return ZWCardKinds::Derives(GetRuntimeClass(), className);
 }
 
 std::unique_ptr<ZWCardControl> ZWCardControl::CreateObject(const QString& className)
 {
-    if (className == QLatin1String("ZWCardControl"))
-        return std::make_unique<ZWCardControl>();
-    if (className == QLatin1String("ZWCardImage"))
-        return std::make_unique<ZWCardImage>();
-    if (className == QLatin1String("ZWCardLabel"))
-        return std::make_unique<ZWCardLabel>();
-    if (className == QLatin1String("ZWCardDate"))
-        return std::make_unique<ZWCardDate>();
-    if (className == QLatin1String("ZWCardFormule"))
-        return std::make_unique<ZWCardFormule>();
-    if (className == QLatin1String("ZWCardConditioned"))
-        return std::make_unique<ZWCardConditioned>();
-    return nullptr;
+    const ZWCardKinds::Kind* kind = ZWCardKinds::ByClass(QLatin1StringView(className.toLatin1()));
+    return kind ? kind->create() : nullptr;
 }
 
 std::unique_ptr<ZWCardControl> ZWCardControl::CreateFromElement(const QString& elementName)
 {
-    if (elementName == QLatin1String("image"))
-        return std::make_unique<ZWCardImage>();
-    if (elementName == QLatin1String("label"))
-        return std::make_unique<ZWCardLabel>();
-    if (elementName == QLatin1String("date"))
-        return std::make_unique<ZWCardDate>();
-    if (elementName == QLatin1String("formule"))
-        return std::make_unique<ZWCardFormule>();
-    if (elementName == QLatin1String("conditioned"))
-        return std::make_unique<ZWCardConditioned>();
-    return nullptr;
+    const ZWCardKinds::Kind* kind = ZWCardKinds::ByElement(elementName);
+    return kind ? kind->create() : nullptr;
 }
 
 XmlDocument::XmlNode ZWCardControl::TargetElement(XmlDocument::XmlNode node, bool createElement) const

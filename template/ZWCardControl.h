@@ -14,8 +14,8 @@ class QPainter;
 
 // The base of every card: a rectangle on a page, in millimetres, with an
 // identity, an optional data binding and two colours. The kinds derive from
-// it (image, label and its date and formula kinds, conditioned) and are made
-// by kind name through CreateObject / CreateFromElement.
+// it (image, label and its date and formula kinds, conditioned); their names,
+// elements and bases are the rows of ZWCardKinds.
 class ZWCardControl
 {
 public:
@@ -29,10 +29,10 @@ public:
     virtual const char* GetRuntimeClass() const;
     // The element the kind is stored as ("image", "label", "date",
     // "formule", "conditioned"); empty for the bare base.
-    virtual QString ElementName() const;
+    QString ElementName() const;
     // Whether this card is of the kind `className` or derives from it
     // ("ZWCardLabel" is true for date and formula cards).
-    virtual bool IsKindOf(const char* className) const;
+    bool IsKindOf(const char* className) const;
 
     // A default card of the kind named by class name, or null.
     static std::unique_ptr<ZWCardControl> CreateObject(const QString& className);

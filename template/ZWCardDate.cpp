@@ -8,16 +8,6 @@ const char* ZWCardDate::GetRuntimeClass() const
     return "ZWCardDate";
 }
 
-QString ZWCardDate::ElementName() const
-{
-    return QStringLiteral("date");
-}
-
-bool ZWCardDate::IsKindOf(const char* className) const
-{
-    return qstrcmp(className, "ZWCardDate") == 0 || ZWCardLabel::IsKindOf(className);
-}
-
 bool ZWCardDate::SaveTemplate(XmlDocument::XmlNode node, bool createElement) const
 {
     XmlDocument::XmlNode e = TargetElement(node, createElement);

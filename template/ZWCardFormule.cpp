@@ -8,16 +8,6 @@ const char* ZWCardFormule::GetRuntimeClass() const
     return "ZWCardFormule";
 }
 
-QString ZWCardFormule::ElementName() const
-{
-    return QStringLiteral("formule");
-}
-
-bool ZWCardFormule::IsKindOf(const char* className) const
-{
-    return qstrcmp(className, "ZWCardFormule") == 0 || ZWCardLabel::IsKindOf(className);
-}
-
 void ZWCardFormule::ParseFormat(
     const QString& format, int& integerDigits, int& decimals, bool& fillIntegerZeros, bool& fillDecimalZeros)
 {

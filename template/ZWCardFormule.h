@@ -11,8 +11,6 @@ public:
     ZWCardFormule() = default;
 
     const char* GetRuntimeClass() const override;
-    QString ElementName() const override;
-    bool IsKindOf(const char* className) const override;
     bool SaveTemplate(XmlDocument::XmlNode node, bool createElement) const override;
     bool GetFromXml(const XmlDocument::XmlNode& element) override;
     std::unique_ptr<ZWCardControl> GetClone() const override;

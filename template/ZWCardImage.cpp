@@ -22,16 +22,6 @@ const char* ZWCardImage::GetRuntimeClass() const
     return "ZWCardImage";
 }
 
-QString ZWCardImage::ElementName() const
-{
-    return QStringLiteral("image");
-}
-
-bool ZWCardImage::IsKindOf(const char* className) const
-{
-    return qstrcmp(className, "ZWCardImage") == 0 || ZWCardControl::IsKindOf(className);
-}
-
 bool ZWCardImage::SaveTemplate(XmlDocument::XmlNode node, bool createElement) const
 {
     XmlDocument::XmlNode e = TargetElement(node, createElement);

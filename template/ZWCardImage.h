@@ -19,8 +19,6 @@ public:
     ZWCardImage();
 
     const char* GetRuntimeClass() const override;
-    QString ElementName() const override;
-    bool IsKindOf(const char* className) const override;
     bool SaveTemplate(XmlDocument::XmlNode node, bool createElement) const override;
     bool GetFromXml(const XmlDocument::XmlNode& element) override;
     void Draw(QPainter& dc, const tagDraw& draw) override;

@@ -20,16 +20,6 @@ const char* ZWCardLabel::GetRuntimeClass() const
     return "ZWCardLabel";
 }
 
-QString ZWCardLabel::ElementName() const
-{
-    return QStringLiteral("label");
-}
-
-bool ZWCardLabel::IsKindOf(const char* className) const
-{
-    return qstrcmp(className, "ZWCardLabel") == 0 || ZWCardControl::IsKindOf(className);
-}
-
 void ZWCardLabel::SaveLabelFields(XmlDocument::XmlNode e) const
 {
     SaveCommon(e);

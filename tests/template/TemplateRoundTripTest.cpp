@@ -6,6 +6,7 @@
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardImage.h"
+#include "template/ZWCardKinds.h"
 #include "template/ZWCardLabel.h"
 #include "template/ZWTemplate.h"
 #include "tests/support/ZWTestSupport.h"
@@ -543,21 +544,43 @@ TEST(TemplateRoundTrip, IdsAreMadeAtConstructionAndKeptByCopies)
     EXPECT_NE(copy.id, a.id);
 }
 
-TEST(TemplateRoundTrip, FactoryByKindName)
+TEST(TemplateRoundTrip, EveryCardKindIsMadeByClassAndByElementAndKnowsItsAncestors)
 {
-    const char* classes[]
-        = {"ZWCardControl", "ZWCardImage", "ZWCardLabel", "ZWCardDate", "ZWCardFormule", "ZWCardConditioned"};
-    for (const char* name : classes) {
-        const auto card = ZWCardControl::CreateObject(QString::fromLatin1(name));
-        ASSERT_TRUE(card) << name;
-        EXPECT_STREQ(card->GetRuntimeClass(), name);
-        EXPECT_TRUE(card->Resizable());
-        EXPECT_STREQ(card->GetClone()->GetRuntimeClass(), name);
+    struct Row
+    {
+        const char* className;
+        const char* element;
+        const char* ancestors; // space-separated, itself included
+    };
+    const Row rows[] = {
+        {"ZWCardControl", "", "ZWCardControl"},
+        {"ZWCardImage", "image", "ZWCardImage ZWCardControl"},
+        {"ZWCardLabel", "label", "ZWCardLabel ZWCardControl"},
+        {"ZWCardDate", "date", "ZWCardDate ZWCardLabel ZWCardControl"},
+        {"ZWCardFormule", "formule", "ZWCardFormule ZWCardLabel ZWCardControl"},
+        {"ZWCardConditioned", "conditioned", "ZWCardConditioned ZWCardControl"},
+    };
+    ASSERT_EQ(ZWCardKinds::All().size(), std::size(rows));
+    for (const Row& row : rows) {
+        const auto card = ZWCardControl::CreateObject(QString::fromLatin1(row.className));
+        ASSERT_TRUE(card) << row.className;
+        EXPECT_STREQ(card->GetRuntimeClass(), row.className);
+        EXPECT_EQ(card->ElementName(), QString::fromLatin1(row.element));
+        EXPECT_STREQ(card->GetClone()->GetRuntimeClass(), row.className);
+        if (*row.element) {
+            const auto fromElement = ZWCardControl::CreateFromElement(QString::fromLatin1(row.element));
+            ASSERT_TRUE(fromElement) << row.element;
+            EXPECT_STREQ(fromElement->GetRuntimeClass(), row.className);
+        }
+        const QStringList ancestors = QString::fromLatin1(row.ancestors).split(u' ');
+        for (const Row& other : rows) {
+            EXPECT_EQ(card->IsKindOf(other.className), ancestors.contains(QString::fromLatin1(other.className)))
+                << row.className << " kind of " << other.className;
+        }
     }
-    EXPECT_FALSE(ZWCardControl::CreateObject(QStringLiteral("ZWCardMissing")));
-    EXPECT_FALSE(ZWCardControl::CreateFromElement(QStringLiteral("control")));
-    EXPECT_TRUE(ZWCardControl::CreateObject(QStringLiteral("ZWCardDate"))->IsKindOf("ZWCardLabel"));
-    EXPECT_FALSE(ZWCardControl::CreateObject(QStringLiteral("ZWCardLabel"))->IsKindOf("ZWCardDate"));
+    EXPECT_FALSE(ZWCardControl::CreateObject(u"ZWCardMissing"_s));
+    EXPECT_FALSE(ZWCardControl::CreateFromElement(u"control"_s));
+    EXPECT_FALSE(ZWCardControl::CreateFromElement(QString()));
     EXPECT_EQ(ZWCardImage().layer, 0);
     EXPECT_EQ(ZWCardFormule().layer, 1);
     EXPECT_EQ(ZWCardImage().color, 0x00C06060u);
