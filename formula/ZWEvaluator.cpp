@@ -1,5 +1,6 @@
 #include "formula/ZWEvaluator.h"
 
+#include "formula/ZWResultCode.h"
 #include "formula/ZWTreeNode.h"
 #include "host/core/ZWLoadString.h"
 
@@ -194,12 +195,12 @@ public:
     }
 
     // The references of the formula named `name` (first in the lists), or
-    // null with `code` 2 (not in the lists) or 3 (not a valid formula).
+    // null with `code` MissingFormula or InvalidFormula.
     const std::vector<ZWBasicString>* References(const ZWBasicString& name, int& code)
     {
         const auto it = m_index.constFind(name);
         if (it == m_index.constEnd()) {
-            code = 2;
+            code = ZWResultCode::MissingFormula;
             return nullptr;
         }
         std::optional<std::vector<ZWBasicString>>& refs = m_references[size_t(*it)];
@@ -213,10 +214,10 @@ public:
             refs = std::move(names);
         }
         if (m_invalid.contains(*it)) {
-            code = 3;
+            code = ZWResultCode::InvalidFormula;
             return nullptr;
         }
-        code = 0;
+        code = ZWResultCode::NoLoop;
         return &*refs;
     }
 
@@ -259,10 +260,10 @@ int ExpandNode(ZWTreeNode* node, int depth, LoopCheck& check, int& height)
         return code;
     for (const ZWBasicString& name : *references) {
         if (node->IsInBranch(name))
-            return 1;
+            return ZWResultCode::ReferenceLoop;
         // Deeper than evaluation would follow: refused like a loop.
         if (depth + 1 >= ZWPolaca::MaxReferenceDepth)
-            return 1;
+            return ZWResultCode::ReferenceLoop;
         int childHeight = 0;
         if (!check.KnownClean(name, depth + 1, childHeight)) {
             auto* child = new ZWTreeNode(node, name);
@@ -299,7 +300,7 @@ int ZWEvaluator::Expand(
     ZWTreeNode* node, const std::vector<ZWBasicString>& names, const std::vector<ZWBasicString>& texts)
 {
     if (!node)
-        return 2;
+        return ZWResultCode::MissingFormula;
     int depth = 0;
     for (const ZWTreeNode* p = node->GetParent(); p; p = p->GetParent())
         ++depth;
@@ -314,14 +315,14 @@ int ZWEvaluator::Expand(
 
 int ZWEvaluator::ErrorMsgId(int code)
 {
-    if (code >= 1 && code <= 61)
+    if (code >= ZWResultCode::UnknownDeviceVariable && code <= ZWResultCode::OrType)
         return 32555 + code;
     switch (code) {
-    case 62:
+    case ZWResultCode::NoCurrentValue:
         return 32740;
-    case 63:
+    case ZWResultCode::Atan2Stack:
         return 32741;
-    case 64:
+    case ZWResultCode::Atan2Type:
         return 32742;
     default:
         return 32617;

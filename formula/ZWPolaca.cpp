@@ -1,6 +1,7 @@
 #include "formula/ZWPolaca.h"
 
 #include "formula/ZWEvaluator.h"
+#include "formula/ZWResultCode.h"
 #include "host/core/XmlDocument.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/drivers/ZWDriverVariable.h"
@@ -10,6 +11,7 @@
 #include <QMultiHash>
 #include <QSet>
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 // Shared by one evaluation and the evaluations of the formulas it refers to.
@@ -46,6 +48,90 @@ struct ZWPolaca::ReferenceCache
     };
     QHash<ZWBasicString, std::shared_ptr<Entry>> entries;
 };
+
+namespace {
+
+// How each operator and function evaluates. `b` is the top of the stack, `a`
+// the value below it (unary rules see only `b`). A rule fails with its stack
+// code when the stack holds fewer than `arity` values, with its type code
+// when an operand is not of the `operands` value type (kSameType: the two
+// operands of one type, whichever), and with its domain code where
+// `outOfDomain` says so.
+struct OperatorRule
+{
+    int type;
+    int arity;
+    int operands;
+    int result;
+    int stackCode;
+    int typeCode;
+    int domainCode;
+    bool (*outOfDomain)(double a, double b);
+    double (*apply)(double a, double b);
+};
+
+using R = ZWResultCode;
+constexpr int kNum = ZWToken::Numeric;
+constexpr int kBool = ZWToken::Boolean;
+constexpr int kSameType = -1;
+
+constexpr double Truth(bool value)
+{
+    return value ? 1.0 : 0.0;
+}
+
+// clang-format off
+constexpr OperatorRule kOperatorRules[] = {
+    {ZWToken::Add,          2, kNum,      kNum,  R::AddStack,          R::AddType,          0, nullptr, [](double a, double b) { return a + b; }},
+    {ZWToken::Subtract,     2, kNum,      kNum,  R::SubtractStack,     R::SubtractType,     0, nullptr, [](double a, double b) { return a - b; }},
+    {ZWToken::Multiply,     2, kNum,      kNum,  R::MultiplyStack,     R::MultiplyType,     0, nullptr, [](double a, double b) { return a * b; }},
+    {ZWToken::Divide,       2, kNum,      kNum,  R::DivideStack,       R::DivideType,       R::DivideByZero,
+        [](double, double b) { return b == 0.0; }, [](double a, double b) { return a / b; }},
+    {ZWToken::Power,        2, kNum,      kNum,  R::PowerStack,        R::PowerType,        0, nullptr, [](double a, double b) { return std::pow(a, b); }},
+    {ZWToken::UnaryMinus,   1, kNum,      kNum,  R::NegateStack,       R::NegateType,       0, nullptr, [](double, double b) { return -b; }},
+    {ZWToken::Sqrt,         1, kNum,      kNum,  R::SqrtStack,         R::SqrtType,         R::SqrtDomain,
+        [](double, double b) { return b < 0.0; }, [](double, double b) { return std::sqrt(b); }},
+    {ZWToken::Log,          1, kNum,      kNum,  R::LogStack,          R::LogType,          R::LogDomain,
+        [](double, double b) { return b <= 0.0; }, [](double, double b) { return std::log(b); }},
+    {ZWToken::Exp,          1, kNum,      kNum,  R::ExpStack,          R::ExpType,          0, nullptr, [](double, double b) { return std::exp(b); }},
+    {ZWToken::Sin,          1, kNum,      kNum,  R::SinStack,          R::SinType,          0, nullptr, [](double, double b) { return std::sin(b); }},
+    {ZWToken::Cos,          1, kNum,      kNum,  R::CosStack,          R::CosType,          0, nullptr, [](double, double b) { return std::cos(b); }},
+    {ZWToken::Tan,          1, kNum,      kNum,  R::TanStack,          R::TanType,          0, nullptr, [](double, double b) { return std::tan(b); }},
+    {ZWToken::Asin,         1, kNum,      kNum,  R::AsinStack,         R::AsinType,         R::AsinDomain,
+        [](double, double b) { return b < -1.0 || b > 1.0; }, [](double, double b) { return std::asin(b); }},
+    {ZWToken::Acos,         1, kNum,      kNum,  R::AcosStack,         R::AcosType,         R::AcosDomain,
+        [](double, double b) { return b < -1.0 || b > 1.0; }, [](double, double b) { return std::acos(b); }},
+    {ZWToken::Atan,         1, kNum,      kNum,  R::AtanStack,         R::AtanType,         0, nullptr, [](double, double b) { return std::atan(b); }},
+    // The domain fault shares the natural logarithm's code.
+    {ZWToken::Log10,        1, kNum,      kNum,  R::Log10Stack,        R::Log10Type,        R::LogDomain,
+        [](double, double b) { return b <= 0.0; }, [](double, double b) { return std::log10(b); }},
+    {ZWToken::Less,         2, kNum,      kBool, R::LessStack,         R::LessType,         0, nullptr, [](double a, double b) { return Truth(a < b); }},
+    {ZWToken::Greater,      2, kNum,      kBool, R::GreaterStack,      R::GreaterType,      0, nullptr, [](double a, double b) { return Truth(a > b); }},
+    {ZWToken::LessEqual,    2, kNum,      kBool, R::LessEqualStack,    R::LessEqualType,    0, nullptr, [](double a, double b) { return Truth(a <= b); }},
+    {ZWToken::GreaterEqual, 2, kNum,      kBool, R::GreaterEqualStack, R::GreaterEqualType, 0, nullptr, [](double a, double b) { return Truth(a >= b); }},
+    {ZWToken::Equal,        2, kSameType, kBool, R::EqualStack,        R::EqualType,        0, nullptr, [](double a, double b) { return Truth(a == b); }},
+    {ZWToken::NotEqual,     2, kSameType, kBool, R::NotEqualStack,     R::NotEqualType,     0, nullptr, [](double a, double b) { return Truth(a != b); }},
+    {ZWToken::And,          2, kBool,     kBool, R::AndStack,          R::AndType,          0, nullptr, [](double a, double b) { return Truth(a == 1.0 && b == 1.0); }},
+    {ZWToken::Or,           2, kBool,     kBool, R::OrStack,           R::OrType,           0, nullptr, [](double a, double b) { return Truth(a == 1.0 || b == 1.0); }},
+    {ZWToken::Not,          1, kBool,     kBool, R::NotStack,          R::NotType,          0, nullptr, [](double, double b) { return Truth(b == 0.0); }},
+    {ZWToken::Atan2,        2, kNum,      kNum,  R::Atan2Stack,        R::Atan2Type,        0, nullptr, [](double a, double b) { return std::atan2(a, b); }},
+};
+// clang-format on
+
+constexpr int kLastTokenType = ZWToken::MinusMinus;
+constexpr auto kRuleOfType = [] {
+    std::array<const OperatorRule*, kLastTokenType + 1> rules{};
+    for (const OperatorRule& rule : kOperatorRules)
+        rules[size_t(rule.type)] = &rule;
+    return rules;
+}();
+
+const OperatorRule* RuleOfType(int type)
+{
+    return type >= 0 && type <= kLastTokenType ? kRuleOfType[size_t(type)] : nullptr;
+}
+
+} // namespace
 
 ZWPolaca::ZWPolaca() = default;
 
@@ -296,35 +382,10 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
 
     // A domain fault after a missing value may come from the placeholder
     // 1.0 rather than from the data: it is reported as missing data (40).
-    auto domain = [this](int code) { return m_undefined.empty() ? code : 40; };
-    // Operand checks: 0, or the code of the fault. `need` -1 asks for two
-    // operands of the same value type.
-    auto checkBinary = [&](int stackCode, int typeCode, int need) {
-        if (n < 2)
-            return stackCode;
-        const int a = s[n - 2].valueType;
-        const int b = s[n - 1].valueType;
-        return (need < 0 ? a != b : (a != need || b != need)) ? typeCode : 0;
-    };
-    auto checkUnary = [&](int stackCode, int typeCode, int need) {
-        if (n < 1)
-            return stackCode;
-        return s[n - 1].valueType != need ? typeCode : 0;
-    };
-    auto a = [&]() { return s[n - 2].value; };
-    auto b = [&]() { return s[n - 1].value; };
-    // Replaces the operands by the result.
-    auto binary = [&](double r, int type) {
-        --n;
-        s[n - 1] = Value{r, type};
-    };
-    auto unary = [&](double r, int type) { s[n - 1] = Value{r, type}; };
+    auto domain = [this](int code) { return m_undefined.empty() ? code : int(R::UndefinedValues); };
     auto push = [&](double r, int type) { s[n++] = Value{r, type}; };
-    constexpr int N = ZWToken::Numeric;
-    constexpr int B = ZWToken::Boolean;
 
     for (const ZWToken& token : m_translation) {
-        int code = 0;
         switch (token.GetType()) {
         case ZWToken::Constant:
             push(token.GetDoubleValue(), token.GetValueType());
@@ -332,16 +393,16 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
         case ZWToken::Variable: {
             double value = ZW_NO_VALUE;
             lastLookup = IsValidFormule(context, token, value);
-            if (lastLookup == 0) {
+            if (lastLookup == R::Ok) {
                 // A reference counts as numeric even when the formula is boolean.
-                push(value, N);
-            } else if (lastLookup == 1 || lastLookup == 40) {
+                push(value, kNum);
+            } else if (lastLookup == R::UnknownDeviceVariable || lastLookup == R::UndefinedValues) {
                 // The placeholder lets the evaluation run on and collect
                 // every missing name; the result is not delivered.
-                push(1.0, N);
+                push(1.0, kNum);
                 AddUndefined(token);
                 if (context.aborted)
-                    return 40;
+                    return R::UndefinedValues;
             } else {
                 return lastLookup;
             }
@@ -350,162 +411,43 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
         case ZWToken::DeviceVariable: {
             double value = ZW_NO_VALUE;
             lastLookup = IsValidVariableDevice(token, value);
-            if (lastLookup == 1)
-                return 1;
+            if (lastLookup == R::UnknownDeviceVariable)
+                return R::UnknownDeviceVariable;
             if (value == ZW_NO_VALUE) {
-                push(1.0, N);
+                push(1.0, kNum);
                 AddUndefined(token);
             } else {
-                push(value, N);
+                push(value, kNum);
             }
             break;
         }
-        case ZWToken::Add:
-            if ((code = checkBinary(2, 3, N)))
-                return code;
-            binary(a() + b(), N);
+        default: {
+            // A "(" left in the translation by an unbalanced text has no
+            // rule: a no-op.
+            const OperatorRule* rule = RuleOfType(token.GetType());
+            if (!rule)
+                break;
+            if (n < size_t(rule->arity))
+                return rule->stackCode;
+            const Value& top = s[n - 1];
+            if (rule->arity == 2) {
+                const Value& below = s[n - 2];
+                const bool wrongType = rule->operands == kSameType
+                    ? below.valueType != top.valueType
+                    : below.valueType != rule->operands || top.valueType != rule->operands;
+                if (wrongType)
+                    return rule->typeCode;
+            } else if (top.valueType != rule->operands) {
+                return rule->typeCode;
+            }
+            const double a = rule->arity == 2 ? s[n - 2].value : 0.0;
+            const double b = top.value;
+            if (rule->outOfDomain && rule->outOfDomain(a, b))
+                return domain(rule->domainCode);
+            n -= size_t(rule->arity - 1);
+            s[n - 1] = Value{rule->apply(a, b), rule->result};
             break;
-        case ZWToken::Subtract:
-            if ((code = checkBinary(4, 5, N)))
-                return code;
-            binary(a() - b(), N);
-            break;
-        case ZWToken::Multiply:
-            if ((code = checkBinary(6, 7, N)))
-                return code;
-            binary(a() * b(), N);
-            break;
-        case ZWToken::Divide:
-            if ((code = checkBinary(8, 9, N)))
-                return code;
-            if (b() == 0.0)
-                return domain(10);
-            binary(a() / b(), N);
-            break;
-        case ZWToken::Power:
-            if ((code = checkBinary(11, 12, N)))
-                return code;
-            binary(std::pow(a(), b()), N);
-            break;
-        case ZWToken::UnaryMinus:
-            if ((code = checkUnary(13, 14, N)))
-                return code;
-            unary(-b(), N);
-            break;
-        case ZWToken::Sqrt:
-            if ((code = checkUnary(15, 16, N)))
-                return code;
-            if (b() < 0.0)
-                return domain(17);
-            unary(std::sqrt(b()), N);
-            break;
-        case ZWToken::Log:
-            if ((code = checkUnary(18, 19, N)))
-                return code;
-            if (b() <= 0.0)
-                return domain(20);
-            unary(std::log(b()), N);
-            break;
-        case ZWToken::Exp:
-            if ((code = checkUnary(21, 22, N)))
-                return code;
-            unary(std::exp(b()), N);
-            break;
-        case ZWToken::Sin:
-            if ((code = checkUnary(23, 24, N)))
-                return code;
-            unary(std::sin(b()), N);
-            break;
-        case ZWToken::Cos:
-            if ((code = checkUnary(25, 26, N)))
-                return code;
-            unary(std::cos(b()), N);
-            break;
-        case ZWToken::Tan:
-            if ((code = checkUnary(27, 28, N)))
-                return code;
-            unary(std::tan(b()), N);
-            break;
-        case ZWToken::Asin:
-            if ((code = checkUnary(29, 30, N)))
-                return code;
-            if (b() < -1.0 || b() > 1.0)
-                return domain(31);
-            unary(std::asin(b()), N);
-            break;
-        case ZWToken::Acos:
-            if ((code = checkUnary(32, 33, N)))
-                return code;
-            if (b() < -1.0 || b() > 1.0)
-                return domain(34);
-            unary(std::acos(b()), N);
-            break;
-        case ZWToken::Atan:
-            if ((code = checkUnary(35, 36, N)))
-                return code;
-            unary(std::atan(b()), N);
-            break;
-        case ZWToken::Log10:
-            if ((code = checkUnary(37, 38, N)))
-                return code;
-            // The domain fault shares the natural logarithm's code.
-            if (b() <= 0.0)
-                return domain(20);
-            unary(std::log10(b()), N);
-            break;
-        case ZWToken::Less:
-            if ((code = checkBinary(46, 47, N)))
-                return code;
-            binary(a() < b() ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::Greater:
-            if ((code = checkBinary(48, 49, N)))
-                return code;
-            binary(a() > b() ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::LessEqual:
-            if ((code = checkBinary(50, 51, N)))
-                return code;
-            binary(a() <= b() ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::GreaterEqual:
-            if ((code = checkBinary(52, 53, N)))
-                return code;
-            binary(a() >= b() ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::Equal:
-            if ((code = checkBinary(54, 55, -1)))
-                return code;
-            binary(a() == b() ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::NotEqual:
-            if ((code = checkBinary(56, 57, -1)))
-                return code;
-            binary(a() != b() ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::And:
-            if ((code = checkBinary(58, 59, B)))
-                return code;
-            binary(a() == 1.0 && b() == 1.0 ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::Or:
-            if ((code = checkBinary(60, 61, B)))
-                return code;
-            binary(a() == 1.0 || b() == 1.0 ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::Not:
-            if ((code = checkUnary(44, 45, B)))
-                return code;
-            unary(b() == 0.0 ? 1.0 : 0.0, B);
-            break;
-        case ZWToken::Atan2:
-            if ((code = checkBinary(63, 64, N)))
-                return code;
-            binary(std::atan2(a(), b()), N);
-            break;
-        default:
-            // A "(" left in the translation by an unbalanced text: no-op.
-            break;
+        }
         }
     }
 
@@ -513,10 +455,10 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
         if (n == 1)
             valueType = s[0].valueType;
         // Which of 40 and 62 comes out depends on the last lookup: kept so.
-        return lastLookup != 0 ? lastLookup : 40;
+        return lastLookup != 0 ? lastLookup : int(R::UndefinedValues);
     }
     if (n == 0)
-        return 41;
+        return R::EmptyFormula;
     // Every value on the stack is a constant, so the "not a value" outcome
     // (42) cannot arise; values below the top are ignored.
     result = s[n - 1].value;
@@ -531,7 +473,7 @@ int ZWPolaca::IsValidVariableDevice(const ZWToken& token, double& value)
     ZWDriverVariable variable;
     variable.Setup(name);
     if (!variable.Lock(false))
-        return 1;
+        return R::UnknownDeviceVariable;
 
     if (!m_discriminators) {
         // Only plain "device.variable" names: a name with a filter part
@@ -539,7 +481,7 @@ int ZWPolaca::IsValidVariableDevice(const ZWToken& token, double& value)
         ZWBasicString device, variablePart, filter;
         SplitFilterDriverVariable(name, device, variablePart, filter);
         if (device + QLatin1Char('.') + variablePart != name)
-            return 1;
+            return R::UnknownDeviceVariable;
     }
 
     if (m_loggerData) {
@@ -559,14 +501,14 @@ int ZWPolaca::IsValidVariableDevice(const ZWToken& token, double& value)
         value = variable.Value().ToDouble();
         return 0;
     }
-    return 62;
+    return R::NoCurrentValue;
 }
 
 int ZWPolaca::IsValidFormule(Context& context, const ZWToken& token, double& value)
 {
     value = ZW_NO_VALUE;
     if (!m_formules)
-        return 40;
+        return R::UndefinedValues;
     const ZWBasicString& name = token.Text();
 
     if (auto it = context.done.constFind(name); it != context.done.constEnd()) {
@@ -580,15 +522,15 @@ int ZWPolaca::IsValidFormule(Context& context, const ZWToken& token, double& val
     if (int(context.active.size()) >= MaxReferenceDepth
         || std::find(context.active.begin(), context.active.end(), name) != context.active.end()) {
         context.aborted = true;
-        return 40;
+        return R::UndefinedValues;
     }
 
     const XmlDocument::XmlNode node = m_formules->Node(QStringLiteral("/formule?name=%s?"), name);
     if (node.IsNull())
-        return 40;
+        return R::UndefinedValues;
     const XmlDocument::XmlNode textNode = node.Node(QStringLiteral("/text"));
     if (textNode.IsNull())
-        return 40;
+        return R::UndefinedValues;
     const ZWBasicString text = textNode.Text();
 
     ZWPolaca* top = context.top ? context.top : this;
@@ -604,7 +546,7 @@ int ZWPolaca::IsValidFormule(Context& context, const ZWToken& token, double& val
     // Held for the nested evaluation: the cache may change underneath.
     const std::shared_ptr<ReferenceCache::Entry> entry = slot;
 
-    int code = 43;
+    int code = R::ReferenceSyntaxError;
     std::vector<ZWToken>* nestedUndefined = nullptr;
     if (entry->type != -1) {
         ZWPolaca& nested = entry->evaluator.m_polaca;

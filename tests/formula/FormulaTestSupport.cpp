@@ -1,5 +1,7 @@
 #include "tests/formula/FormulaTestSupport.h"
 
+#include "formula/ZWResultCode.h"
+
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWFormulaLibrary.h"
 #include "host/drivers/ZWDriverSupport.h"
@@ -8,6 +10,12 @@
 #include <charconv>
 
 namespace zwtest {
+
+std::string CodeName(int code)
+{
+    const QLatin1StringView name = ZWResultCode::Name(code);
+    return (name.isEmpty() ? std::string("Code") : name.toString().toStdString()) + "_" + std::to_string(code);
+}
 
 Evaluation Evaluate(const QString& formula, const EvaluationOptions& options)
 {

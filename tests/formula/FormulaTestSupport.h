@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -33,6 +34,9 @@ struct EvaluationOptions
 };
 
 Evaluation Evaluate(const QString& formula, const EvaluationOptions& options = {});
+
+// "DivideByZero (10)": a result code as a test reports it.
+std::string CodeName(int code);
 
 // The postfix translation as text: numbers in shortest form, the unary
 // minus as "neg", other tokens by their text.

@@ -1,6 +1,7 @@
 #include "formula/ZWEvaluator.h"
 #include "host/core/ZWLoadString.h"
 #include "tests/formula/FormulaTestSupport.h"
+#include "tests/support/ZWTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +25,7 @@ TEST_P(Grammar, AnalizeExpression)
 
 std::string CaseName(const testing::TestParamInfo<GrammarCase>& info)
 {
-    return "Case" + std::to_string(info.index);
+    return zwtest::SpelledName(QString::fromUtf16(info.param.formula));
 }
 
 INSTANTIATE_TEST_SUITE_P(Accepted, Grammar,

@@ -1,10 +1,14 @@
 #include "formula/ZWEvaluator.h"
+#include "formula/ZWResultCode.h"
 #include "formula/ZWTreeNode.h"
+#include "tests/support/ZWTestSupport.h"
 
 #include <QStringList>
 #include <gtest/gtest.h>
 
 namespace {
+
+using R = ZWResultCode;
 
 struct LoopCase
 {
@@ -28,30 +32,32 @@ TEST_P(CheckBucles, Result)
 }
 
 INSTANTIATE_TEST_SUITE_P(Libraries, CheckBucles,
-    testing::Values(LoopCase{"no formulas", {}, -1, 0}, LoopCase{"constants", {{"A", "1"}, {"B", "2"}}, -1, 0},
-        LoopCase{"self reference", {{"A", "A + 1"}}, -1, 1},
-        LoopCase{"two-formula loop", {{"A", "B"}, {"B", "A"}}, -1, 1},
-        LoopCase{"two-formula loop, other order", {{"B", "A"}, {"A", "B"}}, -1, 1},
-        LoopCase{"three-formula loop", {{"A", "1+B"}, {"B", "C*2"}, {"C", "sqrt(A)"}}, -1, 1},
-        LoopCase{"diamond is no loop", {{"A", "B + C"}, {"B", "D"}, {"C", "D"}, {"D", "1"}}, -1, 0},
-        LoopCase{"missing formula", {{"A", "Z + 1"}}, -1, 2}, LoopCase{"names are case-sensitive", {{"A", "a"}}, -1, 2},
-        LoopCase{"invalid formula reached", {{"A", "B"}, {"B", "2 +"}}, -1, 3},
-        LoopCase{"invalid formula checked first", {{"A", "2 +"}, {"B", "B"}}, -1, 3},
+    testing::Values(LoopCase{"no formulas", {}, -1, R::NoLoop},
+        LoopCase{"constants", {{"A", "1"}, {"B", "2"}}, -1, R::NoLoop},
+        LoopCase{"self reference", {{"A", "A + 1"}}, -1, R::ReferenceLoop},
+        LoopCase{"two-formula loop", {{"A", "B"}, {"B", "A"}}, -1, R::ReferenceLoop},
+        LoopCase{"two-formula loop, other order", {{"B", "A"}, {"A", "B"}}, -1, R::ReferenceLoop},
+        LoopCase{"three-formula loop", {{"A", "1+B"}, {"B", "C*2"}, {"C", "sqrt(A)"}}, -1, R::ReferenceLoop},
+        LoopCase{"diamond is no loop", {{"A", "B + C"}, {"B", "D"}, {"C", "D"}, {"D", "1"}}, -1, R::NoLoop},
+        LoopCase{"missing formula", {{"A", "Z + 1"}}, -1, R::MissingFormula},
+        LoopCase{"names are case-sensitive", {{"A", "a"}}, -1, R::MissingFormula},
+        LoopCase{"invalid formula reached", {{"A", "B"}, {"B", "2 +"}}, -1, R::InvalidFormula},
+        LoopCase{"invalid formula checked first", {{"A", "2 +"}, {"B", "B"}}, -1, R::InvalidFormula},
         // Depth first, references in postfix order.
-        LoopCase{"missing before loop", {{"A", "B + C"}, {"B", "Missing"}, {"C", "C"}}, -1, 2},
-        LoopCase{"loop before missing", {{"A", "C + B"}, {"B", "Missing"}, {"C", "C"}}, -1, 1},
-        LoopCase{
-            "multiplication first in postfix", {{"A", "B + C * D"}, {"B", "1"}, {"C", "C"}, {"D", "Missing"}}, -1, 1},
+        LoopCase{"missing before loop", {{"A", "B + C"}, {"B", "Missing"}, {"C", "C"}}, -1, R::MissingFormula},
+        LoopCase{"loop before missing", {{"A", "C + B"}, {"B", "Missing"}, {"C", "C"}}, -1, R::ReferenceLoop},
+        LoopCase{"multiplication first in postfix", {{"A", "B + C * D"}, {"B", "1"}, {"C", "C"}, {"D", "Missing"}}, -1,
+            R::ReferenceLoop},
         // count 1 checks the first formula only (the one being edited).
-        LoopCase{"count 1 ignores a later loop", {{"A", "1"}, {"B", "C"}, {"C", "B"}}, 1, 0},
-        LoopCase{"count 2 reaches it", {{"A", "1"}, {"B", "C"}, {"C", "B"}}, 2, 1},
-        LoopCase{"count beyond the lists", {{"A", "1"}}, 5, 0}, LoopCase{"count 0", {{"A", "A"}}, 0, 0},
+        LoopCase{"count 1 ignores a later loop", {{"A", "1"}, {"B", "C"}, {"C", "B"}}, 1, R::NoLoop},
+        LoopCase{"count 2 reaches it", {{"A", "1"}, {"B", "C"}, {"C", "B"}}, 2, R::ReferenceLoop},
+        LoopCase{"count beyond the lists", {{"A", "1"}}, 5, R::NoLoop}, LoopCase{"count 0", {{"A", "A"}}, 0, R::NoLoop},
         LoopCase{"unnamed formula being edited",
-            {{"abc123def456ghi789jkl", "Total * 2"}, {"Total", "abc123def456ghi789jkl + 1"}}, 1, 1},
+            {{"abc123def456ghi789jkl", "Total * 2"}, {"Total", "abc123def456ghi789jkl + 1"}}, 1, R::ReferenceLoop},
         // The first formula of a name is the one used.
-        LoopCase{"duplicate names", {{"A", "1"}, {"A", "A"}}, -1, 0},
-        LoopCase{"device variables are no references", {{"A", "[A.b] + [A]"}}, -1, 0}),
-    [](const testing::TestParamInfo<LoopCase>& info) { return "Case" + std::to_string(info.index); });
+        LoopCase{"duplicate names", {{"A", "1"}, {"A", "A"}}, -1, R::NoLoop},
+        LoopCase{"device variables are no references", {{"A", "[A.b] + [A]"}}, -1, R::NoLoop}),
+    [](const testing::TestParamInfo<LoopCase>& info) { return zwtest::CaseName(info.param.what); });
 
 std::pair<std::vector<QString>, std::vector<QString>> Chain(int length)
 {
@@ -66,12 +72,12 @@ std::pair<std::vector<QString>, std::vector<QString>> Chain(int length)
 TEST(CheckBuclesLimits, ChainsDeeperThanEvaluationFollowsCountAsLoops)
 {
     auto [names, texts] = Chain(ZWPolaca::MaxReferenceDepth);
-    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), 0);
+    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), R::NoLoop);
     std::tie(names, texts) = Chain(ZWPolaca::MaxReferenceDepth + 1);
-    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), 1);
+    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), R::ReferenceLoop);
     // Ten thousand formulas in a chain: a result, not a stack overflow.
     std::tie(names, texts) = Chain(10000);
-    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), 1);
+    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), R::ReferenceLoop);
 }
 
 TEST(CheckBuclesLimits, SharedFormulasDoNotMultiplyTheWork)
@@ -82,11 +88,11 @@ TEST(CheckBuclesLimits, SharedFormulasDoNotMultiplyTheWork)
         names.push_back(QStringLiteral("G%1").arg(i));
         texts.push_back(i < 79 ? QStringLiteral("G%1 + G%2").arg(i + 1).arg(i + 2) : QStringLiteral("1"));
     }
-    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), 0);
+    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), R::NoLoop);
     // The same with a loop at the bottom.
     texts.back() = QStringLiteral("G1");
     texts[78] = QStringLiteral("G80");
-    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), 1);
+    EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), R::ReferenceLoop);
 }
 
 QString Describe(const ZWTreeNode* node)
@@ -107,16 +113,16 @@ TEST(Expand, GrowsTheWholeTreeDepthFirst)
     const std::vector<QString> texts
         = {QStringLiteral("B + C * B"), QStringLiteral("D"), QStringLiteral("D - 1"), QStringLiteral("2")};
     ZWTreeNode root(nullptr, QStringLiteral("A"));
-    EXPECT_EQ(ZWEvaluator::Expand(&root, names, texts), 0);
+    EXPECT_EQ(ZWEvaluator::Expand(&root, names, texts), R::NoLoop);
     // A formula reached on two paths is expanded on both.
     EXPECT_EQ(Describe(&root), QStringLiteral("A(B(D) C(D))"));
 
     ZWTreeNode missing(nullptr, QStringLiteral("Z"));
-    EXPECT_EQ(ZWEvaluator::Expand(&missing, names, texts), 2);
+    EXPECT_EQ(ZWEvaluator::Expand(&missing, names, texts), R::MissingFormula);
     ZWTreeNode loop(nullptr, QStringLiteral("A"));
     const std::vector<QString> loopTexts
         = {QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("A"), QStringLiteral("1")};
-    EXPECT_EQ(ZWEvaluator::Expand(&loop, names, loopTexts), 1);
+    EXPECT_EQ(ZWEvaluator::Expand(&loop, names, loopTexts), R::ReferenceLoop);
     // Grown up to the formula that closes the loop.
     EXPECT_EQ(Describe(&loop), QStringLiteral("A(B(C))"));
 }

@@ -1,4 +1,5 @@
 #include "formula/ZWTokenProducer.h"
+#include "tests/support/ZWTestSupport.h"
 
 #include <QStringList>
 #include <charconv>
@@ -68,7 +69,9 @@ INSTANTIATE_TEST_SUITE_P(Operators, TokenTable,
         TokenCase{u"a< =b", R"x(2"a"@0 22"<"@1 -2@3 2"b"@4 0@5)x"}, TokenCase{u"& | =", R"x(-2@0 -2@2 -2@4 0@5)x"},
         TokenCase{u"!a", R"x(30"!"@0 2"a"@1 0@2)x"}, TokenCase{u"a!=b", R"x(2"a"@0 27"!="@1 2"b"@3 0@4)x"},
         TokenCase{u"!", R"x(30"!"@0 0@1)x"}, TokenCase{u"<", R"x(22"<"@0 0@1)x"}),
-    [](const testing::TestParamInfo<TokenCase>& info) { return "Case" + std::to_string(info.index); });
+    [](const testing::TestParamInfo<TokenCase>& info) {
+        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
+    });
 
 INSTANTIATE_TEST_SUITE_P(NamesAndFunctions, TokenTable,
     testing::Values(
@@ -84,7 +87,9 @@ INSTANTIATE_TEST_SUITE_P(NamesAndFunctions, TokenTable,
         TokenCase{u"a_b", R"x(2"a"@0 -2@1 -2@1)x", 3},
         // "." after a name starts a number that is not there.
         TokenCase{u"x.y", R"x(2"x"@0 -2@1 2"y"@2 0@3)x"}),
-    [](const testing::TestParamInfo<TokenCase>& info) { return "Case" + std::to_string(info.index); });
+    [](const testing::TestParamInfo<TokenCase>& info) {
+        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
+    });
 
 INSTANTIATE_TEST_SUITE_P(DeviceVariables, TokenTable,
     testing::Values(
@@ -95,14 +100,18 @@ INSTANTIATE_TEST_SUITE_P(DeviceVariables, TokenTable,
         TokenCase{u"[[x]]", R"x(21"[x"@1 -2@4 -2@4)x", 3}, TokenCase{u"[a.b]c", R"x(21"a.b"@1 2"c"@5 0@6)x"},
         // A missing "]" or an empty name: an error, the characters consumed.
         TokenCase{u"[abc", R"x(-2@0 0@4)x"}, TokenCase{u"[]+1", R"x(-2@0 3"+"@2 1(1)@3 0@4)x"}),
-    [](const testing::TestParamInfo<TokenCase>& info) { return "Case" + std::to_string(info.index); });
+    [](const testing::TestParamInfo<TokenCase>& info) {
+        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
+    });
 
 INSTANTIATE_TEST_SUITE_P(Blanks, TokenTable,
     testing::Values(TokenCase{u"", "0@0"},
         // Only the space is a blank: a tab is an error that does not advance.
         TokenCase{u"\t1", "-2@0 -2@0 -2@0", 3}, TokenCase{u"1\n", R"x(1(1)@0 -2@1 -2@1)x", 3},
         TokenCase{u"  7", R"x(1(7)@2 0@3)x"}, TokenCase{u"#", "-2@0 -2@0", 2}),
-    [](const testing::TestParamInfo<TokenCase>& info) { return "Case" + std::to_string(info.index); });
+    [](const testing::TestParamInfo<TokenCase>& info) {
+        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
+    });
 
 INSTANTIATE_TEST_SUITE_P(Numbers, TokenTable,
     testing::Values(TokenCase{u"12", "1(12)@0 0@2"}, TokenCase{u"3.25", "1(3.25)@0 0@4"},
@@ -122,7 +131,9 @@ INSTANTIATE_TEST_SUITE_P(Numbers, TokenTable,
         // Out of range: what the conversion gives.
         TokenCase{u"1e400", "1(inf)@0 0@5"}, TokenCase{u"1e-400", "1(0)@0 0@6"},
         TokenCase{u"2.2250738585072014e-308", "1(2.2250738585072014e-308)@0 0@23"}),
-    [](const testing::TestParamInfo<TokenCase>& info) { return "Case" + std::to_string(info.index); });
+    [](const testing::TestParamInfo<TokenCase>& info) {
+        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
+    });
 
 void ExpectEmpty(const ZWToken& t)
 {

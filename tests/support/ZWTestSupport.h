@@ -4,6 +4,7 @@
 #include <QString>
 #include <QTemporaryDir>
 #include <ostream>
+#include <string>
 
 // Failed comparisons of texts show the texts.
 inline void PrintTo(const QString& text, std::ostream* os)
@@ -13,11 +14,17 @@ inline void PrintTo(const QString& text, std::ostream* os)
 
 namespace zwtest {
 
-// The shared regression corpus, or an empty string when it is absent.
-QString CorpusDir();
 // A file of the source tree (examples, fixtures).
 QString SourcePath(const QString& relative);
+// Inputs that once broke Qt's parsers, one folder per format.
+QString FuzzRegressionsDir();
 QByteArray ReadFile(const QString& path);
 bool WriteFile(const QString& path, const QByteArray& data);
+// "two-formula loop, other order" as "TwoFormulaLoopOtherOrder": a case's
+// description as the name of a parameterised test.
+std::string CaseName(const char* description);
+// "(1<2)+1" as "Open1Lt2ClosePlus1": a formula or other short text spelled
+// out as the name of a parameterised test, one distinct word per symbol.
+std::string SpelledName(const QString& text);
 
 } // namespace zwtest
