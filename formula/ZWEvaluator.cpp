@@ -3,6 +3,7 @@
 #include "formula/ZWResultCode.h"
 #include "formula/ZWTreeNode.h"
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 
 #include <QHash>
 #include <QSet>
@@ -319,13 +320,13 @@ int ZWEvaluator::ErrorMsgId(int code)
         return 32555 + code;
     switch (code) {
     case ZWResultCode::NoCurrentValue:
-        return 32740;
+        return ZWTextId::FormulaNoCurrentValue;
     case ZWResultCode::Atan2Stack:
-        return 32741;
+        return ZWTextId::FormulaAtan2Stack;
     case ZWResultCode::Atan2Type:
-        return 32742;
+        return ZWTextId::FormulaAtan2Type;
     default:
-        return 32617;
+        return ZWTextId::FormulaUnknownCode;
     }
 }
 

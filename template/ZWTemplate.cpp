@@ -2,6 +2,7 @@
 
 #include "host/core/ZWGuid.h"
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -31,7 +32,7 @@ bool ZWTemplate::Load(const QString& path, QString* error)
     XmlDocument document;
     if (!document.Load(path)) {
         if (error)
-            *error = ZWLoadString(33100).arg(path, document.ErrorString());
+            *error = ZWLoadString(ZWTextId::ReportCannotRead).arg(path, document.ErrorString());
         *this = ZWTemplate();
         return false;
     }
@@ -93,13 +94,13 @@ bool ZWTemplate::Save(const QString& path, QString* error) const
         if (!previous.open(QIODevice::ReadOnly) || (old = previous.readAll(), previous.error() != QFile::NoError)
             || !backup.open(QIODevice::WriteOnly) || backup.write(old) != old.size() || !backup.commit()) {
             if (error)
-                *error = ZWLoadString(33101).arg(BackupPath(path));
+                *error = ZWLoadString(ZWTextId::ReportBackupFailed).arg(BackupPath(path));
             return false;
         }
     }
     if (!document.SaveAs(path)) {
         if (error)
-            *error = ZWLoadString(33102).arg(path);
+            *error = ZWLoadString(ZWTextId::ReportCannotSave).arg(path);
         return false;
     }
     return true;

@@ -7,6 +7,7 @@
 #include "host/core/ZWProgress.h"
 #include "host/core/ZWSettingsKeys.h"
 #include "host/core/ZWSimpleXml.h"
+#include "host/core/ZWTextId.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWFormat.h"
 
@@ -146,7 +147,7 @@ bool ZWReportData::GetDatabaseValues(QByteArray& out, ZWProgress* progress)
     const std::vector<XmlDocument::XmlNode> pages = m_design.Root().Nodes(QStringLiteral("page"));
     const int pageCount = int(pages.size());
     if (progress) {
-        progress->SetText(ZWLoadString(32919));
+        progress->SetText(ZWLoadString(ZWTextId::ComputingValues));
         progress->SetRange(0, pageCount * 100);
     }
     ZWSimpleXml xml;

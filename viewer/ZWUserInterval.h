@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/core/ZWDateTime.h"
+#include "host/core/ZWTextId.h"
 
 class QSettings;
 
@@ -13,9 +14,9 @@ public:
     // Message ids of the refusals; 0 when the interval is accepted.
     enum Check : int {
         Accepted = 0,
-        FromNotBeforeTo = 32631,
-        ShorterThanAnHour = 32632,
-        EndsInTheFuture = 32633,
+        FromNotBeforeTo = ZWTextId::UserIntervalStartAfterEnd,
+        ShorterThanAnHour = ZWTextId::UserIntervalTooShort,
+        EndsInTheFuture = ZWTextId::UserIntervalInFuture,
     };
 
     // From today 00:00:00 to now, then each stored part that exists (and

@@ -5,6 +5,7 @@
 #include "app/demo/ZWDemoData.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerDatabase.h"
 #include "host/store/ZWLoggerWriter.h"
 #include "host/store/ZWSqlLoggerConnection.h"
@@ -88,7 +89,8 @@ int RunDemoDb(const QStringList& args)
     }
     if (holds) {
         if (!p.isSet(QStringLiteral("replace"))) {
-            Err() << "zwinformes demo-db: " << ZWLoadString(34051).arg(opened.store->Url().Display()) << "\n";
+            Err() << "zwinformes demo-db: "
+                  << ZWLoadString(ZWTextId::DemoDatabaseNotEmpty).arg(opened.store->Url().Display()) << "\n";
             return ExitFailed;
         }
         ZWLoggerWriter writer(*opened.store);
@@ -110,7 +112,7 @@ int RunDemoDb(const QStringList& args)
     const auto iso = [](qint64 t) {
         return QDateTime::fromSecsSinceEpoch(t, QTimeZone::utc()).toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss'Z'"));
     };
-    Out() << ZWLoadString(34052)
+    Out() << ZWLoadString(ZWTextId::DemoDone)
                  .arg(demo.SamplesWritten())
                  .arg(options.variables)
                  .arg(iso(demo.FirstUtc()), iso(demo.LastUtc()), opened.store->Url().Display())

@@ -4,6 +4,7 @@
 #include "app/commands/ZWTerminalProgress.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerDatabase.h"
 #include "host/store/ZWLoggerImport.h"
 #include "host/store/ZWSqlLoggerStore.h"
@@ -47,7 +48,7 @@ int RunImport(const QStringList& args)
         Err() << "zwinformes import: " << error << "\n";
         return ExitFailed;
     }
-    Out() << ZWLoadString(34041)
+    Out() << ZWLoadString(ZWTextId::ImportDone)
                  .arg(import.Samples())
                  .arg(import.Variables())
                  .arg(import.CreatedVariables())

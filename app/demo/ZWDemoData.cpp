@@ -3,6 +3,7 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWLocalTime.h"
 #include "host/core/ZWProgress.h"
+#include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerWriter.h"
 
 #include <QDateTime>
@@ -159,7 +160,7 @@ bool ZWDemoData::Generate(ZWSqlLoggerStore& store, const Options& options, ZWPro
     }
 
     if (progress) {
-        progress->SetText(ZWLoadString(34050));
+        progress->SetText(ZWLoadString(ZWTextId::DemoProgress));
         progress->SetRange(0, int(specs.size()));
         progress->SetPos(0);
     }

@@ -2,6 +2,7 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerDatabase.h"
 #include "viewer/ZWReportFiles.h"
 
@@ -16,22 +17,22 @@
 
 CDlgLoggerDatabase::CDlgLoggerDatabase(QWidget* parent) : QDialog(parent)
 {
-    setWindowTitle(ZWLoadString(35110));
+    setWindowTitle(ZWLoadString(ZWTextId::DatabaseDialogTitle));
     m_address = new QLineEdit(ZWMarentaSetup::instance().GetLoggerDatabase(), this);
     m_address->setObjectName(QStringLiteral("address"));
     m_address->setMinimumWidth(420);
-    auto* browse = new QPushButton(ZWLoadString(35113), this);
-    auto* hint = new QLabel(ZWLoadString(35112), this);
+    auto* browse = new QPushButton(ZWLoadString(ZWTextId::DatabaseDialogSqliteFile), this);
+    auto* hint = new QLabel(ZWLoadString(ZWTextId::DatabaseDialogHint), this);
     hint->setWordWrap(true);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(32441));
-    buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(32442));
+    buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(ZWTextId::Ok));
+    buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(ZWTextId::Cancel));
     connect(buttons, &QDialogButtonBox::accepted, this, &CDlgLoggerDatabase::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &CDlgLoggerDatabase::reject);
     connect(browse, &QPushButton::clicked, this, &CDlgLoggerDatabase::OnBrowse);
 
     auto* grid = new QGridLayout(this);
-    grid->addWidget(new QLabel(ZWLoadString(35111), this), 0, 0, 1, 2);
+    grid->addWidget(new QLabel(ZWLoadString(ZWTextId::DatabaseDialogIntro), this), 0, 0, 1, 2);
     grid->addWidget(m_address, 1, 0);
     grid->addWidget(browse, 1, 1);
     grid->addWidget(hint, 2, 0, 1, 2);
@@ -52,7 +53,8 @@ void CDlgLoggerDatabase::OnBrowse()
 
 QString CDlgLoggerDatabase::ChooseFile()
 {
-    return QFileDialog::getOpenFileName(this, ZWLoadString(35110), QString(), ZWLoadString(35114));
+    return QFileDialog::getOpenFileName(this, ZWLoadString(ZWTextId::DatabaseDialogTitle), QString(),
+        ZWLoadString(ZWTextId::DatabaseDialogSqliteFilter));
 }
 
 void CDlgLoggerDatabase::accept()

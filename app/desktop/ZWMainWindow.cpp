@@ -3,6 +3,7 @@
 #include "app/desktop/CDlgLoggerDatabase.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerDatabase.h"
 #include "viewer/ZWReportFiles.h"
 #include "viewer/widgets/CDlgViewer.h"
@@ -19,29 +20,30 @@
 
 ZWMainWindow::ZWMainWindow(QWidget* parent) : QMainWindow(parent)
 {
-    setWindowTitle(ZWLoadString(35120));
+    setWindowTitle(ZWLoadString(ZWTextId::AppTitle));
     setObjectName(QStringLiteral("MainWindow"));
     m_list = new QListWidget(this);
     m_list->setObjectName(QStringLiteral("Reports"));
     m_list->setSelectionMode(QAbstractItemView::SingleSelection);
     setCentralWidget(m_list);
 
-    m_open = new QAction(ZWViewerIcons::Icon(ZWViewerIcons::Report), ZWLoadString(35122), this);
+    m_open = new QAction(ZWViewerIcons::Icon(ZWViewerIcons::Report), ZWLoadString(ZWTextId::AppOpen), this);
     m_open->setShortcut(QKeySequence::Open);
-    m_refresh = new QAction(ZWViewerIcons::Icon(ZWViewerIcons::Refresh), ZWLoadString(35123), this);
+    m_refresh = new QAction(ZWViewerIcons::Icon(ZWViewerIcons::Refresh), ZWLoadString(ZWTextId::AppRefresh), this);
     m_refresh->setShortcut(QKeySequence::Refresh);
-    m_chooseDatabase = new QAction(ZWViewerIcons::Icon(ZWViewerIcons::Database), ZWLoadString(35124), this);
-    auto* quit = new QAction(ZWLoadString(35125), this);
+    m_chooseDatabase
+        = new QAction(ZWViewerIcons::Icon(ZWViewerIcons::Database), ZWLoadString(ZWTextId::AppLoggerDatabase), this);
+    auto* quit = new QAction(ZWLoadString(ZWTextId::AppQuit), this);
     quit->setShortcut(QKeySequence::Quit);
 
-    QMenu* file = menuBar()->addMenu(ZWLoadString(35129));
+    QMenu* file = menuBar()->addMenu(ZWLoadString(ZWTextId::AppReports));
     file->addAction(m_open);
     file->addAction(m_refresh);
     file->addSeparator();
     file->addAction(m_chooseDatabase);
     file->addSeparator();
     file->addAction(quit);
-    QToolBar* bar = addToolBar(ZWLoadString(35129));
+    QToolBar* bar = addToolBar(ZWLoadString(ZWTextId::AppReports));
     bar->setObjectName(QStringLiteral("MainBar"));
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     bar->addAction(m_open);
@@ -97,9 +99,9 @@ void ZWMainWindow::Refresh()
     m_open->setEnabled(m_list->currentItem() != nullptr);
     const QString folder = ZWMarentaSetup::instance().GetReportDirectory();
     if (names.isEmpty())
-        statusBar()->showMessage(ZWLoadString(35127).arg(folder));
+        statusBar()->showMessage(ZWLoadString(ZWTextId::AppNoReports).arg(folder));
     else
-        statusBar()->showMessage(ZWLoadString(35121).arg(folder));
+        statusBar()->showMessage(ZWLoadString(ZWTextId::AppReportsIn).arg(folder));
 }
 
 void ZWMainWindow::OnOpen()
@@ -116,7 +118,7 @@ CDlgViewer* ZWMainWindow::OpenReport(const QString& name)
     viewer->show();
     QString path = name;
     if (!viewer->Setup(path, ZWReportFiles::StartUnit())) {
-        ShowMessage(ZWLoadString(33100).arg(name, viewer->Data().DesignError()));
+        ShowMessage(ZWLoadString(ZWTextId::ReportCannotRead).arg(name, viewer->Data().DesignError()));
         viewer->close();
         return nullptr;
     }
@@ -142,7 +144,7 @@ void ZWMainWindow::OnLoggerDatabase()
 
 void ZWMainWindow::UpdateStatus()
 {
-    m_database->setText(ZWLoadString(35126).arg(ZWLoggerDatabase::Display()));
+    m_database->setText(ZWLoadString(ZWTextId::AppLoggedData).arg(ZWLoggerDatabase::Display()));
 }
 
 CDlgViewer* ZWMainWindow::CreateViewer()

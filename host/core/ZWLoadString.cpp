@@ -18,14 +18,16 @@ QHash<int, QString> LoadTable()
         for (const QString& line : lines) {
             if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
                 continue;
+            // id, name (for the generated header), text.
             const qsizetype tab = line.indexOf(QLatin1Char('\t'));
-            if (tab <= 0)
+            const qsizetype nameEnd = tab > 0 ? line.indexOf(QLatin1Char('\t'), tab + 1) : -1;
+            if (nameEnd < 0)
                 continue;
             bool ok = false;
             const int id = line.left(tab).trimmed().toInt(&ok);
             if (!ok)
                 continue;
-            QString text = line.mid(tab + 1);
+            QString text = line.mid(nameEnd + 1);
             if (text.endsWith(QLatin1Char('\r')))
                 text.chop(1);
             text.replace(QLatin1String("\\n"), QLatin1String("\n"));

@@ -3,8 +3,9 @@
 #include <QString>
 
 // User-visible texts by numeric id. The English table is compiled in as
-// resources (":/zwinformes/strings/*.tsv", one "id<TAB>text" per line, "\n"
-// for a line break). An unknown id gives false and a text naming the id, so a
+// resources (":/zwinformes/strings/*.tsv", one "id<TAB>name<TAB>text" per
+// line, "\n" for a line break); the names become ZWTextId constants at build
+// time. An unknown id gives false and a text naming the id, so a
 // missing text shows up instead of an empty message.
 bool ZWLoadString(int id, QString& text);
 QString ZWLoadString(int id);

@@ -3,6 +3,7 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWLocalTime.h"
 #include "host/core/ZWProgress.h"
+#include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerWriter.h"
 
 #include <QFile>
@@ -92,7 +93,10 @@ bool ZWLoggerImport::ImportFile(const QString& path, ZWProgress* progress, QStri
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         if (error)
-            *error = ZWLoadString(34030).arg(path).arg(0).arg(ZWLoadString(34039).arg(file.errorString()));
+            *error = ZWLoadString(ZWTextId::ImportErrorAt)
+                         .arg(path)
+                         .arg(0)
+                         .arg(ZWLoadString(ZWTextId::ImportCannotOpen).arg(file.errorString()));
         return false;
     }
     return Import(file, QFileInfo(path).fileName(), file.size(), progress, error);
@@ -106,13 +110,13 @@ bool ZWLoggerImport::Import(
     qint64 line = 0;
     const auto bad = [&](const QString& why) {
         if (error)
-            *error = ZWLoadString(34030).arg(sourceName).arg(line).arg(why);
+            *error = ZWLoadString(ZWTextId::ImportErrorAt).arg(sourceName).arg(line).arg(why);
         return false;
     };
     QTextStream in(&device);
     in.setEncoding(QStringConverter::Utf8);
     if (progress) {
-        progress->SetText(ZWLoadString(34040).arg(sourceName));
+        progress->SetText(ZWLoadString(ZWTextId::ImportProgress).arg(sourceName));
         progress->SetRange(0, 1000);
         progress->SetPos(0);
     }
@@ -127,22 +131,22 @@ bool ZWLoggerImport::Import(
             break;
     }
     if (text.trimmed().isEmpty())
-        return bad(ZWLoadString(34038));
+        return bad(ZWLoadString(ZWTextId::ImportEmptyFile));
     if (text.startsWith(QChar(0xFEFF)))
         text.remove(0, 1);
     if (!SplitCsvLine(text, cells))
-        return bad(ZWLoadString(34043));
+        return bad(ZWLoadString(ZWTextId::ImportUnclosedQuote));
     if (cells.first().compare(QLatin1String("time"), Qt::CaseInsensitive) != 0)
-        return bad(ZWLoadString(34031));
+        return bad(ZWLoadString(ZWTextId::ImportHeaderWithoutTime));
     const QStringList names = cells.mid(1);
     for (int i = 0; i < names.size(); ++i) {
         if (names[i].isEmpty())
-            return bad(ZWLoadString(34032).arg(i + 2));
+            return bad(ZWLoadString(ZWTextId::ImportColumnWithoutName).arg(i + 2));
         if (names.indexOf(names[i]) != i)
-            return bad(ZWLoadString(34033).arg(names[i]));
+            return bad(ZWLoadString(ZWTextId::ImportDuplicateColumn).arg(names[i]));
         const qsizetype dot = names[i].indexOf(QLatin1Char('.'));
         if (dot <= 0 || dot == names[i].size() - 1)
-            return bad(ZWLoadString(34034).arg(names[i]));
+            return bad(ZWLoadString(ZWTextId::ImportNotADeviceVariable).arg(names[i]));
     }
 
     ZWLoggerWriter writer(m_store);
@@ -169,14 +173,14 @@ bool ZWLoggerImport::Import(
         if (text.trimmed().isEmpty())
             continue;
         if (!SplitCsvLine(text, cells))
-            return bad(ZWLoadString(34043));
+            return bad(ZWLoadString(ZWTextId::ImportUnclosedQuote));
         if (cells.size() != names.size() + 1)
-            return bad(ZWLoadString(34035).arg(cells.size()).arg(names.size() + 1));
+            return bad(ZWLoadString(ZWTextId::ImportCellCount).arg(cells.size()).arg(names.size() + 1));
         qint64 t = 0;
         if (!ParseTime(cells[0], t))
-            return bad(ZWLoadString(34036).arg(cells[0]));
+            return bad(ZWLoadString(ZWTextId::ImportNotADateTime).arg(cells[0]));
         if (t < 0)
-            return bad(ZWLoadString(34042));
+            return bad(ZWLoadString(ZWTextId::ImportBefore1970));
         for (int i = 0; i < names.size(); ++i) {
             const QString& cell = cells[i + 1];
             if (cell.isEmpty())
@@ -184,7 +188,7 @@ bool ZWLoggerImport::Import(
             bool ok = false;
             const double value = cell.toDouble(&ok);
             if (!ok || !std::isfinite(value))
-                return bad(ZWLoadString(34037).arg(cell));
+                return bad(ZWLoadString(ZWTextId::ImportNotANumber).arg(cell));
             if (!writer.Add(ids[size_t(i)], t, value, &why))
                 return bad(why);
             ++m_samples;
@@ -197,7 +201,7 @@ bool ZWLoggerImport::Import(
                 progress->SetPos(int(std::min<qint64>(1000, pos * 1000 / totalBytes)));
             }
             if (progress->IsCancelled())
-                return bad(ZWLoadString(34044));
+                return bad(ZWLoadString(ZWTextId::ImportCancelled));
         }
     }
     if (!writer.Commit(&why))

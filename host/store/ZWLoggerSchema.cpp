@@ -1,6 +1,7 @@
 #include "host/store/ZWLoggerSchema.h"
 
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 
 #include <QSqlError>
@@ -71,7 +72,7 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
     bool has = false;
     if (!HasSchemaTable(c, has, &why)) {
         if (error)
-            *error = ZWLoadString(34010).arg(c.Url().Display(), why);
+            *error = ZWLoadString(ZWTextId::StoreCannotOpen).arg(c.Url().Display(), why);
         return false;
     }
     if (!has) {
@@ -81,8 +82,9 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
         const bool begun = c.IsPostgres() ? db.transaction() : c.Exec(QStringLiteral("BEGIN IMMEDIATE"), &why);
         if (!begun) {
             if (error)
-                *error = ZWLoadString(34014).arg(
-                    c.Url().Display(), why.isEmpty() ? ZWSqlLoggerConnection::ErrorText(db.lastError()) : why);
+                *error = ZWLoadString(ZWTextId::StoreCannotCreateTables)
+                             .arg(c.Url().Display(),
+                                 why.isEmpty() ? ZWSqlLoggerConnection::ErrorText(db.lastError()) : why);
             return false;
         }
         bool ok = HasSchemaTable(c, has, &why);
@@ -102,7 +104,7 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
             else
                 c.Exec(QStringLiteral("ROLLBACK"), nullptr);
             if (error)
-                *error = ZWLoadString(34014).arg(c.Url().Display(), why);
+                *error = ZWLoadString(ZWTextId::StoreCannotCreateTables).arg(c.Url().Display(), why);
             return false;
         }
         // Readers keep reading while an import writes.
@@ -112,13 +114,14 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
     QSqlQuery q(c.Database());
     if (!q.exec(QStringLiteral("SELECT MAX(version) FROM zw_schema")) || !q.next()) {
         if (error)
-            *error = ZWLoadString(34010).arg(c.Url().Display(), ZWSqlLoggerConnection::ErrorText(q.lastError()));
+            *error = ZWLoadString(ZWTextId::StoreCannotOpen)
+                         .arg(c.Url().Display(), ZWSqlLoggerConnection::ErrorText(q.lastError()));
         return false;
     }
     const int version = q.value(0).toInt();
     if (version > Version) {
         if (error)
-            *error = ZWLoadString(34013).arg(c.Url().Display()).arg(version).arg(Version);
+            *error = ZWLoadString(ZWTextId::StoreNewerSchema).arg(c.Url().Display()).arg(version).arg(Version);
         return false;
     }
     // Later versions add their migrations here, each from the version before.

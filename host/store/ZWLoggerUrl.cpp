@@ -1,6 +1,7 @@
 #include "host/store/ZWLoggerUrl.h"
 
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 
 #include <QRegularExpression>
 #include <QUrl>
@@ -12,12 +13,12 @@ bool ZWLoggerUrl::Parse(const QString& input, QString* error)
     const QString text = input.trimmed();
     const auto fail = [&](const QString& why) {
         if (error)
-            *error = ZWLoadString(34001).arg(text, why);
+            *error = ZWLoadString(ZWTextId::StoreInvalidAddress).arg(text, why);
         m_backend = Backend::None;
         return false;
     };
     if (text.isEmpty())
-        return fail(ZWLoadString(34002));
+        return fail(ZWLoadString(ZWTextId::StoreNoDatabaseNamed));
 
     if (text.startsWith(QLatin1String("postgresql://"), Qt::CaseInsensitive)
         || text.startsWith(QLatin1String("postgres://"), Qt::CaseInsensitive)) {
@@ -28,30 +29,30 @@ bool ZWLoggerUrl::Parse(const QString& input, QString* error)
         m_host = url.host(QUrl::FullyDecoded);
         m_port = url.port(5432);
         if (m_port <= 0 || m_port > 65535)
-            return fail(ZWLoadString(34003));
+            return fail(ZWLoadString(ZWTextId::StoreBadPort));
         m_user = url.userName(QUrl::FullyDecoded);
         m_password = url.password(QUrl::FullyDecoded);
         m_database = url.path(QUrl::FullyDecoded);
         if (m_database.startsWith(QLatin1Char('/')))
             m_database.remove(0, 1);
         if (m_database.isEmpty())
-            return fail(ZWLoadString(34004));
+            return fail(ZWLoadString(ZWTextId::StoreUrlWithoutDatabase));
         // Values go into libpq's "key=value" connection text: keep them to
         // plain words so that none can add options of its own.
         static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_.-]+$"));
         const QUrlQuery query(url);
         for (const auto& [key, value] : query.queryItems(QUrl::FullyDecoded)) {
             if (!plain.match(value).hasMatch())
-                return fail(ZWLoadString(34005).arg(key));
+                return fail(ZWLoadString(ZWTextId::StoreBadOptionValue).arg(key));
             if (key == QLatin1String("connect_timeout")) {
                 bool ok = false;
                 m_connectTimeout = value.toInt(&ok);
                 if (!ok || m_connectTimeout < 1 || m_connectTimeout > 3600)
-                    return fail(ZWLoadString(34005).arg(key));
+                    return fail(ZWLoadString(ZWTextId::StoreBadOptionValue).arg(key));
             } else if (key == QLatin1String("sslmode") || key == QLatin1String("application_name")) {
                 m_options.append({key, value});
             } else {
-                return fail(ZWLoadString(34006).arg(key));
+                return fail(ZWLoadString(ZWTextId::StoreUnknownOption).arg(key));
             }
         }
         return true;
@@ -63,10 +64,10 @@ bool ZWLoggerUrl::Parse(const QString& input, QString* error)
         if (path.startsWith(QLatin1String("//")))
             path = path.mid(2);
     } else if (path.contains(QLatin1String("://"))) {
-        return fail(ZWLoadString(34007));
+        return fail(ZWLoadString(ZWTextId::StoreUnknownKind));
     }
     if (path.isEmpty())
-        return fail(ZWLoadString(34008));
+        return fail(ZWLoadString(ZWTextId::StoreSqliteWithoutPath));
     m_backend = Backend::SQLite;
     m_path = path;
     return true;

@@ -1,6 +1,7 @@
 #include "host/store/ZWLoggerWriter.h"
 
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 
 #include <QSqlError>
@@ -42,7 +43,7 @@ ZWLoggerWriter::~ZWLoggerWriter()
 bool ZWLoggerWriter::Fail(QString* error, const QString& why)
 {
     if (error)
-        *error = ZWLoadString(34016).arg(m_store.Url().Display(), why);
+        *error = ZWLoadString(ZWTextId::StoreCannotWrite).arg(m_store.Url().Display(), why);
     return false;
 }
 
@@ -116,7 +117,7 @@ bool ZWLoggerWriter::EnsureVariable(const QString& name, ZWSqlLoggerStore::Kind 
     created = false;
     const qsizetype dot = name.indexOf(QLatin1Char('.'));
     if (dot <= 0 || dot == name.size() - 1)
-        return Fail(error, ZWLoadString(34034).arg(name));
+        return Fail(error, ZWLoadString(ZWTextId::ImportNotADeviceVariable).arg(name));
     QVariantList row;
     if (!Run(QStringLiteral("SELECT id, kind FROM variables WHERE name = ?"), {name}, error, &row))
         return false;

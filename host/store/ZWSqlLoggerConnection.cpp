@@ -1,6 +1,7 @@
 #include "host/store/ZWSqlLoggerConnection.h"
 
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -102,7 +103,7 @@ bool ZWSqlLoggerConnection::Open(QString* error)
         return true;
     if (!m_db.isValid()) {
         if (error)
-            *error = ZWLoadString(34017).arg(m_url.Display(), m_db.driverName());
+            *error = ZWLoadString(ZWTextId::StoreDriverMissing).arg(m_url.Display(), m_db.driverName());
         return false;
     }
     if (IsPostgres()) {
@@ -125,7 +126,7 @@ bool ZWSqlLoggerConnection::Open(QString* error)
     }
     if (!m_db.open()) {
         if (error)
-            *error = ZWLoadString(34010).arg(m_url.Display(), ErrorText(m_db.lastError()));
+            *error = ZWLoadString(ZWTextId::StoreCannotOpen).arg(m_url.Display(), ErrorText(m_db.lastError()));
         return false;
     }
     if (!IsPostgres()) {
@@ -134,7 +135,7 @@ bool ZWSqlLoggerConnection::Open(QString* error)
         QSqlQuery probe(m_db);
         if (!probe.exec(QStringLiteral("PRAGMA schema_version"))) {
             if (error)
-                *error = ZWLoadString(34010).arg(m_url.Display(), ErrorText(probe.lastError()));
+                *error = ZWLoadString(ZWTextId::StoreCannotOpen).arg(m_url.Display(), ErrorText(probe.lastError()));
             m_db.close();
             return false;
         }

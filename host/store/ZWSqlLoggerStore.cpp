@@ -4,6 +4,7 @@
 #include "host/core/ZWLocalTime.h"
 #include "host/core/ZWNoValue.h"
 #include "host/core/ZWProgress.h"
+#include "host/core/ZWTextId.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/store/ZWLoggerSchema.h"
 #include "host/store/ZWSqlLoggerConnection.h"
@@ -48,7 +49,7 @@ bool WithReconnect(ZWSqlLoggerConnection& c, const std::function<bool(QString*)>
     QString reopenWhy;
     if (!c.Reopen(&reopenWhy)) {
         if (error)
-            *error = ZWLoadString(34011).arg(c.Url().Display(), reopenWhy);
+            *error = ZWLoadString(ZWTextId::StoreConnectionLost).arg(c.Url().Display(), reopenWhy);
         return false;
     }
     why.clear();
@@ -115,7 +116,7 @@ bool ZWSqlLoggerStore::LoadVariables(ZWSqlLoggerConnection& c, QString* error)
             }
             return true;
         },
-        error, 34012);
+        error, ZWTextId::StoreCannotRead);
     if (!ok)
         return false;
     QMutexLocker lock(&m_mutex);
@@ -232,7 +233,7 @@ bool ZWSqlLoggerStore::LiveValue(const QString& name, double& value)
             q->finish();
             return true;
         },
-        nullptr, 34012);
+        nullptr, ZWTextId::StoreCannotRead);
     return ok && found;
 }
 
@@ -240,7 +241,7 @@ bool ZWSqlLoggerStore::PeriodValues(const QStringList& names, const ZWDateTime& 
     std::vector<double>& values, ZWProgress* progress, QString* error)
 {
     if (progress)
-        progress->SetText(ZWLoadString(34015));
+        progress->SetText(ZWLoadString(ZWTextId::StoreReading));
     if (!start.IsValid() || !end.IsValid()) {
         values.assign(size_t(names.size()), ZW_NO_VALUE);
         return true;
@@ -286,7 +287,7 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
             q->finish();
             return true;
         },
-        error, 34012);
+        error, ZWTextId::StoreCannotRead);
 }
 
 bool ZWSqlLoggerStore::PeriodValuesUtc(

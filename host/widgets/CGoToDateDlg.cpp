@@ -1,6 +1,7 @@
 #include "host/widgets/CGoToDateDlg.h"
 
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 
 #include <QCalendarWidget>
 #include <QDialogButtonBox>
@@ -11,14 +12,14 @@
 
 CGoToDateDlg::CGoToDateDlg(QWidget* parent) : QDialog(parent)
 {
-    setWindowTitle(ZWLoadString(413));
+    setWindowTitle(ZWLoadString(ZWTextId::GoToDate));
     m_calendar = new QCalendarWidget(this);
     m_calendar->setGridVisible(true);
     m_time = new QTimeEdit(this);
     m_time->setDisplayFormat(QStringLiteral("HH:mm:ss"));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(32441));
-    buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(32442));
+    buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(ZWTextId::Ok));
+    buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(ZWTextId::Cancel));
     connect(buttons, &QDialogButtonBox::accepted, this, &CGoToDateDlg::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &CGoToDateDlg::reject);
     connect(m_calendar, &QCalendarWidget::activated, this, &CGoToDateDlg::accept);

@@ -1,6 +1,7 @@
 #include "viewer/widgets/CDlgInformesList.h"
 
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 #include "viewer/ZWReportFiles.h"
 
 #include <QDialogButtonBox>
@@ -17,18 +18,18 @@ CDlgInformesList::CDlgInformesList(QWidget* parent) : QDialog(parent)
     m_list = new QTreeWidget(this);
     m_list->setObjectName(QStringLiteral("list"));
     m_list->setColumnCount(1);
-    m_list->setHeaderLabels({ZWLoadString(32435)});
+    m_list->setHeaderLabels({ZWLoadString(ZWTextId::Report)});
     m_list->setRootIsDecorated(false);
     m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_list->header()->setStretchLastSection(true);
-    m_label = new QLabel(ZWLoadString(32470), this);
+    m_label = new QLabel(ZWLoadString(ZWTextId::NewReportName), this);
     m_edit = new QLineEdit(this);
     m_edit->setObjectName(QStringLiteral("name"));
     m_label->setBuddy(m_edit);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(32441));
-    buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(32442));
+    buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(ZWTextId::Ok));
+    buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(ZWTextId::Cancel));
     connect(buttons, &QDialogButtonBox::accepted, this, &CDlgInformesList::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &CDlgInformesList::reject);
 
@@ -47,7 +48,7 @@ CDlgInformesList::CDlgInformesList(QWidget* parent) : QDialog(parent)
 void CDlgInformesList::SetType(int type)
 {
     m_type = (type == Several || type == One) ? type : NewName;
-    static const int captions[] = {32469, 32439, 32471};
+    static const int captions[] = {ZWTextId::NewReport, ZWTextId::ChooseReports, ZWTextId::ChooseReport};
     setWindowTitle(ZWLoadString(captions[m_type]));
     m_label->setVisible(m_type == NewName);
     m_edit->setVisible(m_type == NewName);
@@ -130,13 +131,13 @@ void CDlgInformesList::accept()
     if (m_type == NewName) {
         const QString name = m_edit->text();
         if (!IsValidName(name)) {
-            ShowMessage(32474);
+            ShowMessage(ZWTextId::ReportNameInvalid);
             return;
         }
         // Case-sensitive, as the names are compared everywhere else.
         for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
             if (m_list->topLevelItem(i)->text(0) == name) {
-                ShowMessage(32473);
+                ShowMessage(ZWTextId::ReportNameTaken);
                 return;
             }
         }

@@ -2,6 +2,7 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWTextId.h"
 #include "viewer/ZWUserInterval.h"
 
 #include <QDateEdit>
@@ -30,7 +31,7 @@ ZWDateTime Compose(const QDate& date, const QTime& time)
 
 CDlgUserInterval::CDlgUserInterval(QWidget* parent, const ZWDateTime& now) : QDialog(parent), m_now(now)
 {
-    setWindowTitle(ZWLoadString(32628));
+    setWindowTitle(ZWLoadString(ZWTextId::UserIntervalTitle));
     m_fromDate = new QDateEdit(this);
     m_fromTime = new QTimeEdit(this);
     m_toDate = new QDateEdit(this);
@@ -47,16 +48,16 @@ CDlgUserInterval::CDlgUserInterval(QWidget* parent, const ZWDateTime& now) : QDi
     m_toTime->setObjectName(QStringLiteral("toTime"));
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(32441));
-    buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(32442));
+    buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(ZWTextId::Ok));
+    buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(ZWTextId::Cancel));
     connect(buttons, &QDialogButtonBox::accepted, this, &CDlgUserInterval::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &CDlgUserInterval::reject);
 
     auto* grid = new QGridLayout(this);
-    grid->addWidget(new QLabel(ZWLoadString(32630), this), 0, 0);
+    grid->addWidget(new QLabel(ZWLoadString(ZWTextId::UserIntervalFrom), this), 0, 0);
     grid->addWidget(m_fromDate, 0, 1);
     grid->addWidget(m_fromTime, 0, 2);
-    grid->addWidget(new QLabel(ZWLoadString(32629), this), 1, 0);
+    grid->addWidget(new QLabel(ZWLoadString(ZWTextId::UserIntervalTo), this), 1, 0);
     grid->addWidget(m_toDate, 1, 1);
     grid->addWidget(m_toTime, 1, 2);
     grid->addWidget(buttons, 2, 0, 1, 3);

@@ -3,6 +3,7 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWLocale.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWTextId.h"
 #include "host/widgets/CDlgProgress.h"
 #include "host/widgets/CGoToDateDlg.h"
 #include "viewer/widgets/CDlgUserInterval.h"
@@ -25,12 +26,12 @@ namespace {
 
 // The units of the group-by menu in their order, with their texts.
 constexpr std::pair<int, int> kUnits[] = {
-    {ID_GROUPBY_USER, 32627},
-    {ID_GROUPBY_DAY, 754},
-    {ID_GROUPBY_WEEK, 755},
-    {ID_GROUPBY_MONTH, 756},
-    {ID_GROUPBY_3MONTH, 842},
-    {ID_GROUPBY_YEAR, 432},
+    {ID_GROUPBY_USER, ZWTextId::UserIntervalCommand},
+    {ID_GROUPBY_DAY, ZWTextId::UnitDay},
+    {ID_GROUPBY_WEEK, ZWTextId::UnitWeek},
+    {ID_GROUPBY_MONTH, ZWTextId::UnitMonth},
+    {ID_GROUPBY_3MONTH, ZWTextId::UnitQuarter},
+    {ID_GROUPBY_YEAR, ZWTextId::UnitYear},
 };
 
 QString ShortDateTime(const ZWDateTime& t)
@@ -76,10 +77,12 @@ void CDlgViewer::InitializeToolBar()
         m_toolBar->addAction(action);
         return action;
     };
-    m_previous = add(ID_VIEWER_PREVIOUS, 234, ZWViewerIcons::PreviousPeriod, QKeySequence(Qt::ALT | Qt::Key_Left));
-    m_next = add(ID_VIEWER_NEXT, 235, ZWViewerIcons::NextPeriod, QKeySequence(Qt::ALT | Qt::Key_Right));
-    m_goTo = add(ID_VIEWER_GOTO, 413, ZWViewerIcons::GoToDate, QKeySequence(Qt::CTRL | Qt::Key_G));
-    m_groupBy = add(ID_VIEWER_GROUPBY, 233, ZWViewerIcons::GroupBy, QKeySequence());
+    m_previous = add(ID_VIEWER_PREVIOUS, ZWTextId::PreviousPeriod, ZWViewerIcons::PreviousPeriod,
+        QKeySequence(Qt::ALT | Qt::Key_Left));
+    m_next
+        = add(ID_VIEWER_NEXT, ZWTextId::NextPeriod, ZWViewerIcons::NextPeriod, QKeySequence(Qt::ALT | Qt::Key_Right));
+    m_goTo = add(ID_VIEWER_GOTO, ZWTextId::GoToDate, ZWViewerIcons::GoToDate, QKeySequence(Qt::CTRL | Qt::Key_G));
+    m_groupBy = add(ID_VIEWER_GROUPBY, ZWTextId::GroupBy, ZWViewerIcons::GroupBy, QKeySequence());
     // The group-by button drops its menu down; the menu is built anew each
     // time so that it checks the present unit.
     m_groupByMenu = new QMenu(this);
@@ -153,7 +156,7 @@ void CDlgViewer::Gather(bool reload)
     CDlgProgress progress(this);
     bool ok = false;
     std::unique_ptr<QThread> worker(QThread::create([this, &progress, &ok, reload] {
-        progress.SetTitle(ZWLoadString(609));
+        progress.SetTitle(ZWLoadString(ZWTextId::GatheringTitle));
         progress.SetText(QStringLiteral("..."));
         ok = m_data.SetupDataWork(reload, &progress);
         progress.End(ok);
@@ -173,7 +176,7 @@ void CDlgViewer::Gather(bool reload)
     UpdateTitle();
     const ZWLoggerData* logger = m_data.LoggerData();
     if (!ok && logger && !logger->GetVariables().isEmpty())
-        ShowMessage(ZWLoadString(35101).arg(m_data.LastError()));
+        ShowMessage(ZWLoadString(ZWTextId::LoggedDataUnreadable).arg(m_data.LastError()));
     emit gathered(ok);
 }
 
@@ -289,10 +292,11 @@ void CDlgViewer::UpdateTitle()
     const QString report = m_frame && !m_frame->Title().isEmpty() ? m_frame->Title() : m_reportName;
     const ZWReportPeriod& period = m_data.Period();
     if (report.isEmpty() || m_gatherings == 0) {
-        setWindowTitle(report.isEmpty() ? ZWLoadString(32468) : report);
+        setWindowTitle(report.isEmpty() ? ZWLoadString(ZWTextId::UntitledReport) : report);
         return;
     }
-    setWindowTitle(ZWLoadString(35102).arg(report, ShortDateTime(period.Start()), ShortDateTime(period.End())));
+    setWindowTitle(
+        ZWLoadString(ZWTextId::ViewerTitle).arg(report, ShortDateTime(period.Start()), ShortDateTime(period.End())));
 }
 
 void CDlgViewer::closeEvent(QCloseEvent* event)

@@ -3,6 +3,7 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWSettingsKeys.h"
+#include "host/core/ZWTextId.h"
 #include "template/ZWColorRef.h"
 #include "viewer/ZWViewZoom.h"
 #include "viewer/widgets/ZWViewTemplateWnd.h"
@@ -41,7 +42,7 @@ ZWViewReportFrame::ZWViewReportFrame(QWidget* parent) : QMainWindow(parent)
     m_stack = new QStackedWidget(this);
     setCentralWidget(m_stack);
 
-    m_pagesBar = addToolBar(ZWLoadString(32517));
+    m_pagesBar = addToolBar(ZWLoadString(ZWTextId::Pages));
     m_pagesBar->setObjectName(QStringLiteral("PagesBar"));
     m_previousPage = MakeAction(this, ID_PREVIOUS_PAGE, ZWViewerIcons::PreviousPage, QKeySequence(Qt::Key_PageUp));
     m_nextPage = MakeAction(this, ID_NEXT_PAGE, ZWViewerIcons::NextPage, QKeySequence(Qt::Key_PageDown));
@@ -57,13 +58,13 @@ ZWViewReportFrame::ZWViewReportFrame(QWidget* parent) : QMainWindow(parent)
     m_pagesBar->addAction(m_print);
     m_pagesBar->addAction(m_refresh);
 
-    m_zoomBar = addToolBar(ZWLoadString(32519));
+    m_zoomBar = addToolBar(ZWLoadString(ZWTextId::Zoom));
     m_zoomBar->setObjectName(QStringLiteral("ZoomBar"));
     m_zoomOut = MakeAction(this, ID_ZOOM_OUT, ZWViewerIcons::ZoomOut, QKeySequence::ZoomOut);
     m_zoomIn = MakeAction(this, ID_ZOOM_IN, ZWViewerIcons::ZoomIn, QKeySequence::ZoomIn);
     m_zoomSelector = new QComboBox(this);
     m_zoomSelector->setObjectName(QStringLiteral("ZoomSelector"));
-    m_zoomSelector->addItem(ZWLoadString(32405));
+    m_zoomSelector->addItem(ZWLoadString(ZWTextId::FitToWindow));
     for (int k = 1; k < ZWViewZoom::SelectorEntries; ++k)
         m_zoomSelector->addItem(QString::asprintf("%d%%", k * 50));
     m_zoomBar->addAction(m_zoomOut);
@@ -132,7 +133,7 @@ ZWViewTemplateWnd* ZWViewReportFrame::CurrentPageWnd() const
 
 QString ZWViewReportFrame::DocumentName() const
 {
-    return m_title.isEmpty() ? ZWLoadString(32468) : m_title;
+    return m_title.isEmpty() ? ZWLoadString(ZWTextId::UntitledReport) : m_title;
 }
 
 bool ZWViewReportFrame::SetTemplate(const XmlDocument& design)
@@ -167,7 +168,7 @@ bool ZWViewReportFrame::SetTemplate(const XmlDocument& design)
     };
     for (size_t i = 0; i < pages.size(); ++i) {
         addWindow()->SetTemplate(pages[i]);
-        m_pageSelector->addItem(ZWLoadString(32518).arg(int(i) + 1));
+        m_pageSelector->addItem(ZWLoadString(ZWTextId::PageNumber).arg(int(i) + 1));
     }
     if (m_pages.empty())
         addWindow();

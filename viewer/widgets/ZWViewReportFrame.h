@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/core/XmlDocument.h"
+#include "host/core/ZWTextId.h"
 
 #include <QByteArray>
 #include <QMainWindow>
@@ -26,13 +27,13 @@ class ZWViewReportFrame : public QMainWindow
 public:
     // Command (and text) ids of the frame's own commands.
     enum Command : int {
-        ID_PREVIOUS_PAGE = 32515,
-        ID_NEXT_PAGE = 32516,
-        ID_ZOOM_IN = 32520,
-        ID_ZOOM_OUT = 32521,
+        ID_PREVIOUS_PAGE = ZWTextId::PreviousPage,
+        ID_NEXT_PAGE = ZWTextId::NextPage,
+        ID_ZOOM_IN = ZWTextId::ZoomIn,
+        ID_ZOOM_OUT = ZWTextId::ZoomOut,
         ID_FILE_PRINT = 0xE107,
         ID_FILE_PRINT_PREVIEW = 0xE109,
-        ID_VIEW_REFRESH = 35100,
+        ID_VIEW_REFRESH = ZWTextId::Refresh,
     };
 
     explicit ZWViewReportFrame(QWidget* parent = nullptr);

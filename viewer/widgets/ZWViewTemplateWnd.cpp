@@ -2,6 +2,7 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMath.h"
+#include "host/core/ZWTextId.h"
 #include "template/tagDraw.h"
 #include "viewer/ZWViewZoom.h"
 
@@ -244,7 +245,7 @@ QList<QToolBar*> ZWViewTemplateWnd::FrameToolBars() const
 QMenu* ZWViewTemplateWnd::CreateContextMenu()
 {
     auto* menu = new QMenu(this);
-    QMenu* bars = menu->addMenu(ZWLoadString(32526));
+    QMenu* bars = menu->addMenu(ZWLoadString(ZWTextId::Toolbars));
     const QList<QToolBar*> toolBars = FrameToolBars();
     for (int i = 0; i < toolBars.size(); ++i) {
         QAction* action = bars->addAction(toolBars[i]->windowTitle());
