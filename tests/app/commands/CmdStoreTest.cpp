@@ -1,29 +1,16 @@
 // The import and demo-db commands as a user runs them: exit codes and messages.
+#include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
 
-struct Result
+zwtest::ProgramResult Zw(const QStringList& args)
 {
-    int code;
-    QString out;
-    QString err;
-};
-
-Result Zw(const QStringList& args)
-{
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("TZ"), QStringLiteral("UTC"));
-    env.remove(QStringLiteral("ZWINFORMES_DB"));
-    p.setProcessEnvironment(env);
-    p.start(QStringLiteral(ZW_PROGRAM), args);
-    EXPECT_TRUE(p.waitForFinished(120000));
-    return {p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
+    return zwtest::RunProgram(
+        args, {{{QStringLiteral("TZ"), QStringLiteral("UTC")}, {QStringLiteral("ZWINFORMES_DB"), QString()}}});
 }
 
 TEST(CmdStore, ImportReportsAndRefusesBadRows)
@@ -37,24 +24,24 @@ TEST(CmdStore, ImportReportsAndRefusesBadRows)
 
     Result r = Zw({QStringLiteral("import"), QStringLiteral("--db"), db, QStringLiteral("--counter"),
         QStringLiteral("M.E"), good});
-    EXPECT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
     EXPECT_TRUE(r.out.startsWith(QStringLiteral("Imported 3 samples of 2 variables (2 new) from 2 rows")))
         << r.out.toStdString();
 
     r = Zw({QStringLiteral("import"), QStringLiteral("--db"), db, bad});
-    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.status, 1);
     EXPECT_TRUE(r.err.contains(QStringLiteral("bad.csv: line 3: 'x' is not a number"))) << r.err.toStdString();
 
     r = Zw({QStringLiteral("period-values"), QStringLiteral("--db"), db, QStringLiteral("--from"),
         QStringLiteral("2025-01-06"), QStringLiteral("--to"), QStringLiteral("2025-01-07"), QStringLiteral("M.E"),
         QStringLiteral("R.T:count"), QStringLiteral("No.Such")});
-    EXPECT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
     EXPECT_EQ(r.out, QStringLiteral("M.E\t2\nR.T:count\t1\nNo.Such\t-\n"));
 
-    EXPECT_EQ(Zw({QStringLiteral("import"), QStringLiteral("--db"), db}).code, 2);
-    EXPECT_EQ(Zw({QStringLiteral("import"), QStringLiteral("--db"), QStringLiteral("mysql://x/y"), good}).code, 2);
+    EXPECT_EQ(Zw({QStringLiteral("import"), QStringLiteral("--db"), db}).status, 2);
+    EXPECT_EQ(Zw({QStringLiteral("import"), QStringLiteral("--db"), QStringLiteral("mysql://x/y"), good}).status, 2);
     r = Zw({QStringLiteral("import"), QStringLiteral("--db"), db, dir.path() + QStringLiteral("/missing.csv")});
-    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.status, 1);
     EXPECT_TRUE(r.err.contains(QStringLiteral("cannot open the file"))) << r.err.toStdString();
 }
 
@@ -65,17 +52,17 @@ TEST(CmdStore, DemoDbFillsOnceAndReplacesOnRequest)
     const QStringList args = {QStringLiteral("demo-db"), QStringLiteral("--db"), db, QStringLiteral("--months"),
         QStringLiteral("1"), QStringLiteral("--until"), QStringLiteral("2025-02-01T00:00:00Z")};
     Result r = Zw(args);
-    EXPECT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
     EXPECT_TRUE(r.out.startsWith(QStringLiteral("Wrote 20839 samples of 7 variables, 2025-01-01T00:00:00Z to "
                                                 "2025-02-01T00:00:00Z")))
         << r.out.toStdString();
     r = Zw(args);
-    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.status, 1);
     EXPECT_TRUE(r.err.contains(QStringLiteral("already holds logged data"))) << r.err.toStdString();
-    EXPECT_EQ(Zw(args + QStringList{QStringLiteral("--replace")}).code, 0);
+    EXPECT_EQ(Zw(args + QStringList{QStringLiteral("--replace")}).status, 0);
     EXPECT_EQ(
         Zw({QStringLiteral("demo-db"), QStringLiteral("--db"), db, QStringLiteral("--step"), QStringLiteral("5m")})
-            .code,
+            .status,
         2);
 }
 

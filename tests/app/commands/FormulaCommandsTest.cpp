@@ -1,40 +1,20 @@
 #include "formula/ZWEvaluator.h"
+#include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
 
-struct Result
-{
-    int status = -1;
-    QByteArray out;
-    QByteArray err;
-
-    QJsonValue Json() const
-    {
-        QJsonParseError error;
-        const QJsonDocument doc = QJsonDocument::fromJson(out, &error);
-        EXPECT_EQ(error.error, QJsonParseError::NoError) << out.toStdString();
-        return doc.isArray() ? QJsonValue(doc.array()) : QJsonValue(doc.object());
-    }
-};
+using Result = zwtest::ProgramResult;
 
 Result RunProgram(const QStringList& args)
 {
-    QProcess process;
-    process.start(QStringLiteral(ZW_PROGRAM), args);
-    EXPECT_TRUE(process.waitForFinished(60000)) << args.join(QLatin1Char(' ')).toStdString();
-    Result r;
-    r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    r.out = process.readAllStandardOutput();
-    r.err = process.readAllStandardError();
-    return r;
+    return zwtest::RunProgram(args);
 }
 
 QString Message(int code)
@@ -49,8 +29,8 @@ TEST(TokensCommand, JsonListsEveryTokenUpToTheEnd)
     const Result r = RunProgram({QStringLiteral("tokens"), QStringLiteral("--json"), QStringLiteral("12+[m.e]")});
     EXPECT_EQ(r.status, 0);
     // Members in the documented order.
-    EXPECT_TRUE(r.out.startsWith(R"([{"type":1,"text":"","number":12,"position":0,"valueType":0},)"))
-        << r.out.toStdString();
+    EXPECT_TRUE(r.raw.startsWith(R"([{"type":1,"text":"","number":12,"position":0,"valueType":0},)"))
+        << r.raw.toStdString();
     const QJsonArray tokens = r.Json().toArray();
     ASSERT_EQ(tokens.size(), 4);
     EXPECT_EQ(tokens[1].toObject()[QStringLiteral("type")].toInt(), 3);
@@ -135,12 +115,12 @@ TEST(EvalCommand, ValueAndStatus)
 TEST(EvalCommand, NumbersKeepFullPrecision)
 {
     const Result r = RunProgram({QStringLiteral("eval"), QStringLiteral("--json"), QStringLiteral("0.1 + 0.2")});
-    EXPECT_TRUE(r.out.contains("\"value\":0.30000000000000004")) << r.out.toStdString();
+    EXPECT_TRUE(r.raw.contains("\"value\":0.30000000000000004")) << r.raw.toStdString();
     const Result third = RunProgram({QStringLiteral("eval"), QStringLiteral("--json"), QStringLiteral("1/3")});
     EXPECT_EQ(third.Json().toObject()[QStringLiteral("value")].toDouble(), 1.0 / 3.0);
     const Result plain = RunProgram({QStringLiteral("eval"), QStringLiteral("2^0.5")});
     EXPECT_EQ(plain.status, 0);
-    EXPECT_EQ(plain.out.trimmed(), QByteArray("1.4142135623730951"));
+    EXPECT_EQ(plain.raw.trimmed(), QByteArray("1.4142135623730951"));
 }
 
 class WithLibrary : public testing::Test
@@ -198,7 +178,7 @@ TEST_F(WithLibrary, CheckLoops)
             QStringList{QStringLiteral("check-loops"), QStringLiteral("--formules"), c.file, QStringLiteral("--json")}
             + c.extra);
         EXPECT_EQ(r.status, c.result == 0 ? 0 : 1);
-        EXPECT_EQ(r.out.trimmed(), QStringLiteral("{\"result\":%1}").arg(c.result).toUtf8());
+        EXPECT_EQ(r.raw.trimmed(), QStringLiteral("{\"result\":%1}").arg(c.result).toUtf8());
     }
 }
 
@@ -222,7 +202,7 @@ TEST(MessageCommand, PrintsTheTextOfACode)
     for (const int code : {10, 62, 0, -1, 99}) {
         const Result r = RunProgram({QStringLiteral("message"), QString::number(code)});
         EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(QString::fromUtf8(r.out).trimmed(), Message(code)) << code;
+        EXPECT_EQ(r.out.trimmed(), Message(code)) << code;
     }
 }
 
@@ -245,14 +225,14 @@ TEST(FormulaCommands, UsageErrors)
     for (const QStringList& args : cases) {
         const Result r = RunProgram(args);
         EXPECT_EQ(r.status, 2) << args.join(QLatin1Char(' ')).toStdString();
-        EXPECT_TRUE(r.out.isEmpty()) << args.join(QLatin1Char(' ')).toStdString();
+        EXPECT_TRUE(r.raw.isEmpty()) << args.join(QLatin1Char(' ')).toStdString();
         EXPECT_FALSE(r.err.isEmpty()) << args.join(QLatin1Char(' ')).toStdString();
     }
     for (const QString& command :
         {QStringLiteral("eval"), QStringLiteral("tokens"), QStringLiteral("check-loops"), QStringLiteral("message")}) {
         const Result r = RunProgram({command, QStringLiteral("--help")});
         EXPECT_EQ(r.status, 0);
-        EXPECT_TRUE(r.out.contains("Usage")) << command.toStdString();
+        EXPECT_TRUE(r.raw.contains("Usage")) << command.toStdString();
     }
 }
 
@@ -260,16 +240,16 @@ TEST(FormulaCommands, HumanReadableForms)
 {
     Result r = RunProgram({QStringLiteral("eval"), QStringLiteral("2+-3")});
     EXPECT_EQ(r.status, 1);
-    EXPECT_TRUE(r.out.contains("invalid formula")) << r.out.toStdString();
+    EXPECT_TRUE(r.raw.contains("invalid formula")) << r.raw.toStdString();
     r = RunProgram(
         {QStringLiteral("eval"), QStringLiteral("Total + [m.x]"), QStringLiteral("--set"), QStringLiteral("m.x=")});
     EXPECT_EQ(r.status, 1);
-    EXPECT_TRUE(r.out.contains("error 62")) << r.out.toStdString();
-    EXPECT_TRUE(r.out.contains("Total, [m.x]")) << r.out.toStdString();
+    EXPECT_TRUE(r.raw.contains("error 62")) << r.raw.toStdString();
+    EXPECT_TRUE(r.raw.contains("Total, [m.x]")) << r.raw.toStdString();
     r = RunProgram({QStringLiteral("eval"), QStringLiteral("1 < 2")});
-    EXPECT_EQ(r.out.trimmed(), QByteArray("1 (true)"));
+    EXPECT_EQ(r.raw.trimmed(), QByteArray("1 (true)"));
     r = RunProgram({QStringLiteral("tokens"), QStringLiteral("a <= 2")});
-    EXPECT_TRUE(r.out.contains("less or equal")) << r.out.toStdString();
+    EXPECT_TRUE(r.raw.contains("less or equal")) << r.raw.toStdString();
 }
 
 } // namespace

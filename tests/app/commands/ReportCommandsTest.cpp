@@ -1,9 +1,9 @@
 // The report commands as a user runs them: logged data imported from CSV
 // into a SQLite file, the example monthly report rendered for a known month
 // to PDF (read back with poppler's tools) and its value document.
+#include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -11,30 +11,18 @@
 
 namespace {
 
-struct Result
-{
-    int status = -1;
-    QString out;
-    QString err;
-};
+using Result = zwtest::ProgramResult;
 
 Result RunProcess(const QString& program, const QStringList& args)
 {
-    QProcess process;
-    process.start(program, args);
-    EXPECT_TRUE(process.waitForFinished(120000)) << args.join(QLatin1Char(' ')).toStdString();
-    Result r;
-    r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    r.out = QString::fromUtf8(process.readAllStandardOutput());
-    r.err = QString::fromUtf8(process.readAllStandardError());
-    return r;
+    return zwtest::RunProgram(args, {}, program);
 }
 
 Result Zw(const QStringList& args)
 {
-    return RunProcess(QStringLiteral(ZW_PROGRAM),
+    return zwtest::RunProgram(
         QStringList{QStringLiteral("--tz"), QStringLiteral("UTC"), QStringLiteral("--locale"), QStringLiteral("en_US")}
-            + args);
+        + args);
 }
 
 class MonthlyReport : public testing::Test

@@ -1,12 +1,12 @@
 // The commands format-number, format-date, resave, render-template and the
 // hidden picture decoder of the zwinformes program.
+#include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QImage>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -14,33 +14,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct Result
-{
-    int status = -1;
-    QString out;
-    QString err;
-    QByteArray rawOut;
-};
+using Result = zwtest::ProgramResult;
 
 Result Zwinformes(const QStringList& args, const QByteArray& input = QByteArray())
 {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("ZWINFORMES_LOCALE"), QStringLiteral("C"));
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(ZW_PROGRAM), args);
-    if (!input.isNull()) {
-        process.write(input);
-        process.closeWriteChannel();
-    }
-    EXPECT_TRUE(process.waitForFinished(60000)) << args.join(u' ').toStdString();
-    Result r;
-    r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    r.rawOut = process.readAllStandardOutput();
-    r.out = QString::fromUtf8(r.rawOut);
-    r.err = QString::fromUtf8(process.readAllStandardError());
-    return r;
+    zwtest::RunOptions options;
+    options.environment = {{u"ZWINFORMES_LOCALE"_s, u"C"_s}, {u"QT_QPA_PLATFORM"_s, u"offscreen"_s}};
+    options.input = input;
+    return zwtest::RunProgram(args, options);
 }
 
 TEST(TemplateCommands, FormatNumber)
@@ -169,12 +150,12 @@ TEST(TemplateCommands, PictureDecoderIsHiddenAndSpeaksItsProtocol)
     }
     Result r = Zwinformes({u"decode-image"_s}, png);
     EXPECT_EQ(r.status, 0);
-    ASSERT_EQ(r.rawOut.size(), 18 + 3 * 2 * 4);
-    EXPECT_TRUE(r.rawOut.startsWith("ZWRAW1"));
-    EXPECT_EQ(quint8(r.rawOut[6]), 3);
+    ASSERT_EQ(r.raw.size(), 18 + 3 * 2 * 4);
+    EXPECT_TRUE(r.raw.startsWith("ZWRAW1"));
+    EXPECT_EQ(quint8(r.raw[6]), 3);
     r = Zwinformes({u"decode-image"_s}, QByteArray("no picture"));
     EXPECT_NE(r.status, 0);
-    EXPECT_TRUE(r.rawOut.isEmpty());
+    EXPECT_TRUE(r.raw.isEmpty());
 }
 
 } // namespace

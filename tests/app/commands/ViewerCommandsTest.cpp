@@ -1,8 +1,8 @@
 // The commands gui, view and the hidden screenshot of the zwinformes program.
+#include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
 #include <QImage>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -11,32 +11,21 @@ namespace {
 class ViewerCommands : public testing::Test
 {
 protected:
-    struct Result
-    {
-        int status = -1;
-        QString err;
-    };
+    using Result = zwtest::ProgramResult;
 
     void SetUp() override { ASSERT_TRUE(m_dir.isValid()); }
 
     Result Run(const QStringList& args, bool display = true)
     {
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("ZWINFORMES_LOCALE"), QStringLiteral("C"));
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        zwtest::RunOptions options;
+        options.environment = {{QStringLiteral("ZWINFORMES_LOCALE"), QStringLiteral("C")},
+            {QStringLiteral("QT_QPA_PLATFORM"), display ? QStringLiteral("offscreen") : QString()},
+            {QStringLiteral("ZWINFORMES_SETTINGS"), m_dir.filePath(QStringLiteral("settings.ini"))}};
         if (!display) {
-            for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
-                environment.remove(QString::fromLatin1(name));
+            options.environment.push_back({QStringLiteral("DISPLAY"), QString()});
+            options.environment.push_back({QStringLiteral("WAYLAND_DISPLAY"), QString()});
         }
-        environment.insert(QStringLiteral("ZWINFORMES_SETTINGS"), m_dir.filePath(QStringLiteral("settings.ini")));
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(ZW_PROGRAM), args);
-        EXPECT_TRUE(process.waitForFinished(60000)) << args.join(QLatin1Char(' ')).toStdString();
-        Result r;
-        r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-        r.err = QString::fromUtf8(process.readAllStandardError());
-        return r;
+        return zwtest::RunProgram(args, options);
     }
 
     QString Db() const { return QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("demo.sqlite")); }

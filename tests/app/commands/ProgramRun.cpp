@@ -1,0 +1,47 @@
+#include "tests/app/commands/ProgramRun.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <gtest/gtest.h>
+
+namespace zwtest {
+
+QJsonValue ProgramResult::Json() const
+{
+    QJsonParseError error;
+    const QJsonDocument doc = QJsonDocument::fromJson(raw, &error);
+    EXPECT_EQ(error.error, QJsonParseError::NoError) << raw.toStdString();
+    return doc.isArray() ? QJsonValue(doc.array()) : QJsonValue(doc.object());
+}
+
+ProgramResult RunProgram(const QStringList& args, const RunOptions& options, const QString& program)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const auto& [name, value] : options.environment) {
+        if (value.isEmpty())
+            environment.remove(name);
+        else
+            environment.insert(name, value);
+    }
+    process.setProcessEnvironment(environment);
+    process.start(program.isEmpty() ? QStringLiteral(ZW_PROGRAM) : program, args);
+    if (!options.input.isNull()) {
+        process.write(options.input);
+        process.closeWriteChannel();
+    }
+    const bool finished = process.waitForFinished(options.timeoutMs);
+    EXPECT_TRUE(finished) << args.join(QLatin1Char(' ')).toStdString();
+    if (!finished)
+        process.kill();
+    ProgramResult r;
+    r.status = finished && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    r.raw = process.readAllStandardOutput();
+    r.out = QString::fromUtf8(r.raw);
+    r.err = QString::fromUtf8(process.readAllStandardError());
+    return r;
+}
+
+} // namespace zwtest

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonValue>
+#include <QString>
+#include <QStringList>
+#include <utility>
+#include <vector>
+
+namespace zwtest {
+
+// What one run of a program left: the exit status (-1 when it crashed or
+// did not finish), its output as bytes and as text, its error output.
+struct ProgramResult
+{
+    int status = -1;
+    QByteArray raw;
+    QString out;
+    QString err;
+
+    // The output read as one JSON document (a failed test when it is not).
+    QJsonValue Json() const;
+};
+
+struct RunOptions
+{
+    // Environment entries to set; an empty value removes the entry.
+    std::vector<std::pair<QString, QString>> environment;
+    // Given on standard input, which is then closed.
+    QByteArray input;
+    int timeoutMs = 120000;
+};
+
+// Runs `program` (the zwinformes program when empty) with `args`.
+ProgramResult RunProgram(const QStringList& args, const RunOptions& options = {}, const QString& program = QString());
+
+} // namespace zwtest
