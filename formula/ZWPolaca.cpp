@@ -118,17 +118,50 @@ constexpr OperatorRule kOperatorRules[] = {
 };
 // clang-format on
 
-constexpr int kLastTokenType = ZWToken::MinusMinus;
-constexpr auto kRuleOfType = [] {
-    std::array<const OperatorRule*, kLastTokenType + 1> rules{};
-    for (const OperatorRule& rule : kOperatorRules)
-        rules[size_t(rule.type)] = &rule;
-    return rules;
-}();
-
-const OperatorRule* RuleOfType(int type)
+// One operator applied to the value stack `s` of `n` values: 0, or the code
+// of the fault. A template per rule, so that the rule's checks and its
+// function compile to straight code, as a hand-written case would.
+template <size_t I, class V> int Step(V* s, size_t& n, const std::vector<ZWToken>& undefined)
 {
-    return type >= 0 && type <= kLastTokenType ? kRuleOfType[size_t(type)] : nullptr;
+    constexpr const OperatorRule& rule = kOperatorRules[I];
+    if (n < size_t(rule.arity))
+        return rule.stackCode;
+    const V& top = s[n - 1];
+    if constexpr (rule.arity == 2) {
+        const V& below = s[n - 2];
+        const bool wrongType = rule.operands == kSameType
+            ? below.valueType != top.valueType
+            : below.valueType != rule.operands || top.valueType != rule.operands;
+        if (wrongType)
+            return rule.typeCode;
+    } else if (top.valueType != rule.operands) {
+        return rule.typeCode;
+    }
+    const double a = rule.arity == 2 ? s[n - 2].value : 0.0;
+    const double b = top.value;
+    if constexpr (rule.outOfDomain != nullptr) {
+        // A domain fault after a missing value may come from the placeholder
+        // 1.0 rather than from the data: it is reported as missing data.
+        if (rule.outOfDomain(a, b))
+            return !undefined.empty() ? int(R::UndefinedValues) : rule.domainCode;
+    }
+    n -= size_t(rule.arity - 1);
+    s[n - 1] = V{rule.apply(a, b), rule.result};
+    return 0;
+}
+
+constexpr size_t RuleIndex(int type)
+{
+    for (size_t i = 0; i < std::size(kOperatorRules); ++i)
+        if (kOperatorRules[i].type == type)
+            return i;
+    throw "no rule for this token type"; // a compile-time error where used
+}
+
+// The rule's step for the token type `T`.
+template <int T, class V> int Apply(V* s, size_t& n, const std::vector<ZWToken>& undefined)
+{
+    return Step<RuleIndex(T), V>(s, n, undefined);
 }
 
 } // namespace
@@ -380,9 +413,6 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
     Value* const s = m_values.data();
     size_t n = 0;
 
-    // A domain fault after a missing value may come from the placeholder
-    // 1.0 rather than from the data: it is reported as missing data (40).
-    auto domain = [this](int code) { return m_undefined.empty() ? code : int(R::UndefinedValues); };
     auto push = [&](double r, int type) { s[n++] = Value{r, type}; };
 
     for (const ZWToken& token : m_translation) {
@@ -421,33 +451,117 @@ int ZWPolaca::Evaluate(Context& context, double& result, int& valueType)
             }
             break;
         }
-        default: {
+        // The operators and functions, each by its rule of the table. A
+        // switch rather than a table of functions, so that every rule's step
+        // is inlined into the loop.
+        case ZWToken::Add:
+            if (const int code = Apply<ZWToken::Add>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Subtract:
+            if (const int code = Apply<ZWToken::Subtract>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Multiply:
+            if (const int code = Apply<ZWToken::Multiply>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Divide:
+            if (const int code = Apply<ZWToken::Divide>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Power:
+            if (const int code = Apply<ZWToken::Power>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::UnaryMinus:
+            if (const int code = Apply<ZWToken::UnaryMinus>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Sqrt:
+            if (const int code = Apply<ZWToken::Sqrt>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Log:
+            if (const int code = Apply<ZWToken::Log>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Exp:
+            if (const int code = Apply<ZWToken::Exp>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Sin:
+            if (const int code = Apply<ZWToken::Sin>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Cos:
+            if (const int code = Apply<ZWToken::Cos>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Tan:
+            if (const int code = Apply<ZWToken::Tan>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Asin:
+            if (const int code = Apply<ZWToken::Asin>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Acos:
+            if (const int code = Apply<ZWToken::Acos>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Atan:
+            if (const int code = Apply<ZWToken::Atan>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Log10:
+            if (const int code = Apply<ZWToken::Log10>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Less:
+            if (const int code = Apply<ZWToken::Less>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Greater:
+            if (const int code = Apply<ZWToken::Greater>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::LessEqual:
+            if (const int code = Apply<ZWToken::LessEqual>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::GreaterEqual:
+            if (const int code = Apply<ZWToken::GreaterEqual>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Equal:
+            if (const int code = Apply<ZWToken::Equal>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::NotEqual:
+            if (const int code = Apply<ZWToken::NotEqual>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::And:
+            if (const int code = Apply<ZWToken::And>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Or:
+            if (const int code = Apply<ZWToken::Or>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Not:
+            if (const int code = Apply<ZWToken::Not>(s, n, m_undefined))
+                return code;
+            break;
+        case ZWToken::Atan2:
+            if (const int code = Apply<ZWToken::Atan2>(s, n, m_undefined))
+                return code;
+            break;
+        default:
             // A "(" left in the translation by an unbalanced text has no
             // rule: a no-op.
-            const OperatorRule* rule = RuleOfType(token.GetType());
-            if (!rule)
-                break;
-            if (n < size_t(rule->arity))
-                return rule->stackCode;
-            const Value& top = s[n - 1];
-            if (rule->arity == 2) {
-                const Value& below = s[n - 2];
-                const bool wrongType = rule->operands == kSameType
-                    ? below.valueType != top.valueType
-                    : below.valueType != rule->operands || top.valueType != rule->operands;
-                if (wrongType)
-                    return rule->typeCode;
-            } else if (top.valueType != rule->operands) {
-                return rule->typeCode;
-            }
-            const double a = rule->arity == 2 ? s[n - 2].value : 0.0;
-            const double b = top.value;
-            if (rule->outOfDomain && rule->outOfDomain(a, b))
-                return domain(rule->domainCode);
-            n -= size_t(rule->arity - 1);
-            s[n - 1] = Value{rule->apply(a, b), rule->result};
             break;
-        }
         }
     }
 
