@@ -194,6 +194,10 @@ void CDlgViewer::RestorePlacement()
         screen = parentWidget()->screen();
     if (!screen)
         screen = QGuiApplication::primaryScreen();
+    if (!screen) {
+        resize(kDefaultSize);
+        return;
+    }
     // The frame the platform puts around the window, as far as it is known
     // before the window is shown; else as it is around the window in use.
     create();
@@ -205,10 +209,6 @@ void CDlgViewer::RestorePlacement()
             frame = QMargins(inner.left() - outer.left(), inner.top() - outer.top(), outer.right() - inner.right(),
                 outer.bottom() - inner.bottom());
         }
-    }
-    if (!screen) {
-        resize(kDefaultSize);
-        return;
     }
     setGeometry(ZWWindowPlacement::Place(saved, kDefaultSize, screen->availableGeometry(), frame));
     if (maximized)

@@ -251,13 +251,10 @@ const Qt::KeyboardModifiers kNone = Qt::NoModifier;
 INSTANTIATE_TEST_SUITE_P(Viewer, PageKeys,
     testing::Values(
         KeyCase{"Down scrolls a twentieth of the window", 0, At::Top, Qt::Key_Down, kNone, 0, Then::OneLineOn, false},
-        KeyCase{"Up scrolls back a twentieth", 0, At::Middle, Qt::Key_Up, kNone, 0, Then::OneLineBack, false},
         KeyCase{"Up at the top stays on the page", 1, At::Top, Qt::Key_Up, kNone, 1, Then::Top, false},
         KeyCase{"Right scrolls a twentieth sideways", 0, At::Top, Qt::Key_Right, kNone, 0, Then::OneLineOn, true},
-        KeyCase{"Left scrolls back sideways", 0, At::Middle, Qt::Key_Left, kNone, 0, Then::OneLineBack, true},
         KeyCase{
             "Page Down scrolls the window's height", 0, At::Top, Qt::Key_PageDown, kNone, 0, Then::OneViewOn, false},
-        KeyCase{"Space scrolls the window's height", 0, At::Top, Qt::Key_Space, kNone, 0, Then::OneViewOn, false},
         KeyCase{"Page Up scrolls back the window's height", 0, At::Bottom, Qt::Key_PageUp, kNone, 0, Then::OneViewBack,
             false},
         KeyCase{"Shift Space scrolls back the window's height", 0, At::Bottom, Qt::Key_Space, Qt::ShiftModifier, 0,
@@ -378,7 +375,6 @@ TEST_P(ZoomKeepsItsPoint, WhileTheFactorChanges)
 INSTANTIATE_TEST_SUITE_P(Viewer, ZoomKeepsItsPoint,
     testing::Values(ZoomCase{"Ctrl wheel up keeps the point under the mouse", 2.0, {0.3, 0.7}, 0, 1, 2.5},
         ZoomCase{"Ctrl wheel down keeps the point under the mouse", 3.0, {0.8, 0.2}, 0, -1, 2.5},
-        ZoomCase{"two notches at once are two steps", 2.0, {0.6, 0.4}, 0, 2, 3.0},
         ZoomCase{"Ctrl plus keeps the middle of the window", 2.0, {}, Qt::Key_Plus, 0, 2.5},
         ZoomCase{"Ctrl equals zooms in too", 2.0, {}, Qt::Key_Equal, 0, 2.5},
         ZoomCase{"Ctrl minus keeps the middle of the window", 3.0, {}, Qt::Key_Minus, 0, 2.5}),
@@ -480,19 +476,6 @@ TEST_F(ViewerKeys, EveryCommandOfTheViewerIsInAMenuWithKeys)
     ASSERT_TRUE(QTest::qWaitForWindowActive(&viewer));
     ASSERT_NE(viewer.MenuBar(), nullptr);
     ExpectMnemonics(viewer.MenuBar()->actions(), QStringLiteral("viewer"));
-
-    // The group-by units, the user interval among them, under Period.
-    QStringList unitPath;
-    QMenu* groupBy = nullptr;
-    for (QAction* top : viewer.MenuBar()->actions())
-        for (QAction* entry : top->menu()->actions())
-            if (entry->menu() && entry->menu()->actions().contains(viewer.UnitAction(ID_GROUPBY_USER))) {
-                unitPath << ZWActionTexts::Plain(top->text()) << ZWActionTexts::Plain(entry->text());
-                groupBy = entry->menu();
-            }
-    EXPECT_EQ(unitPath, (QStringList{QStringLiteral("Period"), QStringLiteral("Group by")}));
-    ASSERT_NE(groupBy, nullptr);
-    EXPECT_EQ(groupBy->actions().size(), 6);
 
     // The units have keys that work from the page. (The offscreen platform
     // does not give the window back its activation after the progress
