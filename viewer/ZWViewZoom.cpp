@@ -1,5 +1,6 @@
 #include "viewer/ZWViewZoom.h"
 
+#include "host/core/ZWMath.h"
 #include "host/core/ZWNoValue.h"
 
 #include <algorithm>
@@ -63,4 +64,38 @@ int ZWViewZoom::SelectorIndex(double factor)
     if (IsFit(factor))
         return 0;
     return std::clamp(int(2.0 * factor), 0, SelectorEntries - 1);
+}
+
+int ZWViewZoom::LineStep(int viewExtent)
+{
+    return std::max(1, roundi(viewExtent / 20.0));
+}
+
+int ZWViewZoom::PageStep(int viewExtent)
+{
+    return std::max(1, viewExtent);
+}
+
+double ZWViewZoom::PageOffset(double pageExtent, int viewExtent, int scroll)
+{
+    // The same rule as the page's placement when it is drawn.
+    const double centred = (viewExtent - pageExtent) * 0.5;
+    return roundi(centred) < 0 ? -double(scroll) : centred;
+}
+
+double ZWViewZoom::PageFraction(double viewPoint, double pageExtent, int viewExtent, int scroll)
+{
+    if (pageExtent <= 0.0)
+        return 0.5;
+    return (viewPoint - PageOffset(pageExtent, viewExtent, scroll)) / pageExtent;
+}
+
+int ZWViewZoom::ScrollMaximum(double pageExtent, int viewExtent)
+{
+    return std::max(0, roundi(pageExtent) - viewExtent);
+}
+
+int ZWViewZoom::ScrollToKeep(double fraction, double viewPoint, double pageExtent, int viewExtent)
+{
+    return std::clamp(roundi(fraction * pageExtent - viewPoint), 0, ScrollMaximum(pageExtent, viewExtent));
 }

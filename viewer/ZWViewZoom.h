@@ -32,4 +32,23 @@ public:
     // The selector entry that shows `factor`.
     static int SelectorIndex(double factor);
     static double FactorOfIndex(int index) { return index * 50 * 0.01; }
+
+    // How far the scroll bars move over a view `viewExtent` pixels long: a
+    // line (arrow keys, one notch of the wheel) is a twentieth of the view,
+    // a page (Page Up/Down, Space) the whole view.
+    static int LineStep(int viewExtent);
+    static int PageStep(int viewExtent);
+
+    // Where a page `pageExtent` pixels long begins in a view of `viewExtent`
+    // pixels scrolled to `scroll`: centred when it fits, else at −scroll.
+    static double PageOffset(double pageExtent, int viewExtent, int scroll);
+    // Where `viewPoint` of the view falls on the page, as a fraction of the
+    // page's extent (0 its leading edge, 1 its far edge).
+    static double PageFraction(double viewPoint, double pageExtent, int viewExtent, int scroll);
+    // The scroll position (0 .. pageExtent − viewExtent) that brings the
+    // point `fraction` of the page under `viewPoint`, as far as the page
+    // allows: what keeps a point in place while the zoom changes.
+    static int ScrollToKeep(double fraction, double viewPoint, double pageExtent, int viewExtent);
+    // The last scroll position of a page in a view (0 when the page fits).
+    static int ScrollMaximum(double pageExtent, int viewExtent);
 };

@@ -24,7 +24,11 @@ CDlgLoggerDatabase::CDlgLoggerDatabase(QWidget* parent) : QDialog(parent)
     auto* browse = new QPushButton(ZWLoadString(ZWTextId::DatabaseDialogSqliteFile), this);
     auto* hint = new QLabel(ZWLoadString(ZWTextId::DatabaseDialogHint), this);
     hint->setWordWrap(true);
+    // Enter means OK, wherever the focus is (also after a file was chosen
+    // with this button): it never opens the file chooser again.
+    browse->setAutoDefault(false);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
     buttons->button(QDialogButtonBox::Ok)->setText(ZWLoadString(ZWTextId::Ok));
     buttons->button(QDialogButtonBox::Cancel)->setText(ZWLoadString(ZWTextId::Cancel));
     connect(buttons, &QDialogButtonBox::accepted, this, &CDlgLoggerDatabase::accept);
@@ -49,6 +53,7 @@ void CDlgLoggerDatabase::OnBrowse()
     const QString file = ChooseFile();
     if (!file.isEmpty())
         m_address->setText(QStringLiteral("sqlite:") + file);
+    m_address->setFocus();
 }
 
 QString CDlgLoggerDatabase::ChooseFile()

@@ -10,8 +10,8 @@ class QListWidget;
 
 // The desktop application's main window, in the host's role: the reports
 // of the report folder, each opened in a viewer with the unit last chosen;
-// the report last opened is remembered and preselected; the logger
-// database can be chosen.
+// the report last opened is remembered and preselected; the report folder
+// and the logger database can be chosen (both kept in the settings).
 class ZWMainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -30,9 +30,17 @@ public:
     // report could not be read.
     CDlgViewer* OpenReport(const QString& name);
     void OnLoggerDatabase();
+    // Asks for the report folder; the chosen one is listed, used for this
+    // session and kept as "ReportDirectory".
+    void OnReportFolder();
 
     QListWidget* List() const { return m_list; }
+    // The lines above the list: the report folder, the logger database.
+    QLabel* FolderLabel() const { return m_folder; }
+    QLabel* DatabaseLabel() const { return m_database; }
     QAction* OpenAction() const { return m_open; }
+    QAction* ReportFolderAction() const { return m_chooseFolder; }
+    QAction* LoggerDatabaseAction() const { return m_chooseDatabase; }
     // The viewers opened and not yet closed.
     QList<CDlgViewer*> Viewers() const;
 
@@ -41,14 +49,18 @@ protected:
     virtual CDlgViewer* CreateViewer();
     virtual int ExecDialog(QDialog& dialog);
     virtual void ShowMessage(const QString& text);
+    // Asks for a folder, starting at `current`; empty when cancelled.
+    virtual QString ChooseFolder(const QString& current);
 
 private:
     void UpdateStatus();
 
     QListWidget* m_list;
+    QLabel* m_folder;
     QLabel* m_database;
     QAction* m_open;
     QAction* m_refresh;
     QAction* m_chooseDatabase;
+    QAction* m_chooseFolder;
     QList<QPointer<CDlgViewer>> m_viewers;
 };

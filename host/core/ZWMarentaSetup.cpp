@@ -36,11 +36,18 @@ ZWMarentaSetup& ZWMarentaSetup::instance()
 
 QString ZWMarentaSetup::GetReportDirectory() const
 {
-    std::lock_guard lock(m_mutex);
-    if (!m_reportDir.isEmpty())
-        return m_reportDir;
+    {
+        std::lock_guard lock(m_mutex);
+        if (!m_reportDir.isEmpty())
+            return m_reportDir;
+    }
     const QString env = Env("ZWINFORMES_REPORT_DIR");
-    return env.isEmpty() ? BaseFolder() + QStringLiteral("reports/") : WithSlash(env);
+    if (!env.isEmpty())
+        return WithSlash(env);
+    const QString stored = OpenSettings()->value(ZWSettingsKeys::ReportDirectory).toString();
+    if (!stored.isEmpty())
+        return WithSlash(stored);
+    return BaseFolder() + QStringLiteral("reports/");
 }
 
 QString ZWMarentaSetup::GetDataDirectory() const

@@ -10,8 +10,8 @@
 //
 // Each value comes from, in this order: an explicit Set… (the command line),
 // an environment variable (ZWINFORMES_REPORT_DIR, ZWINFORMES_DATA_DIR,
-// ZWINFORMES_DB, ZWINFORMES_SETTINGS), the settings ("LoggerDatabase"), and
-// a default under the user's XDG data folder.
+// ZWINFORMES_DB, ZWINFORMES_SETTINGS), the settings ("ReportDirectory",
+// "LoggerDatabase"), and a default under the user's XDG data folder.
 class ZWMarentaSetup
 {
 public:

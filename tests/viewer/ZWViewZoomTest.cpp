@@ -2,8 +2,18 @@
 #include "host/core/ZWNoValue.h"
 
 #include <gtest/gtest.h>
+#include <string>
 
 namespace {
+
+// A test name from a sentence: its words joined by underscores.
+std::string SentenceName(const char* what)
+{
+    std::string out;
+    for (const char* c = what; *c; ++c)
+        out += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
+    return out;
+}
 
 TEST(ZWViewZoom, Steps)
 {
@@ -52,5 +62,56 @@ TEST(ZWViewZoom, FitTakesTheLimitingSide)
     EXPECT_DOUBLE_EQ(ZWViewZoom::FitFactor(105 * pxPerMm, 297 * pxPerMm, pxPerMm, pxPerMm, 210, 297), 0.5);
     EXPECT_EQ(ZWViewZoom::FitFactor(100, 100, pxPerMm, pxPerMm, 0, 297), ZW_NO_VALUE);
 }
+
+TEST(ZWViewZoom, ScrollStepsAreATwentiethAndAWholeView)
+{
+    EXPECT_EQ(ZWViewZoom::LineStep(800), 40);
+    EXPECT_EQ(ZWViewZoom::LineStep(610), 31); // 30.5 rounds up
+    EXPECT_EQ(ZWViewZoom::LineStep(10), 1);   // never less than a pixel
+    EXPECT_EQ(ZWViewZoom::LineStep(0), 1);
+    EXPECT_EQ(ZWViewZoom::PageStep(613), 613);
+    EXPECT_EQ(ZWViewZoom::PageStep(0), 1);
+}
+
+// A zoom from one page size to another with a point of the view held: the
+// page point under it before, and the scroll position that keeps it there.
+struct KeepCase
+{
+    const char* what;
+    double pageBefore;
+    int scrollBefore;
+    double pageAfter;
+    int view;
+    double anchor;
+    double fraction;
+    int scrollAfter;
+};
+
+void PrintTo(const KeepCase& c, std::ostream* os)
+{
+    *os << c.what;
+}
+
+class ZoomAnchor : public testing::TestWithParam<KeepCase>
+{};
+
+TEST_P(ZoomAnchor, KeepsThePointWhereThePageAllows)
+{
+    const KeepCase& c = GetParam();
+    const double fraction = ZWViewZoom::PageFraction(c.anchor, c.pageBefore, c.view, c.scrollBefore);
+    EXPECT_DOUBLE_EQ(fraction, c.fraction);
+    EXPECT_EQ(ZWViewZoom::ScrollToKeep(fraction, c.anchor, c.pageAfter, c.view), c.scrollAfter);
+}
+
+INSTANTIATE_TEST_SUITE_P(Zoom, ZoomAnchor,
+    testing::Values(
+        // 1000 px page in a 500 px view scrolled by 100: view 250 is page 350.
+        KeepCase{"a scrolled page doubled keeps its point", 1000, 100, 2000, 500, 250, 0.35, 450},
+        // A 400 px page centred in 500 px starts at 50.
+        KeepCase{"a centred page grown keeps the point under the mouse", 400, 0, 1000, 500, 150, 0.25, 100},
+        KeepCase{"a point near the top cannot scroll above the page", 1000, 0, 800, 500, 100, 0.1, 0},
+        KeepCase{"a point near the end stops at the last position", 1000, 500, 800, 500, 100, 0.6, 300},
+        KeepCase{"a page that fits after the zoom does not scroll", 1000, 300, 400, 500, 250, 0.55, 0}),
+    [](const testing::TestParamInfo<KeepCase>& info) { return SentenceName(info.param.what); });
 
 } // namespace

@@ -3,36 +3,53 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWLocale.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWSettingsKeys.h"
 #include "host/core/ZWTextId.h"
 #include "host/widgets/CDlgProgress.h"
 #include "host/widgets/CGoToDateDlg.h"
+#include "viewer/ZWActionTexts.h"
+#include "viewer/ZWWindowPlacement.h"
 #include "viewer/widgets/CDlgUserInterval.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
 #include "viewer/widgets/ZWViewerIcons.h"
 
 #include <QActionGroup>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
+#include <QScreen>
+#include <QSettings>
 #include <QThread>
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <memory>
 
 namespace {
 
-// The units of the group-by menu in their order, with their texts.
-constexpr std::pair<int, int> kUnits[] = {
-    {ID_GROUPBY_USER, ZWTextId::UserIntervalCommand},
-    {ID_GROUPBY_DAY, ZWTextId::UnitDay},
-    {ID_GROUPBY_WEEK, ZWTextId::UnitWeek},
-    {ID_GROUPBY_MONTH, ZWTextId::UnitMonth},
-    {ID_GROUPBY_3MONTH, ZWTextId::UnitQuarter},
-    {ID_GROUPBY_YEAR, ZWTextId::UnitYear},
+// The units of the group-by menu in their order, with their texts and keys.
+struct Unit
+{
+    int id;
+    int textId;
+    int key;
 };
+constexpr Unit kUnits[] = {
+    {ID_GROUPBY_USER, ZWTextId::UserIntervalCommand, Qt::Key_6},
+    {ID_GROUPBY_DAY, ZWTextId::UnitDay, Qt::Key_1},
+    {ID_GROUPBY_WEEK, ZWTextId::UnitWeek, Qt::Key_2},
+    {ID_GROUPBY_MONTH, ZWTextId::UnitMonth, Qt::Key_3},
+    {ID_GROUPBY_3MONTH, ZWTextId::UnitQuarter, Qt::Key_4},
+    {ID_GROUPBY_YEAR, ZWTextId::UnitYear, Qt::Key_5},
+};
+
+// The size the viewer opens with the first time (the screen permitting).
+constexpr QSize kDefaultSize(1000, 860);
 
 QString ShortDateTime(const ZWDateTime& t)
 {
@@ -57,7 +74,9 @@ CDlgViewer::CDlgViewer(QWidget* parent) : QDialog(parent)
     QGuiApplication::restoreOverrideCursor();
     layout->addWidget(m_frame, 1);
     connect(m_frame->Action(ZWViewReportFrame::ID_VIEW_REFRESH), &QAction::triggered, this, &CDlgViewer::OnRefresh);
-    resize(1000, 860);
+    InitializeMenus();
+    layout->setMenuBar(m_menuBar);
+    RestorePlacement();
     UpdateCommands();
     UpdateTitle();
 }
@@ -69,11 +88,15 @@ void CDlgViewer::InitializeToolBar()
     m_toolBar = new QToolBar(this);
     m_toolBar->setObjectName(QStringLiteral("ViewerBar"));
     m_toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    // The commands belong to the window, so that their keys work wherever
+    // the focus is; the tool bar shows them.
     const auto add = [this](int command, int textId, ZWViewerIcons::Kind icon, const QKeySequence& key) {
         auto* action = new QAction(ZWViewerIcons::Icon(icon), ZWLoadString(textId), this);
         action->setData(command);
         if (!key.isEmpty())
             action->setShortcut(key);
+        ZWActionTexts::ShowShortcutInToolTip(*action);
+        addAction(action);
         m_toolBar->addAction(action);
         return action;
     };
@@ -83,7 +106,22 @@ void CDlgViewer::InitializeToolBar()
         = add(ID_VIEWER_NEXT, ZWTextId::NextPeriod, ZWViewerIcons::NextPeriod, QKeySequence(Qt::ALT | Qt::Key_Right));
     m_goTo = add(ID_VIEWER_GOTO, ZWTextId::GoToDate, ZWViewerIcons::GoToDate, QKeySequence(Qt::CTRL | Qt::Key_G));
     m_groupBy = add(ID_VIEWER_GROUPBY, ZWTextId::GroupBy, ZWViewerIcons::GroupBy, QKeySequence());
-    // The group-by button drops its menu down; the menu is built anew each
+    // One command per unit, in the window, each with its key; the menus
+    // show them checked for the unit in use.
+    m_unitGroup = new QActionGroup(this);
+    m_unitGroup->setExclusive(true);
+    for (size_t i = 0; i < std::size(kUnits); ++i) {
+        const Unit& unit = kUnits[i];
+        auto* action = new QAction(ZWLoadString(unit.textId), this);
+        action->setCheckable(true);
+        action->setData(unit.id);
+        action->setShortcut(QKeySequence(Qt::CTRL | unit.key));
+        m_unitGroup->addAction(action);
+        addAction(action);
+        connect(action, &QAction::triggered, this, [this, id = unit.id] { OnGroupByMenuItem(id); });
+        m_units[i] = action;
+    }
+    // The group-by button drops its menu down; the menu is filled anew each
     // time so that it checks the present unit.
     m_groupByMenu = new QMenu(this);
     m_groupBy->setMenu(m_groupByMenu);
@@ -93,6 +131,106 @@ void CDlgViewer::InitializeToolBar()
     connect(m_previous, &QAction::triggered, this, &CDlgViewer::OnPrevious);
     connect(m_next, &QAction::triggered, this, &CDlgViewer::OnNext);
     connect(m_goTo, &QAction::triggered, this, &CDlgViewer::OnGoTo);
+}
+
+void CDlgViewer::InitializeMenus()
+{
+    m_menuBar = new QMenuBar(this);
+    auto* close = new QAction(ZWLoadString(ZWTextId::Close), this);
+    close->setShortcuts(QKeySequence::keyBindings(QKeySequence::Close));
+    addAction(close);
+    connect(close, &QAction::triggered, this, &CDlgViewer::close);
+
+    QMenu* report = m_menuBar->addMenu(ZWLoadString(ZWTextId::MenuReport));
+    report->addAction(m_frame->Action(ZWViewReportFrame::ID_FILE_PRINT));
+    report->addAction(m_frame->Action(ZWViewReportFrame::ID_VIEW_REFRESH));
+    report->addSeparator();
+    report->addAction(close);
+
+    QMenu* period = m_menuBar->addMenu(ZWLoadString(ZWTextId::MenuPeriod));
+    period->addAction(m_previous);
+    period->addAction(m_next);
+    period->addAction(m_goTo);
+    period->addSeparator();
+    QMenu* units = period->addMenu(ZWLoadString(ZWTextId::GroupBy));
+    CreateGroupByMenu(*units);
+    connect(units, &QMenu::aboutToShow, this, [this, units] { CreateGroupByMenu(*units); });
+
+    QMenu* view = m_menuBar->addMenu(ZWLoadString(ZWTextId::MenuView));
+    for (int command : {ZWViewReportFrame::ID_PREVIOUS_PAGE, ZWViewReportFrame::ID_NEXT_PAGE})
+        view->addAction(m_frame->Action(command));
+    view->addSeparator();
+    for (int command : {ZWViewReportFrame::ID_ZOOM_IN, ZWViewReportFrame::ID_ZOOM_OUT, ZWViewReportFrame::ID_ZOOM_FIT})
+        view->addAction(m_frame->Action(command));
+    view->addSeparator();
+    QMenu* bars = view->addMenu(ZWLoadString(ZWTextId::Toolbars));
+    bars->addActions(m_frame->ToolBarActions());
+
+    ZWActionTexts::Apply(m_menuBar->actions());
+    for (QMenu* menu : {report, period, units, view, bars})
+        ZWActionTexts::Apply(menu->actions());
+}
+
+QAction* CDlgViewer::UnitAction(int unit) const
+{
+    for (QAction* action : m_units)
+        if (action && action->data().toInt() == unit)
+            return action;
+    return nullptr;
+}
+
+void CDlgViewer::UpdateUnitChecks()
+{
+    if (QAction* current = UnitAction(m_data.Period().Unit()))
+        current->setChecked(true);
+    else if (QAction* checked = m_unitGroup->checkedAction())
+        checked->setChecked(false);
+}
+
+void CDlgViewer::RestorePlacement()
+{
+    const std::unique_ptr<QSettings> settings = ZWMarentaSetup::instance().OpenSettings();
+    const QRect saved = settings->value(ZWSettingsKeys::ViewerGeometry).toRect();
+    const bool maximized = settings->value(ZWSettingsKeys::ViewerMaximized, false).toBool();
+    QScreen* screen = saved.isValid() ? QGuiApplication::screenAt(saved.center()) : nullptr;
+    if (!screen && parentWidget())
+        screen = parentWidget()->screen();
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    if (!screen) {
+        resize(kDefaultSize);
+        return;
+    }
+    // The frame the platform puts around the window, as far as it is known
+    // before the window is shown; else as it is around the window in use.
+    create();
+    QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    if (frame.isNull()) {
+        if (const QWidget* active = QApplication::activeWindow()) {
+            const QRect outer = active->frameGeometry();
+            const QRect inner = active->geometry();
+            frame = QMargins(inner.left() - outer.left(), inner.top() - outer.top(), outer.right() - inner.right(),
+                outer.bottom() - inner.bottom());
+        }
+    }
+    setGeometry(ZWWindowPlacement::Place(saved, kDefaultSize, screen->availableGeometry(), frame));
+    if (maximized)
+        setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+void CDlgViewer::SavePlacement()
+{
+    const std::unique_ptr<QSettings> settings = ZWMarentaSetup::instance().OpenSettings();
+    settings->setValue(ZWSettingsKeys::ViewerGeometry, normalGeometry());
+    settings->setValue(ZWSettingsKeys::ViewerMaximized, isMaximized());
+}
+
+void CDlgViewer::hideEvent(QHideEvent* event)
+{
+    // Minimising hides the window too; only a real hide or close is kept.
+    if (!isMinimized())
+        SavePlacement();
+    QDialog::hideEvent(event);
 }
 
 QAction* CDlgViewer::Action(int command) const
@@ -228,20 +366,11 @@ void CDlgViewer::OnGroupBy()
 
 bool CDlgViewer::CreateGroupByMenu(QMenu& menu)
 {
+    // The menu lists the window's unit commands; clearing it leaves them be.
     menu.clear();
-    for (QActionGroup* old : menu.findChildren<QActionGroup*>(QString(), Qt::FindDirectChildrenOnly))
-        delete old;
-    auto* group = new QActionGroup(&menu);
-    group->setExclusive(true);
-    const int current = m_data.Period().Unit();
-    for (const auto& [id, textId] : kUnits) {
-        QAction* action = menu.addAction(ZWLoadString(textId));
-        action->setCheckable(true);
-        action->setChecked(id == current);
-        action->setData(id);
-        group->addAction(action);
-        connect(action, &QAction::triggered, this, [this, id = id] { OnGroupByMenuItem(id); });
-    }
+    UpdateUnitChecks();
+    for (QAction* action : m_units)
+        menu.addAction(action);
     return true;
 }
 
@@ -253,14 +382,16 @@ void CDlgViewer::OnGroupByMenuItem(int id)
     if (id == ID_GROUPBY_USER) {
         // The user unit always reloads, even when it is the present unit.
         CDlgUserInterval dialog(this, Now());
-        if (ExecDialog(dialog) != QDialog::Accepted)
-            return;
-        period.SetupUserInterval(dialog.From(), dialog.To());
-        SetupData(period.End(), ID_GROUPBY_USER, true);
-        return;
+        if (ExecDialog(dialog) == QDialog::Accepted) {
+            period.SetupUserInterval(dialog.From(), dialog.To());
+            SetupData(period.End(), ID_GROUPBY_USER, true);
+        }
+    } else {
+        ZWReportPeriod::WriteLastReportGroup(*ZWMarentaSetup::instance().OpenSettings(), id);
+        SetupData(period.End(), id, false);
     }
-    ZWReportPeriod::WriteLastReportGroup(*ZWMarentaSetup::instance().OpenSettings(), id);
-    SetupData(period.End(), id, false);
+    // A cancelled choice leaves the unit in use checked.
+    UpdateUnitChecks();
 }
 
 void CDlgViewer::OnRefresh()
@@ -285,6 +416,8 @@ void CDlgViewer::UpdateCommands()
     UpdateGoTo();
     m_previous->setEnabled(!m_gathering);
     m_groupBy->setEnabled(!m_gathering);
+    m_unitGroup->setEnabled(!m_gathering);
+    UpdateUnitChecks();
 }
 
 void CDlgViewer::UpdateTitle()

@@ -4,17 +4,26 @@
 
 #include <QDialog>
 #include <QString>
+#include <array>
 
 class QAction;
+class QActionGroup;
 class QMenu;
+class QMenuBar;
 class QToolBar;
 class QToolButton;
 class ZWViewReportFrame;
 
-// The report viewer: a tool bar of the period (previous, next, go to date,
-// group by) above the report frame. Every change of period gathers the
-// logged data and computes the report on a worker thread while a modal
+// The report viewer: menus and a tool bar of the period (previous, next, go
+// to date, group by) above the report frame. Every change of period gathers
+// the logged data and computes the report on a worker thread while a modal
 // progress dialog keeps the window alive, then shows the values.
+//
+// Every command has its place in a menu (with mnemonics) and its keys work
+// from anywhere in the window: Alt+Left/Right previous and next period,
+// Ctrl+G go to date, Ctrl+1..5 day to year, Ctrl+6 a user interval, Ctrl+W
+// close; the frame adds the page, zoom and print keys. The viewer opens
+// where it was last closed, never larger than the screen.
 //
 // The host opens it with Setup(reportName, unit); SetupUserInterval gives
 // the interval of the user unit beforehand.
@@ -62,6 +71,9 @@ public:
     // The tool bar's actions by command id (31858, 31859, 31849, 31851).
     QAction* Action(int command) const;
     QToolButton* Button(int command) const;
+    // The command of a group-by unit (31894..31899), checked for the present unit.
+    QAction* UnitAction(int unit) const;
+    QMenuBar* MenuBar() const { return m_menuBar; }
     // How many gatherings have run (each period change, each refresh).
     int GatheringCount() const { return m_gatherings; }
     bool IsGathering() const { return m_gathering; }
@@ -72,6 +84,7 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void changeEvent(QEvent* event) override;
     // Runs a modal dialog (the go-to date and user interval dialogs) and
     // returns its result; tests fill the dialog and accept it instead.
@@ -81,6 +94,11 @@ protected:
 
 private:
     void InitializeToolBar();
+    void InitializeMenus();
+    // Puts the window where it was last, inside the screen's free area.
+    void RestorePlacement();
+    void SavePlacement();
+    void UpdateUnitChecks();
     void Gather(bool reload);
     void UpdateCommands();
     void UpdateTitle();
@@ -95,6 +113,10 @@ private:
     QAction* m_goTo = nullptr;
     QAction* m_groupBy = nullptr;
     QMenu* m_groupByMenu = nullptr;
+    QMenuBar* m_menuBar = nullptr;
+    // The units in the group-by menu's order: user interval, day … year.
+    std::array<QAction*, 6> m_units{};
+    QActionGroup* m_unitGroup = nullptr;
     bool m_gathering = false;
     int m_gatherings = 0;
 };

@@ -2,9 +2,11 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWNoValue.h"
 #include "host/core/ZWSettingsKeys.h"
 #include "host/core/ZWTextId.h"
 #include "template/ZWColorRef.h"
+#include "viewer/ZWActionTexts.h"
 #include "viewer/ZWViewZoom.h"
 #include "viewer/widgets/ZWViewTemplateWnd.h"
 #include "viewer/widgets/ZWViewerIcons.h"
@@ -14,6 +16,7 @@
 #include <QPainter>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QStackedWidget>
@@ -21,14 +24,15 @@
 
 namespace {
 
-QAction* MakeAction(QObject* parent, int textId, ZWViewerIcons::Kind icon, const QKeySequence& key)
+// A command of the frame, added to the frame itself so that its keys work
+// wherever the focus is in the viewer, whatever tool bar is shown.
+QAction* MakeAction(QWidget* frame, int textId, ZWViewerIcons::Kind icon, const QList<QKeySequence>& keys)
 {
-    auto* action = new QAction(ZWViewerIcons::Icon(icon), ZWLoadString(textId), parent);
+    auto* action = new QAction(ZWViewerIcons::Icon(icon), ZWLoadString(textId), frame);
     action->setData(textId);
-    if (!key.isEmpty()) {
-        action->setShortcut(key);
-        action->setToolTip(QStringLiteral("%1 (%2)").arg(action->text(), key.toString(QKeySequence::NativeText)));
-    }
+    action->setShortcuts(keys);
+    ZWActionTexts::ShowShortcutInToolTip(*action);
+    frame->addAction(action);
     return action;
 }
 
@@ -44,13 +48,19 @@ ZWViewReportFrame::ZWViewReportFrame(QWidget* parent) : QMainWindow(parent)
 
     m_pagesBar = addToolBar(ZWLoadString(ZWTextId::Pages));
     m_pagesBar->setObjectName(QStringLiteral("PagesBar"));
-    m_previousPage = MakeAction(this, ID_PREVIOUS_PAGE, ZWViewerIcons::PreviousPage, QKeySequence(Qt::Key_PageUp));
-    m_nextPage = MakeAction(this, ID_NEXT_PAGE, ZWViewerIcons::NextPage, QKeySequence(Qt::Key_PageDown));
-    m_print = MakeAction(this, ID_FILE_PRINT, ZWViewerIcons::Print, QKeySequence::Print);
-    m_refresh = MakeAction(this, ID_VIEW_REFRESH, ZWViewerIcons::Refresh, QKeySequence::Refresh);
+    // Page Up and Page Down alone scroll the page (and change it at its ends).
+    m_previousPage
+        = MakeAction(this, ID_PREVIOUS_PAGE, ZWViewerIcons::PreviousPage, {QKeySequence(Qt::CTRL | Qt::Key_PageUp)});
+    m_nextPage = MakeAction(this, ID_NEXT_PAGE, ZWViewerIcons::NextPage, {QKeySequence(Qt::CTRL | Qt::Key_PageDown)});
+    m_print = MakeAction(this, ID_FILE_PRINT, ZWViewerIcons::Print, QKeySequence::keyBindings(QKeySequence::Print));
+    m_refresh
+        = MakeAction(this, ID_VIEW_REFRESH, ZWViewerIcons::Refresh, QKeySequence::keyBindings(QKeySequence::Refresh));
     m_pageSelector = new QComboBox(this);
     m_pageSelector->setObjectName(QStringLiteral("PageSelector"));
     m_pageSelector->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    // A click on a selector leaves the keyboard with the page; Tab still
+    // reaches the selectors.
+    m_pageSelector->setFocusPolicy(Qt::TabFocus);
     m_pagesBar->addAction(m_previousPage);
     m_pagesBar->addWidget(m_pageSelector);
     m_pagesBar->addAction(m_nextPage);
@@ -60,10 +70,15 @@ ZWViewReportFrame::ZWViewReportFrame(QWidget* parent) : QMainWindow(parent)
 
     m_zoomBar = addToolBar(ZWLoadString(ZWTextId::Zoom));
     m_zoomBar->setObjectName(QStringLiteral("ZoomBar"));
-    m_zoomOut = MakeAction(this, ID_ZOOM_OUT, ZWViewerIcons::ZoomOut, QKeySequence::ZoomOut);
-    m_zoomIn = MakeAction(this, ID_ZOOM_IN, ZWViewerIcons::ZoomIn, QKeySequence::ZoomIn);
+    m_zoomOut = MakeAction(this, ID_ZOOM_OUT, ZWViewerIcons::ZoomOut, QKeySequence::keyBindings(QKeySequence::ZoomOut));
+    // Ctrl+= as well: the "+" of most keyboards needs Shift.
+    QList<QKeySequence> zoomIn = QKeySequence::keyBindings(QKeySequence::ZoomIn);
+    zoomIn << QKeySequence(Qt::CTRL | Qt::Key_Equal);
+    m_zoomIn = MakeAction(this, ID_ZOOM_IN, ZWViewerIcons::ZoomIn, zoomIn);
+    m_zoomFit = MakeAction(this, ID_ZOOM_FIT, ZWViewerIcons::ZoomFit, {QKeySequence(Qt::CTRL | Qt::Key_0)});
     m_zoomSelector = new QComboBox(this);
     m_zoomSelector->setObjectName(QStringLiteral("ZoomSelector"));
+    m_zoomSelector->setFocusPolicy(Qt::TabFocus);
     m_zoomSelector->addItem(ZWLoadString(ZWTextId::FitToWindow));
     for (int k = 1; k < ZWViewZoom::SelectorEntries; ++k)
         m_zoomSelector->addItem(QString::asprintf("%d%%", k * 50));
@@ -75,12 +90,17 @@ ZWViewReportFrame::ZWViewReportFrame(QWidget* parent) : QMainWindow(parent)
     connect(m_nextPage, &QAction::triggered, this, &ZWViewReportFrame::OnNextPage);
     connect(m_zoomIn, &QAction::triggered, this, &ZWViewReportFrame::OnZoomIn);
     connect(m_zoomOut, &QAction::triggered, this, &ZWViewReportFrame::OnZoomOut);
+    connect(m_zoomFit, &QAction::triggered, this, &ZWViewReportFrame::OnZoomFit);
     connect(m_print, &QAction::triggered, this, &ZWViewReportFrame::OnFilePrint);
     connect(m_refresh, &QAction::triggered, this, &ZWViewReportFrame::Refresh);
     connect(m_pageSelector, &QComboBox::activated, this, &ZWViewReportFrame::OnPageSelector);
     connect(m_zoomSelector, &QComboBox::activated, this, &ZWViewReportFrame::OnZoomSelector);
 
     restoreState(ZWMarentaSetup::instance().OpenSettings()->value(ZWSettingsKeys::ViewReportBars).toByteArray());
+    // Bars hidden before the frame was ever shown leave their commands
+    // checked; the commands follow the bars from here on.
+    for (QToolBar* bar : {m_pagesBar, m_zoomBar})
+        bar->toggleViewAction()->setChecked(!bar->isHidden());
     SetTemplate(XmlDocument());
 }
 
@@ -116,9 +136,16 @@ QAction* ZWViewReportFrame::Action(int command) const
         return m_print;
     case ID_VIEW_REFRESH:
         return m_refresh;
+    case ID_ZOOM_FIT:
+        return m_zoomFit;
     default:
         return nullptr;
     }
+}
+
+QList<QAction*> ZWViewReportFrame::ToolBarActions() const
+{
+    return {m_pagesBar->toggleViewAction(), m_zoomBar->toggleViewAction()};
 }
 
 ZWViewTemplateWnd* ZWViewReportFrame::PageWnd(int index) const
@@ -159,10 +186,15 @@ bool ZWViewReportFrame::SetTemplate(const XmlDocument& design)
             if (wnd == CurrentPageWnd())
                 OnPageZoomChanged();
         });
-        connect(wnd, &ZWViewTemplateWnd::zoomRequested, this, [this](int steps) {
-            for (int i = 0; i < std::abs(steps); ++i)
-                steps > 0 ? OnZoomIn() : OnZoomOut();
+        connect(wnd, &ZWViewTemplateWnd::zoomRequested, this, [this, wnd](int steps, const QPointF& anchor) {
+            if (wnd == CurrentPageWnd())
+                ZoomBy(steps, anchor);
         });
+        connect(wnd, &ZWViewTemplateWnd::pageEndReached, this, [this, wnd](int direction) {
+            if (wnd == CurrentPageWnd())
+                OnPageEnd(direction);
+        });
+        wnd->SetToolBarActions(ToolBarActions());
         m_pages.push_back(wnd);
         return wnd;
     };
@@ -174,6 +206,8 @@ bool ZWViewReportFrame::SetTemplate(const XmlDocument& design)
         addWindow();
     m_current = -1;
     ShowPage(0);
+    // Fitted at once, before anything paints it.
+    Refresh();
     return true;
 }
 
@@ -191,35 +225,66 @@ void ZWViewReportFrame::ShowPage(int index)
     ZWViewTemplateWnd* page = PageWnd(index);
     if (!page)
         return;
+    // The keyboard stays with the page: it goes to the new page when the
+    // old one had it, or when nothing in the window has it yet (a viewer
+    // that has just opened).
+    const ZWViewTemplateWnd* old = CurrentPageWnd();
+    const QWidget* focus = window()->focusWidget();
+    const bool takeFocus = !focus || focus == old || !focus->isVisible();
     m_current = index;
     m_stack->setCurrentWidget(page);
     if (index < m_pageSelector->count())
         m_pageSelector->setCurrentIndex(index);
+    if (takeFocus)
+        page->setFocus(Qt::OtherFocusReason);
     UpdateCommands();
+}
+
+void ZWViewReportFrame::GoToPage(int index, bool atBottom)
+{
+    ZWViewTemplateWnd* old = CurrentPageWnd();
+    ZWViewTemplateWnd* page = PageWnd(index);
+    if (!page || page == old)
+        return;
+    // The zoom the reader chose goes with them: fit stays fit, a fixed
+    // factor stays that factor; so does the sideways position.
+    double factor = 0.0;
+    int across = 0;
+    if (old) {
+        old->GetMode(factor);
+        across = old->horizontalScrollBar()->value();
+        const QSignalBlocker block(page);
+        page->SetMode(ZWViewZoom::IsFit(factor) ? ZW_NO_VALUE : factor);
+    }
+    ShowPage(index);
+    Refresh();
+    page->horizontalScrollBar()->setValue(across);
+    if (atBottom)
+        page->ScrollToBottom();
+    else
+        page->ScrollToTop();
 }
 
 void ZWViewReportFrame::OnNextPage()
 {
-    if (m_current + 1 >= PageCount())
-        return;
-    ShowPage(m_current + 1);
-    Refresh();
+    GoToPage(m_current + 1);
 }
 
 void ZWViewReportFrame::OnPreviousPage()
 {
-    if (m_current <= 0)
-        return;
-    ShowPage(m_current - 1);
-    Refresh();
+    GoToPage(m_current - 1);
+}
+
+void ZWViewReportFrame::OnPageEnd(int direction)
+{
+    GoToPage(m_current + direction, direction < 0);
 }
 
 void ZWViewReportFrame::OnPageSelector(int index)
 {
     if (index < 0 || index == m_current)
         return;
-    ShowPage(index);
-    Refresh();
+    GoToPage(index);
 }
 
 void ZWViewReportFrame::Refresh()
@@ -237,39 +302,51 @@ void ZWViewReportFrame::Refresh()
     page->viewport()->update();
 }
 
-void ZWViewReportFrame::ApplyZoom(double factor)
+void ZWViewReportFrame::ApplyZoom(double factor, const QPointF& anchor)
 {
     ZWViewTemplateWnd* page = CurrentPageWnd();
-    if (!page || !page->SetMode(factor))
+    if (!page || !page->ZoomAt(factor, anchor))
         return;
-    // The first setting can add or remove a scroll bar and so change the area.
-    page->InitializeScrollBars(false);
-    page->InitializeScrollBars(false);
-    page->viewport()->update();
     UpdateZoomSelector();
     UpdateCommands();
 }
 
-void ZWViewReportFrame::OnZoomIn()
+void ZWViewReportFrame::ZoomBy(int steps, const QPointF& anchor)
 {
     ZWViewTemplateWnd* page = CurrentPageWnd();
-    if (!page)
+    if (!page || steps == 0)
         return;
     double factor = 0.0;
     page->GetMode(factor);
-    if (const std::optional<double> next = ZWViewZoom::ZoomIn(factor))
-        ApplyZoom(*next);
+    std::optional<double> next;
+    for (int i = 0; i < std::abs(steps); ++i) {
+        const std::optional<double> step = steps > 0 ? ZWViewZoom::ZoomIn(factor) : ZWViewZoom::ZoomOut(factor);
+        if (!step)
+            break;
+        factor = *step;
+        next = step;
+    }
+    if (next)
+        ApplyZoom(*next, anchor);
+}
+
+void ZWViewReportFrame::OnZoomIn()
+{
+    if (ZWViewTemplateWnd* page = CurrentPageWnd())
+        ZoomBy(1, page->Centre());
 }
 
 void ZWViewReportFrame::OnZoomOut()
 {
-    ZWViewTemplateWnd* page = CurrentPageWnd();
-    if (!page)
-        return;
-    double factor = 0.0;
-    page->GetMode(factor);
-    if (const std::optional<double> next = ZWViewZoom::ZoomOut(factor))
-        ApplyZoom(*next);
+    if (ZWViewTemplateWnd* page = CurrentPageWnd())
+        ZoomBy(-1, page->Centre());
+}
+
+void ZWViewReportFrame::OnZoomFit()
+{
+    const QSignalBlocker block(m_zoomSelector);
+    m_zoomSelector->setCurrentIndex(0);
+    OnZoomSelector(0);
 }
 
 void ZWViewReportFrame::OnZoomSelector(int index)
@@ -286,11 +363,8 @@ void ZWViewReportFrame::OnZoomSelector(int index)
         const double factor = ZWViewZoom::FactorOfIndex(index);
         double current = 0.0;
         page->GetMode(current);
-        if (current != factor) {
-            page->SetMode(factor);
-            page->InitializeScrollBars(false);
-            page->InitializeScrollBars(false);
-        }
+        if (current != factor)
+            page->ZoomAt(factor, page->Centre());
     }
     page->viewport()->update();
     UpdateZoomSelector();
@@ -324,6 +398,7 @@ void ZWViewReportFrame::UpdateCommands()
     m_nextPage->setEnabled(page && m_current + 1 < PageCount());
     m_zoomIn->setEnabled(page && ZWViewZoom::CanZoomIn(factor));
     m_zoomOut->setEnabled(page && ZWViewZoom::CanZoomOut(factor));
+    m_zoomFit->setEnabled(page != nullptr);
     m_print->setEnabled(page != nullptr);
     m_pageSelector->setEnabled(PageCount() > 1);
 }
@@ -338,7 +413,7 @@ void ZWViewReportFrame::OnFilePrint()
     QPrintDialog dialog(&printer, this);
     dialog.setMinMax(1, PageCount());
     dialog.setOption(QAbstractPrintDialog::PrintPageRange, true);
-    if (dialog.exec() != QDialog::Accepted)
+    if (ExecDialog(dialog) != QDialog::Accepted)
         return;
     int first = printer.fromPage();
     int last = printer.toPage();
@@ -382,4 +457,9 @@ bool ZWViewReportFrame::PrintPages(QPrinter& printer, int first, int last)
             page->SetMode(factor);
     }
     return painter.end();
+}
+
+int ZWViewReportFrame::ExecDialog(QDialog& dialog)
+{
+    return dialog.exec();
 }

@@ -10,6 +10,7 @@
 
 class QAction;
 class QComboBox;
+class QDialog;
 class QPrinter;
 class QStackedWidget;
 class QToolBar;
@@ -20,6 +21,11 @@ class ZWViewTemplateWnd;
 // selector, next, print, refresh) and one of zoom (out, zoom selector, in).
 // The state of the tool bars is kept in the per-user settings as
 // "ViewReportBars".
+//
+// The commands belong to the frame itself, not to its tool bars, so that
+// their keys work with the tool bars hidden: Ctrl+Page Up/Down change the
+// page, Ctrl+− and Ctrl++ (or Ctrl+=) zoom, Ctrl+0 fits the page, Ctrl+P
+// prints, F5 refreshes. Changing the page keeps the zoom the reader chose.
 class ZWViewReportFrame : public QMainWindow
 {
     Q_OBJECT
@@ -34,6 +40,7 @@ public:
         ID_FILE_PRINT = 0xE107,
         ID_FILE_PRINT_PREVIEW = 0xE109,
         ID_VIEW_REFRESH = ZWTextId::Refresh,
+        ID_ZOOM_FIT = ZWTextId::FitToWindow,
     };
 
     explicit ZWViewReportFrame(QWidget* parent = nullptr);
@@ -48,12 +55,21 @@ public:
 
     void OnNextPage();
     void OnPreviousPage();
+    // Zoom steps keep the middle of the window over the same point of the page.
     void OnZoomIn();
     void OnZoomOut();
+    // Fits the page into the window (the zoom selector's first entry).
+    void OnZoomFit();
+    // `steps` zoom steps in (positive) or out, keeping the page's point under
+    // `anchor` (viewport pixels of the current page window) in place.
+    void ZoomBy(int steps, const QPointF& anchor);
     // A choice in the zoom selector: 0 fits the window, k ≥ 1 is k × 50 %.
     void OnZoomSelector(int index);
     // A choice in the page selector (0-based).
     void OnPageSelector(int index);
+    // Shows page `index` (0-based) with the zoom of the page shown so far,
+    // scrolled to its top, or to its bottom when `atBottom`.
+    void GoToPage(int index, bool atBottom = false);
     // Fits the current page into the frame again and repaints it (after a
     // data gathering, a page change).
     void Refresh();
@@ -81,6 +97,8 @@ public:
     QAction* Action(int command) const;
     QToolBar* PagesBar() const { return m_pagesBar; }
     QToolBar* ZoomBar() const { return m_zoomBar; }
+    // The commands that show and hide the tool bars (checked while shown).
+    QList<QAction*> ToolBarActions() const;
 
     // Enables next and previous page and zoom in and out for the current
     // page and factor.
@@ -88,10 +106,15 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    // Runs the print dialog; tests answer it instead.
+    virtual int ExecDialog(QDialog& dialog);
 
 private:
     void ShowPage(int index);
-    void ApplyZoom(double factor);
+    // The reader scrolled past an end of the page: on to the next page, or
+    // back to the bottom of the previous one.
+    void OnPageEnd(int direction);
+    void ApplyZoom(double factor, const QPointF& anchor);
     void UpdateZoomSelector();
     void OnPageZoomChanged();
     void SaveBarState();
@@ -110,6 +133,7 @@ private:
     QAction* m_nextPage;
     QAction* m_zoomIn;
     QAction* m_zoomOut;
+    QAction* m_zoomFit;
     QAction* m_print;
     QAction* m_refresh;
     bool m_barsSaved = false;

@@ -2,27 +2,21 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMath.h"
+#include "host/core/ZWNoValue.h"
 #include "host/core/ZWTextId.h"
 #include "template/tagDraw.h"
+#include "viewer/ZWActionTexts.h"
 #include "viewer/ZWViewZoom.h"
 
-#include <QMainWindow>
+#include <QAction>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QToolBar>
 #include <QWheelEvent>
 #include <QtMath>
 #include <cmath>
-
-namespace {
-
-// Both scroll bars move by this many pixels a step, as the page size of
-// the bars says.
-constexpr int kScrollStep = 10;
-
-} // namespace
 
 ZWViewTemplateWnd::ZWViewTemplateWnd(QWidget* parent) : QAbstractScrollArea(parent)
 {
@@ -34,6 +28,8 @@ ZWViewTemplateWnd::ZWViewTemplateWnd(QWidget* parent) : QAbstractScrollArea(pare
     viewport()->setAttribute(Qt::WA_NoSystemBackground);
     viewport()->setContextMenuPolicy(Qt::PreventContextMenu);
     setContextMenuPolicy(Qt::PreventContextMenu);
+    // The page takes the keyboard, so that the keys scroll it.
+    setFocusPolicy(Qt::StrongFocus);
 }
 
 ZWViewTemplateWnd::~ZWViewTemplateWnd() = default;
@@ -113,13 +109,13 @@ void ZWViewTemplateWnd::InitializeScrollBars(bool hide)
         return;
     }
     const auto setUp = [](QScrollBar* bar, int page, int client, auto setPolicy) {
+        bar->setSingleStep(ZWViewZoom::LineStep(client));
+        bar->setPageStep(ZWViewZoom::PageStep(client));
         if (client < page - 1) {
             // Positions 0 .. page − client: the last shows the page's far edge.
             const int last = page - client;
             const int position = std::min(bar->value(), last);
             bar->setRange(0, last);
-            bar->setPageStep(kScrollStep);
-            bar->setSingleStep(kScrollStep);
             bar->setValue(position);
             setPolicy(Qt::ScrollBarAlwaysOn);
         } else {
@@ -154,6 +150,48 @@ void ZWViewTemplateWnd::AdjustToClient()
     viewport()->update();
 }
 
+QPointF ZWViewTemplateWnd::Centre() const
+{
+    return QRectF(viewport()->rect()).center();
+}
+
+bool ZWViewTemplateWnd::ZoomAt(double factor, const QPointF& anchor)
+{
+    double w = 0.0;
+    double h = 0.0;
+    if (!GetMinimumControlDimensions(w, h))
+        return SetMode(factor);
+    QScrollBar* hbar = horizontalScrollBar();
+    QScrollBar* vbar = verticalScrollBar();
+    // The point of the page under the anchor, as fractions of the page.
+    const QSize before = viewport()->size();
+    const double fx = ZWViewZoom::PageFraction(anchor.x(), w, before.width(), hbar->value());
+    const double fy = ZWViewZoom::PageFraction(anchor.y(), h, before.height(), vbar->value());
+    if (!SetMode(factor))
+        return false;
+    // The first setting can add or remove a scroll bar and so change the area.
+    InitializeScrollBars(false);
+    InitializeScrollBars(false);
+    GetMinimumControlDimensions(w, h);
+    const QSize after = viewport()->size();
+    if (horizontalScrollBarPolicy() == Qt::ScrollBarAlwaysOn)
+        hbar->setValue(ZWViewZoom::ScrollToKeep(fx, anchor.x(), w, after.width()));
+    if (verticalScrollBarPolicy() == Qt::ScrollBarAlwaysOn)
+        vbar->setValue(ZWViewZoom::ScrollToKeep(fy, anchor.y(), h, after.height()));
+    viewport()->update();
+    return true;
+}
+
+void ZWViewTemplateWnd::ScrollToTop()
+{
+    verticalScrollBar()->setValue(verticalScrollBar()->minimum());
+}
+
+void ZWViewTemplateWnd::ScrollToBottom()
+{
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
 void ZWViewTemplateWnd::Draw(
     QPainter& dc, const QRect& target, bool logicalResolution, bool noBackground, const QRect& clip)
 {
@@ -186,6 +224,12 @@ void ZWViewTemplateWnd::paintEvent(QPaintEvent*)
     const QRect client = area->rect();
     if (client.isEmpty())
         return;
+    // A fit asked for before the window had an area is made now that it
+    // has one, rather than drawing the page at real size for good.
+    double factor = 0.0;
+    GetMode(factor);
+    if (IsNoValue(factor) && m_page.HasTemplate())
+        AdjustToClient();
     InitializeBackGround(client.size(), area->devicePixelRatioF());
     {
         QPainter dc(&m_backBuffer);
@@ -224,38 +268,119 @@ void ZWViewTemplateWnd::mouseReleaseEvent(QMouseEvent* event)
 
 void ZWViewTemplateWnd::wheelEvent(QWheelEvent* event)
 {
+    event->accept();
     if (event->modifiers() & Qt::ControlModifier) {
-        const int steps = event->angleDelta().y() / 120;
+        // One zoom step a notch (120); finer wheels add up to one.
+        m_zoomDelta += event->angleDelta().y();
+        const int steps = m_zoomDelta / 120;
+        m_zoomDelta -= steps * 120;
         if (steps != 0)
-            emit zoomRequested(steps);
-        event->accept();
+            emit zoomRequested(steps, event->position());
         return;
     }
-    QAbstractScrollArea::wheelEvent(event);
+    m_zoomDelta = 0;
+    QScrollBar* hbar = horizontalScrollBar();
+    QScrollBar* vbar = verticalScrollBar();
+    const bool canScrollV = verticalScrollBarPolicy() == Qt::ScrollBarAlwaysOn;
+    const bool canScrollH = horizontalScrollBarPolicy() == Qt::ScrollBarAlwaysOn;
+    QPoint angle = event->angleDelta();
+    QPoint pixels = event->pixelDelta();
+    // Shift turns the wheel sideways, and so does a page that only overhangs sideways.
+    if ((event->modifiers() & Qt::ShiftModifier) || (!canScrollV && canScrollH && angle.x() == 0)) {
+        angle = QPoint(angle.x() + angle.y(), 0);
+        pixels = QPoint(pixels.x() + pixels.y(), 0);
+    }
+    // A notch moves one line: a twentieth of the window.
+    const int dx = pixels.isNull() ? roundi(angle.x() / 120.0 * hbar->singleStep()) : pixels.x();
+    const int dy = pixels.isNull() ? roundi(angle.y() / 120.0 * vbar->singleStep()) : pixels.y();
+    if (canScrollH && dx != 0)
+        hbar->setValue(hbar->value() - dx);
+    if (canScrollV && dy != 0)
+        vbar->setValue(vbar->value() - dy);
 }
 
-QList<QToolBar*> ZWViewTemplateWnd::FrameToolBars() const
+void ZWViewTemplateWnd::PageStep(int direction)
 {
-    for (QWidget* w = parentWidget(); w; w = w->parentWidget())
-        if (auto* frame = qobject_cast<QMainWindow*>(w))
-            return frame->findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly);
-    return {};
+    QScrollBar* vbar = verticalScrollBar();
+    const bool scrolls = verticalScrollBarPolicy() == Qt::ScrollBarAlwaysOn;
+    const bool atEnd
+        = !scrolls || (direction > 0 ? vbar->value() >= vbar->maximum() : vbar->value() <= vbar->minimum());
+    if (atEnd) {
+        emit pageEndReached(direction);
+        return;
+    }
+    vbar->setValue(vbar->value() + direction * vbar->pageStep());
+}
+
+void ZWViewTemplateWnd::keyPressEvent(QKeyEvent* event)
+{
+    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    QScrollBar* hbar = horizontalScrollBar();
+    QScrollBar* vbar = verticalScrollBar();
+    if (modifiers == Qt::NoModifier) {
+        switch (event->key()) {
+        case Qt::Key_Up:
+            vbar->setValue(vbar->value() - vbar->singleStep());
+            return;
+        case Qt::Key_Down:
+            vbar->setValue(vbar->value() + vbar->singleStep());
+            return;
+        case Qt::Key_Left:
+            hbar->setValue(hbar->value() - hbar->singleStep());
+            return;
+        case Qt::Key_Right:
+            hbar->setValue(hbar->value() + hbar->singleStep());
+            return;
+        case Qt::Key_PageUp:
+            PageStep(-1);
+            return;
+        case Qt::Key_PageDown:
+        case Qt::Key_Space:
+            PageStep(+1);
+            return;
+        case Qt::Key_Home:
+            ScrollToTop();
+            return;
+        case Qt::Key_End:
+            ScrollToBottom();
+            return;
+        default:
+            break;
+        }
+    } else if (modifiers == Qt::ShiftModifier && event->key() == Qt::Key_Space) {
+        PageStep(-1);
+        return;
+    }
+    // Everything else (the frame's and the dialog's shortcuts among them)
+    // goes on to the parents.
+    event->ignore();
+}
+
+void ZWViewTemplateWnd::SetToolBarActions(const QList<QAction*>& actions)
+{
+    m_toolBarActions.clear();
+    for (QAction* action : actions)
+        m_toolBarActions << action;
 }
 
 QMenu* ZWViewTemplateWnd::CreateContextMenu()
 {
     auto* menu = new QMenu(this);
     QMenu* bars = menu->addMenu(ZWLoadString(ZWTextId::Toolbars));
-    const QList<QToolBar*> toolBars = FrameToolBars();
-    for (int i = 0; i < toolBars.size(); ++i) {
-        QAction* action = bars->addAction(toolBars[i]->windowTitle());
+    for (int i = 0; i < m_toolBarActions.size(); ++i) {
+        const QAction* command = m_toolBarActions[i];
+        if (!command)
+            continue;
+        QAction* action = bars->addAction(command->text());
         action->setCheckable(true);
-        action->setChecked(!toolBars[i]->isHidden());
+        action->setChecked(command->isChecked());
         const int id = FirstToolBarCommand + i;
         action->setData(id);
         connect(action, &QAction::triggered, this, [this, id] { OnViewToolbar(id); });
     }
-    bars->setEnabled(!toolBars.isEmpty());
+    bars->setEnabled(!m_toolBarActions.isEmpty());
+    ZWActionTexts::Apply(menu->actions());
+    ZWActionTexts::Apply(bars->actions());
     return menu;
 }
 
@@ -268,10 +393,8 @@ void ZWViewTemplateWnd::OnRButtonUp(const QPoint& globalPos)
 
 void ZWViewTemplateWnd::OnViewToolbar(int id)
 {
-    const QList<QToolBar*> toolBars = FrameToolBars();
     const int index = id - FirstToolBarCommand;
-    if (index < 0 || index >= toolBars.size())
+    if (index < 0 || index >= m_toolBarActions.size() || !m_toolBarActions[index])
         return;
-    QToolBar* bar = toolBars[index];
-    bar->setVisible(bar->isHidden());
+    m_toolBarActions[index]->trigger();
 }

@@ -5,15 +5,22 @@
 #include <QAbstractScrollArea>
 #include <QImage>
 #include <QList>
+#include <QPointer>
 
+class QAction;
 class QMenu;
-class QToolBar;
 
 // The window of one report page in the viewer: the page (ZWViewPage, which
 // holds the cards, their values and the zoom) drawn into an off-screen
 // picture and copied to the screen in one piece, scroll bars when the page
 // is larger than the window, and a context menu that shows or hides the
 // frame's tool bars.
+//
+// The keyboard scrolls the page: arrows a twentieth of the window, Page
+// Up/Down and Space a window's height, Home and End to its top and bottom.
+// The window knows nothing of its frame: it tells it by signals when the
+// reader goes past an end of the page or asks for another zoom, and the
+// frame hands it the commands that show and hide its tool bars.
 class ZWViewTemplateWnd : public QAbstractScrollArea
 {
     Q_OBJECT
@@ -53,6 +60,15 @@ public:
     // factor is recomputed around the scroll bars, otherwise the scroll bars
     // follow the new size.
     void AdjustToClient();
+    // Sets a fixed factor keeping the point `anchor` of the window (in
+    // viewport pixels) over the same point of the page, as far as the page
+    // reaches. True when the factor changed.
+    bool ZoomAt(double factor, const QPointF& anchor);
+    // The middle of the window, where zooming from the keyboard is anchored.
+    QPointF Centre() const;
+    // Scrolls to the page's top or bottom, keeping the horizontal position.
+    void ScrollToTop();
+    void ScrollToBottom();
 
     void Draw(QPainter& dc, const QRect& target, bool logicalResolution, bool noBackground, const QRect& clip);
     void Draw(QPainter& dc, const QRect& target, const QRect& clip) { Draw(dc, target, false, true, clip); }
@@ -65,19 +81,25 @@ public:
     // Pixels per millimetre of the window's screen.
     QPointF PixelsPerMm() const;
 
+    // The commands (checkable) that show and hide the frame's tool bars,
+    // in order: tool bar i is command 800 + i of the context menu.
+    void SetToolBarActions(const QList<QAction*>& actions);
     // The context menu: one entry whose sub-menu lists the frame's tool bars,
     // each checked while visible. Owned by the caller.
     QMenu* CreateContextMenu();
     // Shows or hides tool bar id − 800 of the frame.
     void OnViewToolbar(int id);
-    // The tool bars of the frame that holds this window, in order.
-    QList<QToolBar*> FrameToolBars() const;
 
 signals:
     // The zoom factor changed (also in fit mode when the window was resized).
     void zoomChanged(double factor);
-    // Ctrl + wheel: steps up (positive) or down.
-    void zoomRequested(int steps);
+    // Ctrl + wheel: steps up (positive) or down, anchored at `anchor` (the
+    // mouse, in viewport pixels).
+    void zoomRequested(int steps, const QPointF& anchor);
+    // Page Down or Space at the bottom of the page (+1), Page Up or
+    // Shift+Space at its top (−1): the reader goes on to the next or back to
+    // the previous page.
+    void pageEndReached(int direction);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -85,14 +107,22 @@ protected:
     void scrollContentsBy(int dx, int dy) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     // Runs the context menu at `globalPos` (the right button came up there).
     virtual void OnRButtonUp(const QPoint& globalPos);
 
 private:
     void InitializeBackGround(const QSize& size, qreal ratio);
     bool ChangeFactor(bool changed);
+    // Moves the vertical scroll bar one page; at an end already, tells the
+    // frame instead.
+    void PageStep(int direction);
 
     ZWViewPage m_page;
     QImage m_backBuffer;
     bool m_adjusting = false;
+    QList<QPointer<QAction>> m_toolBarActions;
+    // Wheel turns of less than a notch (fine-grained wheels), kept until
+    // they make a whole zoom step.
+    int m_zoomDelta = 0;
 };

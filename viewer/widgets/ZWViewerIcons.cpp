@@ -29,10 +29,14 @@ const char* ThemeName(ZWViewerIcons::Kind kind)
         return "zoom-in";
     case ZWViewerIcons::ZoomOut:
         return "zoom-out";
+    case ZWViewerIcons::ZoomFit:
+        return "zoom-fit-best";
     case ZWViewerIcons::Report:
         return "x-office-document";
     case ZWViewerIcons::Database:
         return "network-server-database";
+    case ZWViewerIcons::Folder:
+        return "folder-open";
     }
     return "";
 }
@@ -47,15 +51,22 @@ QPainterPath Triangle(QPointF a, QPointF b, QPointF c)
     return path;
 }
 
-void Magnifier(QPainter& p, bool plus)
+enum class Sign { Minus, Plus, Frame };
+
+void Magnifier(QPainter& p, Sign sign)
 {
     p.setPen(QPen(QColor(0x30, 0x30, 0x30), 3.0, Qt::SolidLine, Qt::RoundCap));
     p.setBrush(QColor(0xdd, 0xee, 0xff));
     p.drawEllipse(QPointF(13, 13), 9, 9);
     p.drawLine(QPointF(20, 20), QPointF(28, 28));
     p.setPen(QPen(QColor(0x20, 0x50, 0xa0), 2.5, Qt::SolidLine, Qt::RoundCap));
+    if (sign == Sign::Frame) {
+        p.setBrush(Qt::NoBrush);
+        p.drawRect(QRectF(9, 9, 8, 8));
+        return;
+    }
     p.drawLine(QPointF(9, 13), QPointF(17, 13));
-    if (plus)
+    if (sign == Sign::Plus)
         p.drawLine(QPointF(13, 9), QPointF(13, 17));
 }
 
@@ -111,10 +122,13 @@ QPixmap Drawn(ZWViewerIcons::Kind kind)
         break;
     }
     case ZWViewerIcons::ZoomIn:
-        Magnifier(p, true);
+        Magnifier(p, Sign::Plus);
         break;
     case ZWViewerIcons::ZoomOut:
-        Magnifier(p, false);
+        Magnifier(p, Sign::Minus);
+        break;
+    case ZWViewerIcons::ZoomFit:
+        Magnifier(p, Sign::Frame);
         break;
     case ZWViewerIcons::Report:
         p.setPen(QPen(dark, 2));
@@ -131,6 +145,20 @@ QPixmap Drawn(ZWViewerIcons::Kind kind)
         p.drawEllipse(QRectF(6, 20, 20, 8));
         p.drawEllipse(QRectF(6, 4, 20, 8));
         break;
+    case ZWViewerIcons::Folder: {
+        p.setPen(QPen(dark, 2));
+        p.setBrush(QColor(0xe8, 0xc0, 0x60));
+        QPainterPath path;
+        path.moveTo(3, 8);
+        path.lineTo(12, 8);
+        path.lineTo(15, 11);
+        path.lineTo(29, 11);
+        path.lineTo(29, 26);
+        path.lineTo(3, 26);
+        path.closeSubpath();
+        p.drawPath(path);
+        break;
+    }
     }
     return pixmap;
 }

@@ -19,8 +19,10 @@ public:
         Refresh,
         ZoomIn,
         ZoomOut,
+        ZoomFit,
         Report,
         Database,
+        Folder,
     };
 
     static QIcon Icon(Kind kind);

@@ -7,10 +7,13 @@
 
 namespace {
 
-zwtest::ProgramResult Zw(const QStringList& args)
+using Result = zwtest::ProgramResult;
+
+Result Zw(const QStringList& args)
 {
-    return zwtest::RunProgram(
-        args, {{{QStringLiteral("TZ"), QStringLiteral("UTC")}, {QStringLiteral("ZWINFORMES_DB"), QString()}}});
+    zwtest::RunOptions options;
+    options.environment = {{QStringLiteral("TZ"), QStringLiteral("UTC")}, {QStringLiteral("ZWINFORMES_DB"), QString()}};
+    return zwtest::RunProgram(args, options);
 }
 
 TEST(CmdStore, ImportReportsAndRefusesBadRows)

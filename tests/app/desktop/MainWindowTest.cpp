@@ -10,6 +10,7 @@
 #include "viewer/widgets/ZWViewReportFrame.h"
 
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -25,9 +26,16 @@ class TestDatabaseDialog : public CDlgLoggerDatabase
 public:
     using CDlgLoggerDatabase::CDlgLoggerDatabase;
     std::vector<QString> messages;
+    QString chosenFile;
+    int fileChoosers = 0;
 
 protected:
     void ShowMessage(const QString& text) override { messages.push_back(text); }
+    QString ChooseFile() override
+    {
+        ++fileChoosers;
+        return chosenFile;
+    }
 };
 
 class TestMainWindow : public ZWMainWindow
@@ -35,10 +43,17 @@ class TestMainWindow : public ZWMainWindow
 public:
     std::vector<QString> messages;
     std::function<int(QDialog&)> onDialog;
+    QString chosenFolder;
+    QString folderShown;
 
 protected:
     int ExecDialog(QDialog& dialog) override { return onDialog ? onDialog(dialog) : int(QDialog::Rejected); }
     void ShowMessage(const QString& text) override { messages.push_back(text); }
+    QString ChooseFolder(const QString& current) override
+    {
+        folderShown = current;
+        return chosenFolder;
+    }
 };
 
 QStringList Items(const QListWidget* list)
@@ -178,6 +193,86 @@ TEST_F(MainWindow, ChoosingTheLoggerDatabase)
     EXPECT_FALSE(window.OpenDatabase());
     ASSERT_EQ(window.messages.size(), 1u);
     EXPECT_TRUE(window.messages[0].contains(QStringLiteral("port"))) << window.messages[0].toStdString();
+}
+
+TEST_F(MainWindow, TheReportFolderIsChosenFromTheKeyboardAndKept)
+{
+    const QString other = m_dir.filePath(QStringLiteral("other"));
+    QDir().mkpath(other);
+    ASSERT_TRUE(zwtest::WriteFile(other + QStringLiteral("/Heating.XRPT"), "<design/>"));
+    TestMainWindow window;
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_EQ(window.ReportFolderAction()->toolTip(), QStringLiteral("Report folder (Ctrl+Shift+O)"));
+
+    // Cancelled: nothing changes.
+    QTest::keyClick(window.List(), Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(window.folderShown, m_dir.filePath(QStringLiteral("reports/")));
+    EXPECT_EQ(Items(window.List()).size(), 3);
+
+    window.chosenFolder = other;
+    QTest::keyClick(window.List(), Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(Items(window.List()), QStringList{QStringLiteral("Heating")});
+    EXPECT_TRUE(window.FolderLabel()->toolTip().contains(other)) << window.FolderLabel()->toolTip().toStdString();
+    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("ReportDirectory")).toString(), other);
+    // The next session, without a folder given, takes the one kept.
+    ZWMarentaSetup::instance().SetReportDirectory(QString());
+    EXPECT_EQ(ZWMarentaSetup::instance().GetReportDirectory(), other + QLatin1Char('/'));
+
+    // The database dialog is reached from the keyboard as well.
+    int dialogs = 0;
+    window.onDialog = [&](QDialog& dialog) {
+        dialogs += qobject_cast<CDlgLoggerDatabase*>(&dialog) != nullptr;
+        return int(QDialog::Rejected);
+    };
+    QTest::keyClick(window.List(), Qt::Key_D, Qt::ControlModifier);
+    EXPECT_EQ(dialogs, 1);
+}
+
+TEST_F(MainWindow, LongFolderAndDatabaseTextsAreShownWhole)
+{
+    const QString deep = m_dir.filePath(QStringLiteral("a-rather-long-folder-name/with/several/levels/"
+                                                       "of/sub-folders/that/keep/going/reports-of-the-site"));
+    QDir().mkpath(deep);
+    ZWMarentaSetup::instance().SetReportDirectory(deep);
+    ZWMarentaSetup::instance().SetLoggerDatabase(QStringLiteral("sqlite:") + deep + QStringLiteral("/logger.sqlite"));
+    TestMainWindow window;
+    window.resize(360, 400);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    QApplication::processEvents();
+    for (QLabel* label : {window.FolderLabel(), window.DatabaseLabel()}) {
+        ASSERT_NE(label, nullptr);
+        // All of the path is in the label, and the label has the room to show it.
+        QString shown = label->text();
+        shown.remove(QChar(0x200B));
+        EXPECT_TRUE(shown.contains(deep)) << shown.toStdString();
+        EXPECT_LE(label->width(), window.width());
+        EXPECT_GE(label->height(), label->heightForWidth(label->width())) << shown.toStdString();
+        EXPECT_LE(label->minimumSizeHint().width(), label->width()) << shown.toStdString();
+    }
+}
+
+TEST_F(MainWindow, EnterInTheDatabaseDialogMeansOkEvenAfterChoosingAFile)
+{
+    TestDatabaseDialog dialog;
+    dialog.chosenFile = m_dir.filePath(QStringLiteral("picked.sqlite"));
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    QPushButton* browse = nullptr;
+    for (QPushButton* button : dialog.findChildren<QPushButton*>())
+        if (button->text() == QStringLiteral("SQLite file…"))
+            browse = button;
+    ASSERT_NE(browse, nullptr);
+    QTest::mouseClick(browse, Qt::LeftButton);
+    EXPECT_EQ(dialog.fileChoosers, 1);
+    EXPECT_EQ(dialog.Url(), QStringLiteral("sqlite:") + dialog.chosenFile);
+
+    // Enter accepts the chosen file (a new SQLite file is refused with a
+    // message or accepted: either way no file chooser opens again).
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(dialog.fileChoosers, 1);
+    EXPECT_TRUE(dialog.result() == QDialog::Accepted || !dialog.messages.empty());
 }
 
 } // namespace

@@ -247,8 +247,8 @@ TEST_F(ViewerDialog, GroupByUnits)
     for (QAction* action : menu.actions())
         texts << action->text();
     EXPECT_EQ(texts,
-        (QStringList{QStringLiteral("User interval..."), QStringLiteral("Day"), QStringLiteral("Week"),
-            QStringLiteral("Month"), QStringLiteral("Quarter"), QStringLiteral("Year")}));
+        (QStringList{QStringLiteral("&User interval..."), QStringLiteral("&Day"), QStringLiteral("&Week"),
+            QStringLiteral("&Month"), QStringLiteral("&Quarter"), QStringLiteral("&Year")}));
     EXPECT_TRUE(UnitAction(menu, ID_GROUPBY_DAY)->isChecked());
     EXPECT_FALSE(UnitAction(menu, ID_GROUPBY_MONTH)->isChecked());
 
@@ -284,7 +284,7 @@ TEST_F(ViewerDialog, GroupByUnits)
             year->trigger();
     });
     Click(viewer, ID_VIEWER_GROUPBY);
-    EXPECT_EQ(checked, QStringList{QStringLiteral("Month")});
+    EXPECT_EQ(checked, QStringList{QStringLiteral("&Month")});
     EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-01-01 00:00"));
     EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2027-01-01 00:00"));
     EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LastReportGroup")).toString(),

@@ -268,18 +268,22 @@ TEST_F(ViewerFrame, PageNavigationAndSelector)
     EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_PREVIOUS_PAGE)->isEnabled());
     EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled());
 
-    // Each page keeps its own zoom.
+    // The zoom the reader chose goes with them from page to page.
     Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
     const double zoomed = Factor(frame.PageWnd(0));
+    ASSERT_GT(zoomed, 0.0);
 
     Click(frame, ZWViewReportFrame::ID_NEXT_PAGE);
     EXPECT_EQ(frame.CurrentPage(), 1);
     EXPECT_EQ(selector->currentIndex(), 1);
     EXPECT_TRUE(frame.PageWnd(1)->isVisible());
     EXPECT_FALSE(frame.PageWnd(0)->isVisible());
-    EXPECT_LT(Factor(frame.PageWnd(1)), 0.0);
-    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
+    EXPECT_DOUBLE_EQ(Factor(frame.PageWnd(1)), zoomed);
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(zoomed * 2));
     EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_PREVIOUS_PAGE)->isEnabled());
+    // Fit to window goes with them too.
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
+    ASSERT_LT(Factor(frame.PageWnd(1)), 0.0);
 
     Click(frame, ZWViewReportFrame::ID_NEXT_PAGE);
     EXPECT_EQ(frame.CurrentPage(), 2);
@@ -287,13 +291,16 @@ TEST_F(ViewerFrame, PageNavigationAndSelector)
     frame.OnNextPage(); // nothing past the last page
     EXPECT_EQ(frame.CurrentPage(), 2);
 
-    // The selector leads straight to a page; its zoom comes back with it.
+    EXPECT_LT(Factor(frame.PageWnd(2)), 0.0);
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
+
+    // The selector leads straight to a page, in the zoom of the page left.
     QTest::keyClick(selector, Qt::Key_Home);
     EXPECT_EQ(frame.CurrentPage(), 0);
     EXPECT_TRUE(frame.PageWnd(0)->isVisible());
     EXPECT_FALSE(frame.PageWnd(2)->isVisible());
-    EXPECT_DOUBLE_EQ(Factor(frame.PageWnd(0)), zoomed);
-    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(zoomed * 2));
+    EXPECT_DOUBLE_EQ(Factor(frame.PageWnd(0)), Factor(frame.PageWnd(2)));
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
     frame.OnPreviousPage();
     EXPECT_EQ(frame.CurrentPage(), 0);
 
@@ -314,11 +321,12 @@ TEST_F(ViewerFrame, ContextMenuTogglesToolBarsAndTheirStateIsKept)
         auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         ASSERT_NE(menu, nullptr);
         ASSERT_EQ(menu->actions().size(), 1);
-        EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("Toolbars"));
+        EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("&Toolbars"));
         QMenu* bars = menu->actions()[0]->menu();
         ASSERT_NE(bars, nullptr);
         ASSERT_EQ(bars->actions().size(), 2);
-        EXPECT_EQ(bars->actions()[0]->text(), QStringLiteral("Pages"));
+        EXPECT_EQ(bars->actions()[0]->text(), QStringLiteral("&Pages"));
+        EXPECT_EQ(bars->actions()[1]->text(), QStringLiteral("&Zoom"));
         EXPECT_EQ(bars->actions()[0]->data().toInt(), 800);
         EXPECT_EQ(bars->actions()[1]->data().toInt(), 801);
         EXPECT_TRUE(bars->actions()[1]->isChecked());

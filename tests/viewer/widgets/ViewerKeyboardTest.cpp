@@ -1,0 +1,555 @@
+#include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWNoValue.h"
+#include "host/core/ZWSettingsKeys.h"
+#include "tests/support/ZWTestSupport.h"
+#include "viewer/ZWActionTexts.h"
+#include "viewer/ZWViewZoom.h"
+#include "viewer/widgets/CDlgViewer.h"
+#include "viewer/widgets/ZWViewReportFrame.h"
+#include "viewer/widgets/ZWViewTemplateWnd.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QMenu>
+#include <QMenuBar>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QScrollBar>
+#include <QSet>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolBar>
+#include <QToolButton>
+#include <QWheelEvent>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+
+// Keyboard, wheel and window behaviour of the viewer, driven by real events.
+
+namespace {
+
+std::string SentenceName(const char* what)
+{
+    std::string out;
+    for (const char* c = what; *c; ++c)
+        out += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
+    return out;
+}
+
+// Three A4 pages, each with a label.
+const char* kReport = R"(<design><id>{1}</id><name>Three pages</name>
+<page><width>210.00</width><height>297.00</height>
+<label><x>10</x><y>10</y><width>80</width><height>10</height><id>A</id><value>one</value></label></page>
+<page><width>210.00</width><height>297.00</height>
+<label><x>10</x><y>10</y><width>80</width><height>10</height><id>B</id><value>two</value></label></page>
+<page><width>210.00</width><height>297.00</height>
+<label><x>10</x><y>10</y><width>80</width><height>10</height><id>C</id><value>three</value></label></page>
+</design>)";
+
+XmlDocument Design()
+{
+    XmlDocument doc;
+    EXPECT_TRUE(doc.Parse(QString::fromUtf8(kReport)));
+    return doc;
+}
+
+double Factor(const ZWViewTemplateWnd* wnd)
+{
+    double f = 0.0;
+    wnd->GetMode(f);
+    return f;
+}
+
+// A frame whose print dialog is counted instead of shown.
+class TestFrame : public ZWViewReportFrame
+{
+public:
+    int dialogs = 0;
+
+protected:
+    int ExecDialog(QDialog&) override
+    {
+        ++dialogs;
+        return QDialog::Rejected;
+    }
+};
+
+// A viewer whose dialogs and messages are counted instead of shown.
+class TestViewer : public CDlgViewer
+{
+public:
+    int dialogs = 0;
+    std::vector<QString> messages;
+
+protected:
+    int ExecDialog(QDialog&) override
+    {
+        ++dialogs;
+        return QDialog::Rejected;
+    }
+    void ShowMessage(const QString& text) override { messages.push_back(text); }
+};
+
+void Key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QWidget* focus = QApplication::focusWidget();
+    ASSERT_NE(focus, nullptr);
+    QTest::keyClick(focus, Qt::Key(key), modifiers);
+}
+
+void Wheel(QWidget* target, const QPointF& at, QPoint angle, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QWheelEvent event(at, target->mapToGlobal(at), QPoint(), angle, Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(target, &event);
+}
+
+class ViewerKeys : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
+        ZWMarentaSetup::instance().SetReportDirectory(m_dir.path());
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("Pages.XRPT")), kReport));
+    }
+    void TearDown() override
+    {
+        ZWMarentaSetup::instance().SetReportDirectory(QString());
+        ZWMarentaSetup::instance().SetSettingsFile(QString());
+    }
+
+    // The frame as its own window, active, showing page 1 at `factor`
+    // (0: fit), with the keyboard on the page.
+    void Show(ZWViewReportFrame& frame, double factor, QSize size = QSize(700, 500))
+    {
+        frame.SetTemplate(Design());
+        frame.resize(size);
+        frame.show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
+        frame.Refresh();
+        if (factor > 0.0)
+            frame.OnZoomSelector(ZWViewZoom::SelectorIndex(factor));
+        ASSERT_EQ(QApplication::focusWidget(), frame.CurrentPageWnd());
+    }
+
+    QTemporaryDir m_dir;
+};
+
+TEST_F(ViewerKeys, TheViewerOpensWithTheKeyboardOnTheFittedPage)
+{
+    // As the desktop application opens a report: the window first, then the report.
+    TestViewer viewer;
+    viewer.show();
+    QString name = QStringLiteral("Pages");
+    ASSERT_TRUE(viewer.Setup(name, ID_GROUPBY_DAY));
+    ZWViewReportFrame* frame = viewer.Frame();
+    ZWViewTemplateWnd* page = frame->CurrentPageWnd();
+    EXPECT_EQ(viewer.focusWidget(), page);
+    // (The offscreen platform does not give the window back its activation
+    // after the progress dialog; a desktop does.)
+    viewer.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&viewer));
+    EXPECT_EQ(QApplication::focusWidget(), page);
+    EXPECT_LT(Factor(page), 0.0);
+    EXPECT_FALSE(IsNoValue(Factor(page)));
+    EXPECT_EQ(frame->ZoomSelector()->currentIndex(), 0);
+
+    // Down scrolls (there is nothing to scroll when fitted): neither the
+    // page nor the zoom changes.
+    Key(Qt::Key_Down);
+    Key(Qt::Key_Down);
+    EXPECT_EQ(frame->CurrentPage(), 0);
+    EXPECT_EQ(frame->PageSelector()->currentIndex(), 0);
+    EXPECT_EQ(frame->ZoomSelector()->currentIndex(), 0);
+
+    // A click on a selector leaves the keyboard with the page.
+    QTest::mouseClick(frame->ZoomSelector(), Qt::LeftButton);
+    if (QWidget* popup = QApplication::activePopupWidget())
+        popup->close();
+    EXPECT_EQ(QApplication::focusWidget(), page);
+}
+
+// One key from a place on a page of the frame at 200 %.
+enum class At { Top, Middle, Bottom };
+enum class Then { Top, Bottom, Same, OneLineOn, OneLineBack, OneViewOn, OneViewBack };
+
+struct KeyCase
+{
+    const char* what;
+    int page;
+    At at;
+    int key;
+    Qt::KeyboardModifiers modifiers;
+    int pageAfter;
+    Then then;
+    bool sideways;
+};
+
+void PrintTo(const KeyCase& c, std::ostream* os)
+{
+    *os << c.what;
+}
+
+class PageKeys : public ViewerKeys, public testing::WithParamInterface<KeyCase>
+{};
+
+TEST_P(PageKeys, ScrollOrTurnThePage)
+{
+    const KeyCase& c = GetParam();
+    TestFrame frame;
+    Show(frame, 2.0);
+    frame.GoToPage(c.page);
+    ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+    ASSERT_EQ(QApplication::focusWidget(), wnd);
+    QScrollBar* bar = c.sideways ? wnd->horizontalScrollBar() : wnd->verticalScrollBar();
+    ASSERT_TRUE(bar->isVisible());
+    const int start = c.at == At::Top ? 0 : c.at == At::Bottom ? bar->maximum() : bar->maximum() / 2;
+    bar->setValue(start);
+    const int view = c.sideways ? wnd->viewport()->width() : wnd->viewport()->height();
+    const int line = std::max(1, int(std::lround(view / 20.0)));
+
+    Key(c.key, c.modifiers);
+
+    EXPECT_EQ(frame.CurrentPage(), c.pageAfter);
+    ZWViewTemplateWnd* now = frame.CurrentPageWnd();
+    // The zoom goes with the reader from page to page, and so does the keyboard.
+    EXPECT_DOUBLE_EQ(Factor(now), 2.0);
+    EXPECT_EQ(QApplication::focusWidget(), now);
+    QScrollBar* after = c.sideways ? now->horizontalScrollBar() : now->verticalScrollBar();
+    int expected = start;
+    switch (c.then) {
+    case Then::Top:
+        expected = 0;
+        break;
+    case Then::Bottom:
+        expected = after->maximum();
+        break;
+    case Then::Same:
+        break;
+    case Then::OneLineOn:
+        expected = start + line;
+        break;
+    case Then::OneLineBack:
+        expected = start - line;
+        break;
+    case Then::OneViewOn:
+        expected = std::min(start + view, after->maximum());
+        break;
+    case Then::OneViewBack:
+        expected = std::max(start - view, 0);
+        break;
+    }
+    EXPECT_EQ(after->value(), expected);
+}
+
+const Qt::KeyboardModifiers kNone = Qt::NoModifier;
+
+INSTANTIATE_TEST_SUITE_P(Viewer, PageKeys,
+    testing::Values(
+        KeyCase{"Down scrolls a twentieth of the window", 0, At::Top, Qt::Key_Down, kNone, 0, Then::OneLineOn, false},
+        KeyCase{"Up at the top stays on the page", 1, At::Top, Qt::Key_Up, kNone, 1, Then::Top, false},
+        KeyCase{"Right scrolls a twentieth sideways", 0, At::Top, Qt::Key_Right, kNone, 0, Then::OneLineOn, true},
+        KeyCase{
+            "Page Down scrolls the window's height", 0, At::Top, Qt::Key_PageDown, kNone, 0, Then::OneViewOn, false},
+        KeyCase{"Page Up scrolls back the window's height", 0, At::Bottom, Qt::Key_PageUp, kNone, 0, Then::OneViewBack,
+            false},
+        KeyCase{"Shift Space scrolls back the window's height", 0, At::Bottom, Qt::Key_Space, Qt::ShiftModifier, 0,
+            Then::OneViewBack, false},
+        KeyCase{"End goes to the bottom of the page", 0, At::Top, Qt::Key_End, kNone, 0, Then::Bottom, false},
+        KeyCase{"Home goes to the top of the page", 0, At::Middle, Qt::Key_Home, kNone, 0, Then::Top, false},
+        KeyCase{"Page Down at the bottom goes on to the next page's top", 0, At::Bottom, Qt::Key_PageDown, kNone, 1,
+            Then::Top, false},
+        KeyCase{"Space at the bottom goes on to the next page's top", 1, At::Bottom, Qt::Key_Space, kNone, 2, Then::Top,
+            false},
+        KeyCase{"Page Up at the top goes back to the previous page's bottom", 2, At::Top, Qt::Key_PageUp, kNone, 1,
+            Then::Bottom, false},
+        KeyCase{"Page Down at the bottom of the last page stays", 2, At::Bottom, Qt::Key_PageDown, kNone, 2,
+            Then::Bottom, false},
+        KeyCase{"Page Up at the top of the first page stays", 0, At::Top, Qt::Key_PageUp, kNone, 0, Then::Top, false},
+        KeyCase{"Ctrl Page Down goes to the next page's top", 0, At::Middle, Qt::Key_PageDown, Qt::ControlModifier, 1,
+            Then::Top, false},
+        KeyCase{"Ctrl Page Up goes to the previous page's top", 2, At::Middle, Qt::Key_PageUp, Qt::ControlModifier, 1,
+            Then::Top, false},
+        KeyCase{"a new page keeps the sideways position", 0, At::Middle, Qt::Key_PageDown, Qt::ControlModifier, 1,
+            Then::Same, true}),
+    [](const testing::TestParamInfo<KeyCase>& info) { return SentenceName(info.param.what); });
+
+TEST_F(ViewerKeys, WheelAndArrowStepsFollowTheWindowSize)
+{
+    ZWViewReportFrame frame;
+    Show(frame, 2.0);
+    ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+    QScrollBar* vbar = wnd->verticalScrollBar();
+    QScrollBar* hbar = wnd->horizontalScrollBar();
+    for (const QSize size : {QSize(700, 500), QSize(900, 760)}) {
+        frame.resize(size);
+        QApplication::processEvents();
+        const QSize view = wnd->viewport()->size();
+        EXPECT_EQ(vbar->singleStep(), int(std::lround(view.height() / 20.0))) << view.height();
+        EXPECT_EQ(vbar->pageStep(), view.height());
+        EXPECT_EQ(hbar->singleStep(), int(std::lround(view.width() / 20.0)));
+        EXPECT_EQ(hbar->pageStep(), view.width());
+
+        // One notch of the wheel down is one line; Shift turns it sideways.
+        vbar->setValue(0);
+        hbar->setValue(0);
+        Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, -120));
+        EXPECT_EQ(vbar->value(), vbar->singleStep());
+        Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, -240));
+        EXPECT_EQ(vbar->value(), 3 * vbar->singleStep());
+        Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, 120));
+        EXPECT_EQ(vbar->value(), 2 * vbar->singleStep());
+        Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, -120), Qt::ShiftModifier);
+        EXPECT_EQ(hbar->value(), hbar->singleStep());
+        EXPECT_EQ(vbar->value(), 2 * vbar->singleStep());
+        // The wheel never turns the page.
+        EXPECT_EQ(frame.CurrentPage(), 0);
+    }
+}
+
+// A zoom from a place on the page, by Ctrl+wheel at a point or by keys at
+// the middle of the window.
+struct ZoomCase
+{
+    const char* what;
+    double from;
+    QPointF mouse; // fractions of the window; none: the keys
+    int key;       // with Ctrl; 0: the wheel
+    int notches;
+    double to;
+};
+
+void PrintTo(const ZoomCase& c, std::ostream* os)
+{
+    *os << c.what;
+}
+
+class ZoomKeepsItsPoint : public ViewerKeys, public testing::WithParamInterface<ZoomCase>
+{};
+
+// The page's millimetre under a point of the window.
+QPointF MmUnder(const ZWViewTemplateWnd* wnd, const QPointF& point)
+{
+    const double f = std::fabs(Factor(wnd));
+    const QPointF px = wnd->PixelsPerMm();
+    const QSize view = wnd->viewport()->size();
+    const auto origin = [](double pageExtent, int viewExtent, int scroll) {
+        const double centred = (viewExtent - pageExtent) / 2;
+        return std::lround(centred) < 0 ? -double(scroll) : centred;
+    };
+    const double left = origin(f * wnd->GetWidth() * px.x(), view.width(), wnd->horizontalScrollBar()->value());
+    const double top = origin(f * wnd->GetHeight() * px.y(), view.height(), wnd->verticalScrollBar()->value());
+    return QPointF((point.x() - left) / (f * px.x()), (point.y() - top) / (f * px.y()));
+}
+
+TEST_P(ZoomKeepsItsPoint, WhileTheFactorChanges)
+{
+    const ZoomCase& c = GetParam();
+    ZWViewReportFrame frame;
+    Show(frame, c.from);
+    ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+    wnd->horizontalScrollBar()->setValue(wnd->horizontalScrollBar()->maximum() / 2);
+    wnd->verticalScrollBar()->setValue(wnd->verticalScrollBar()->maximum() / 2);
+    const QSize view = wnd->viewport()->size();
+    const QPointF point = c.key ? QRectF(wnd->viewport()->rect()).center()
+                                : QPointF(c.mouse.x() * view.width(), c.mouse.y() * view.height());
+    const QPointF before = MmUnder(wnd, point);
+
+    if (c.key)
+        Key(c.key, Qt::ControlModifier);
+    else
+        Wheel(wnd->viewport(), point, QPoint(0, 120 * c.notches), Qt::ControlModifier);
+
+    ASSERT_DOUBLE_EQ(Factor(wnd), c.to);
+    const QPointF after = MmUnder(wnd, point);
+    // Within a pixel at the new factor.
+    const double tolerance = 1.0 / (c.to * wnd->PixelsPerMm().x());
+    EXPECT_NEAR(after.x(), before.x(), tolerance);
+    EXPECT_NEAR(after.y(), before.y(), tolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(Viewer, ZoomKeepsItsPoint,
+    testing::Values(ZoomCase{"Ctrl wheel up keeps the point under the mouse", 2.0, {0.3, 0.7}, 0, 1, 2.5},
+        ZoomCase{"Ctrl wheel down keeps the point under the mouse", 3.0, {0.8, 0.2}, 0, -1, 2.5},
+        ZoomCase{"Ctrl plus keeps the middle of the window", 2.0, {}, Qt::Key_Plus, 0, 2.5},
+        ZoomCase{"Ctrl equals zooms in too", 2.0, {}, Qt::Key_Equal, 0, 2.5},
+        ZoomCase{"Ctrl minus keeps the middle of the window", 3.0, {}, Qt::Key_Minus, 0, 2.5}),
+    [](const testing::TestParamInfo<ZoomCase>& info) { return SentenceName(info.param.what); });
+
+TEST_F(ViewerKeys, TheFramesKeysWorkWithItsToolBarsHidden)
+{
+    TestFrame frame;
+    Show(frame, 0.0);
+    for (QAction* toggle : frame.ToolBarActions())
+        toggle->trigger();
+    ASSERT_TRUE(frame.PagesBar()->isHidden());
+    ASSERT_TRUE(frame.ZoomBar()->isHidden());
+    ZWViewTemplateWnd* first = frame.CurrentPageWnd();
+
+    Key(Qt::Key_PageDown, Qt::ControlModifier);
+    EXPECT_EQ(frame.CurrentPage(), 1);
+    Key(Qt::Key_PageUp, Qt::ControlModifier);
+    EXPECT_EQ(frame.CurrentPage(), 0);
+    const double fit = -Factor(first);
+    const double up = *ZWViewZoom::ZoomIn(-fit);
+    Key(Qt::Key_Equal, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(Factor(first), up);
+    Key(Qt::Key_Plus, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(Factor(first), up + 0.5);
+    Key(Qt::Key_Minus, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(Factor(first), up);
+    Key(Qt::Key_0, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(Factor(first), -fit);
+    Key(Qt::Key_P, Qt::ControlModifier);
+    EXPECT_EQ(frame.dialogs, 1);
+
+    // The tool tips name the keys.
+    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->toolTip(), QStringLiteral("Next page (Ctrl+PgDown)"));
+    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->toolTip(), QStringLiteral("Zoom in (Ctrl++)"));
+    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_FILE_PRINT)->toolTip(), QStringLiteral("Print (Ctrl+P)"));
+}
+
+TEST_F(ViewerKeys, APageWindowListsTheToolBarCommandsItIsGiven)
+{
+    // No frame around it: the window knows the commands it was handed, not
+    // where they come from.
+    ZWViewTemplateWnd wnd;
+    QAction first(QStringLiteral("First bar"));
+    QAction second(QStringLiteral("Second bar"));
+    int secondToggles = 0;
+    for (QAction* action : {&first, &second})
+        action->setCheckable(true);
+    first.setChecked(true);
+    QObject::connect(&second, &QAction::triggered, [&] { ++secondToggles; });
+    wnd.SetToolBarActions({&first, &second});
+
+    std::unique_ptr<QMenu> menu(wnd.CreateContextMenu());
+    QMenu* bars = menu->actions().value(0)->menu();
+    ASSERT_NE(bars, nullptr);
+    EXPECT_TRUE(bars->isEnabled());
+    ASSERT_EQ(bars->actions().size(), 2);
+    EXPECT_EQ(ZWActionTexts::Plain(bars->actions()[0]->text()), QStringLiteral("First bar"));
+    EXPECT_TRUE(bars->actions()[0]->isChecked());
+    EXPECT_FALSE(bars->actions()[1]->isChecked());
+    EXPECT_EQ(bars->actions()[1]->data().toInt(), 801);
+
+    wnd.OnViewToolbar(801);
+    EXPECT_EQ(secondToggles, 1);
+    EXPECT_TRUE(second.isChecked());
+    wnd.OnViewToolbar(802); // no such bar
+    wnd.OnViewToolbar(799);
+    EXPECT_EQ(secondToggles, 1);
+
+    ZWViewTemplateWnd bare;
+    std::unique_ptr<QMenu> none(bare.CreateContextMenu());
+    EXPECT_FALSE(none->actions().value(0)->menu()->isEnabled());
+}
+
+// Every entry of every menu level has a mnemonic of its own.
+void ExpectMnemonics(const QList<QAction*>& actions, const QString& where)
+{
+    QSet<QChar> seen;
+    for (QAction* action : actions) {
+        if (action->isSeparator())
+            continue;
+        const QString text = action->text();
+        const qsizetype at = text.indexOf(QRegularExpression(QStringLiteral("&[^&]")));
+        ASSERT_GE(at, 0) << (where + QLatin1Char('/') + text).toStdString();
+        const QChar key = text[at + 1].toLower();
+        EXPECT_FALSE(seen.contains(key)) << (where + QLatin1Char('/') + text).toStdString();
+        seen.insert(key);
+        if (QMenu* sub = action->menu())
+            ExpectMnemonics(sub->actions(), where + QLatin1Char('/') + text);
+    }
+}
+
+TEST_F(ViewerKeys, EveryCommandOfTheViewerIsInAMenuWithKeys)
+{
+    TestViewer viewer;
+    QString name = QStringLiteral("Pages");
+    ASSERT_TRUE(viewer.Setup(name, ID_GROUPBY_DAY));
+    viewer.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&viewer));
+    ASSERT_NE(viewer.MenuBar(), nullptr);
+    ExpectMnemonics(viewer.MenuBar()->actions(), QStringLiteral("viewer"));
+
+    // The units have keys that work from the page. (The offscreen platform
+    // does not give the window back its activation after the progress
+    // dialog of a gathering; a desktop does.)
+    ZWViewTemplateWnd* page = viewer.Frame()->CurrentPageWnd();
+    ASSERT_EQ(QApplication::focusWidget(), page);
+    const auto reactivate = [&viewer] {
+        viewer.activateWindow();
+        return QTest::qWaitForWindowActive(&viewer);
+    };
+    const int before = viewer.GatheringCount();
+    Key(Qt::Key_3, Qt::ControlModifier);
+    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_MONTH);
+    EXPECT_TRUE(viewer.UnitAction(ID_GROUPBY_MONTH)->isChecked());
+    EXPECT_EQ(viewer.GatheringCount(), before + 1);
+    // The keyboard stays with the page through the gathering.
+    EXPECT_EQ(viewer.focusWidget(), page);
+    ASSERT_TRUE(reactivate());
+    Key(Qt::Key_5, Qt::ControlModifier);
+    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_YEAR);
+    ASSERT_TRUE(reactivate());
+    // The user interval asks first; cancelled, the unit in use stays checked.
+    Key(Qt::Key_6, Qt::ControlModifier);
+    EXPECT_EQ(viewer.dialogs, 1);
+    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_YEAR);
+    EXPECT_TRUE(viewer.UnitAction(ID_GROUPBY_YEAR)->isChecked());
+    EXPECT_FALSE(viewer.UnitAction(ID_GROUPBY_USER)->isChecked());
+    // Go to date and previous period, from the page too.
+    Key(Qt::Key_G, Qt::ControlModifier);
+    EXPECT_EQ(viewer.dialogs, 2);
+    const int gathered = viewer.GatheringCount();
+    ASSERT_TRUE(reactivate());
+    Key(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(viewer.GatheringCount(), gathered + 1);
+
+    // Tool tips name the keys.
+    EXPECT_EQ(viewer.Button(ID_VIEWER_PREVIOUS)->toolTip(), QStringLiteral("Previous (Alt+Left)"));
+    EXPECT_EQ(viewer.Button(ID_VIEWER_GOTO)->toolTip(), QStringLiteral("Go to date (Ctrl+G)"));
+}
+
+QRect Stored()
+{
+    return ZWMarentaSetup::instance().OpenSettings()->value(ZWSettingsKeys::ViewerGeometry).toRect();
+}
+
+TEST_F(ViewerKeys, TheViewerOpensWhereItWasNeverLargerThanTheScreen)
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    {
+        // The first time: the default size, cut to the screen.
+        TestViewer viewer;
+        viewer.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
+        EXPECT_TRUE(screen.contains(viewer.frameGeometry())) << screen.width() << 'x' << screen.height();
+        EXPECT_EQ(viewer.width(), std::min(1000, screen.width() - (viewer.frameGeometry().width() - viewer.width())));
+
+        viewer.setGeometry(QRect(screen.topLeft() + QPoint(30, 40), QSize(500, 400)));
+        viewer.close();
+    }
+    EXPECT_EQ(Stored(), QRect(screen.topLeft() + QPoint(30, 40), QSize(500, 400)));
+    {
+        TestViewer viewer;
+        viewer.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
+        EXPECT_EQ(viewer.geometry(), QRect(screen.topLeft() + QPoint(30, 40), QSize(500, 400)));
+        viewer.close();
+    }
+    // Remembered on a larger screen, or half off this one: it comes back whole.
+    ZWMarentaSetup::instance().OpenSettings()->setValue(
+        ZWSettingsKeys::ViewerGeometry, QRect(screen.right() - 100, screen.top() + 50, 4000, 3000));
+    TestViewer viewer;
+    viewer.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
+    EXPECT_EQ(viewer.frameGeometry(), screen);
+}
+
+} // namespace
