@@ -5,6 +5,8 @@
 #include "editor/ZWSelection.h"
 
 #include <QPoint>
+#include <memory>
+#include <vector>
 
 class ZWCardControl;
 class ZWTemplatePage;
@@ -92,6 +94,10 @@ public:
     // Makes a card of the active tool's kind at (x, y, w, h) mm, selects it
     // and appends it to the page; null for the selection tool.
     virtual ZWCardControl* AddControl(double x, double y, double w, double h);
+
+    // Clones of the cards last copied; they outlive pastes and move one
+    // paste offset further with each paste.
+    std::vector<std::unique_ptr<ZWCardControl>> clipboard;
 
     // The colours given to new cards, as 0x00BBGGRR.
     quint32 labelColor = 0x000000;
