@@ -465,3 +465,30 @@ ZWCardControl* ZWEditPage::AddControl(double x, double y, double w, double h)
     m_page.cards.push_back(std::move(card));
     return m_page.cards.back().get();
 }
+
+std::vector<int> ZWEditPage::SelectedIndices() const
+{
+    std::vector<int> indices;
+    for (int i = 0; i < m_selection.GetNumberOfSelectedControls(); ++i) {
+        const ZWCardControl* card = m_selection.GetSelectedControl(i);
+        const auto it = std::find_if(m_page.cards.begin(), m_page.cards.end(),
+            [card](const std::unique_ptr<ZWCardControl>& c) { return c.get() == card; });
+        if (it != m_page.cards.end())
+            indices.push_back(int(it - m_page.cards.begin()));
+    }
+    return indices;
+}
+
+void ZWEditPage::SelectIndices(const std::vector<int>& indices)
+{
+    m_selection.Clear();
+    ZWPageMapping::Dimensions d;
+    const bool mapped = m_mapping.GetTemplateDimensions(d);
+    for (int index : indices) {
+        if (index < 0 || index >= int(m_page.cards.size()))
+            continue;
+        ZWCardControl* card = m_page.cards[size_t(index)].get();
+        const ZWRect r = mapped ? m_mapping.CardRect(*card, d) : ZWRect();
+        m_selection.AddSelection(r, QPoint(r.left, r.top), card);
+    }
+}

@@ -91,6 +91,12 @@ public:
     // Applies the drag that ends to the cards.
     void RepositioningControl(unsigned long& clickOnly);
 
+    // The selection as positions in the page's card list, in selection
+    // order, and back: undo and redo rebuild the selection from these, never
+    // from card pointers that an earlier command may have destroyed.
+    std::vector<int> SelectedIndices() const;
+    void SelectIndices(const std::vector<int>& indices);
+
     // Makes a card of the active tool's kind at (x, y, w, h) mm, selects it
     // and appends it to the page; null for the selection tool.
     virtual ZWCardControl* AddControl(double x, double y, double w, double h);
