@@ -1,0 +1,271 @@
+// The designer page's mouse work without a window: presses, drags with and
+// without grid near the page's edges, resizes, the band and new cards.
+#include "editor/ZWEditPage.h"
+#include "template/ZWCardLabel.h"
+#include "template/ZWTemplatePage.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+// A 200 × 100 mm page at 4 pixels per mm in a 1000 × 600 window: the page
+// covers pixels 100..899 across and 100..499 down. Card A at (10, 20, 30, 40)
+// mm is pixels (140, 180)–(260, 340); card B at (50, 20, 10, 10) mm is
+// (300, 180)–(340, 220).
+struct Fixture
+{
+    ZWTemplatePage page;
+    ZWEditPage edit{page};
+    ZWCardControl* a = nullptr;
+    ZWCardControl* b = nullptr;
+
+    explicit Fixture(double grid = 0.0)
+    {
+        page.properties.width = 200;
+        page.properties.height = 100;
+        page.properties.xgrid = grid;
+        page.properties.ygrid = grid;
+        edit.Mapping().SetDevice(4, 4);
+        edit.Mapping().SetClientSize(1000, 600);
+        a = AddCard(10, 20, 30, 40, u"a");
+        b = AddCard(50, 20, 10, 10, u"b");
+        edit.SetActiveState(ZWEditPage::SelectTool);
+    }
+
+    ZWCardControl* AddCard(double x, double y, double w, double h, QStringView id)
+    {
+        auto card = std::make_unique<ZWCardControl>();
+        card->x = x;
+        card->y = y;
+        card->width = w;
+        card->height = h;
+        card->id = id.toString();
+        page.cards.push_back(std::move(card));
+        return page.cards.back().get();
+    }
+
+    unsigned long Drag(QPoint from, QPoint to, bool ctrl = false, bool shift = false)
+    {
+        edit.ButtonDown(from, ctrl, shift);
+        edit.MouseMove(to);
+        return edit.ButtonUp();
+    }
+};
+
+struct DragCase
+{
+    const char* name;
+    double grid;
+    QPoint from, to;
+    double x, y, w, h;
+    unsigned long clickOnly;
+};
+
+class DragCardTest : public ::testing::TestWithParam<DragCase>
+{};
+
+TEST_P(DragCardTest, CardEndsWhereExpected)
+{
+    const DragCase& c = GetParam();
+    Fixture f(c.grid);
+    EXPECT_EQ(f.Drag(c.from, c.to), c.clickOnly);
+    EXPECT_DOUBLE_EQ(f.a->x, c.x);
+    EXPECT_DOUBLE_EQ(f.a->y, c.y);
+    EXPECT_DOUBLE_EQ(f.a->width, c.w);
+    EXPECT_DOUBLE_EQ(f.a->height, c.h);
+    EXPECT_EQ(f.edit.GetOperation(), 0);
+}
+
+const DragCase dragCases[] = {
+    {"MovedByThePixelsDragged", 0, {200, 250}, {230, 260}, 17.5, 22.5, 30, 40, 0},
+    {"MoveStopsOnePixelInsideTheRightEdge", 0, {200, 250}, {1000, 250}, 169.75, 20, 30, 40, 0},
+    {"MoveStopsOnTheTopLeftCorner", 0, {200, 250}, {0, 0}, 0, 0, 30, 40, 0},
+    {"MoveStopsOnePixelInsideTheBottomEdge", 0, {200, 250}, {200, 900}, 10, 59.75, 30, 40, 0},
+    // 10 mm below 200 would touch the edge; the group is pulled back by
+    // whole 5 mm steps until its right edge is clear of it.
+    {"GridMovePulledBackFromTheRightEdge", 5, {200, 250}, {1000, 250}, 165, 20, 30, 40, 0},
+    {"GridMoveLandsOnGridLines", 5, {200, 250}, {213, 250}, 15, 20, 30, 40, 0},
+    {"GridMoveStopsAtTheLeftEdge", 5, {200, 250}, {0, 250}, 0, 20, 30, 40, 0},
+    {"RightEdgeResized", 0, {259, 250}, {300, 250}, 10, 20, 40.25, 40, 0},
+    {"RightEdgeResizeStopsAtTheLastPixel", 0, {259, 250}, {2000, 250}, 10, 20, 189.75, 40, 0},
+    {"GridResizeSnapsTheDraggedEdge", 5, {259, 250}, {300, 250}, 10, 20, 40, 40, 0},
+    {"TopLeftResizedBothWays", 0, {140, 180}, {120, 170}, 5, 17.5, 35, 42.5, 0},
+    {"ResizeBelowTenPixelsIsRefused", 0, {141, 250}, {255, 250}, 10, 20, 30, 40, 1},
+    {"ClickWithoutMoveChangesNothing", 0, {200, 250}, {200, 250}, 10, 20, 30, 40, 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Drag, DragCardTest, ::testing::ValuesIn(dragCases), [](const auto& info) { return std::string(info.param.name); });
+
+struct PressCase
+{
+    const char* name;
+    int activeState;
+    bool preselectA;
+    QPoint point;
+    bool ctrl, shift;
+    int down, moved;
+};
+
+class MouseOperationTest : public ::testing::TestWithParam<PressCase>
+{};
+
+TEST_P(MouseOperationTest, PressAndFirstMoveSetTheOperation)
+{
+    const PressCase& c = GetParam();
+    Fixture f;
+    f.edit.SetActiveState(c.activeState);
+    if (c.preselectA)
+        f.Drag({200, 250}, {200, 250});
+    f.edit.ButtonDown(c.point, c.ctrl, c.shift);
+    EXPECT_EQ(f.edit.GetOperation(), c.down);
+    f.edit.MouseMove(c.point + QPoint(1, 1));
+    EXPECT_EQ(f.edit.GetOperation(), c.moved);
+}
+
+const PressCase pressCases[] = {
+    {"UnselectedCardPlain", 2, false, {200, 250}, false, false, 3, 7},
+    {"UnselectedCardCtrl", 2, false, {200, 250}, true, false, 4, 8},
+    {"UnselectedCardShift", 2, false, {200, 250}, false, true, 19, 21},
+    {"UnselectedCardCtrlBeatsShift", 2, false, {200, 250}, true, true, 4, 8},
+    {"SelectedCardPlain", 2, true, {200, 250}, false, false, 5, 9},
+    {"SelectedCardCtrl", 2, true, {200, 250}, true, false, 6, 10},
+    {"SelectedCardShift", 2, true, {200, 250}, false, true, 20, 22},
+    {"EmptyPageBand", 2, false, {600, 400}, false, false, 13, 15},
+    {"EmptyPageBandCtrl", 2, false, {600, 400}, true, false, 14, 16},
+    {"EmptyPageBandShift", 2, false, {600, 400}, false, true, 17, 18},
+    {"EmptyPageNewCard", 0, false, {600, 400}, false, false, 1, 11},
+    {"EmptyPageNewCardCtrl", 4, false, {600, 400}, true, false, 2, 12},
+    {"OutsideThePageNothing", 2, false, {50, 50}, false, false, 0, 0},
+    {"LastPageColumnIsOnThePage", 2, false, {899, 499}, false, false, 13, 15},
+    {"FirstColumnPastThePageIsOff", 0, false, {900, 300}, false, false, 0, 0},
+};
+
+INSTANTIATE_TEST_SUITE_P(Press, MouseOperationTest, ::testing::ValuesIn(pressCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+std::vector<QString> SelectedIds(ZWEditPage& edit)
+{
+    std::vector<QString> ids;
+    for (int i = 0; i < edit.Selection().GetNumberOfSelectedControls(); ++i)
+        ids.push_back(edit.Selection().GetSelectedControl(i)->id);
+    return ids;
+}
+
+struct BandCase
+{
+    const char* name;
+    bool preselectB;
+    QPoint to;
+    bool ctrl, shift;
+    std::vector<QString> expected;
+};
+
+class BandTest : public ::testing::TestWithParam<BandCase>
+{};
+
+TEST_P(BandTest, SelectsTheCardsWhollyInside)
+{
+    const BandCase& c = GetParam();
+    Fixture f;
+    if (c.preselectB)
+        f.Drag({320, 200}, {320, 200});
+    f.Drag({120, 150}, c.to, c.ctrl, c.shift);
+    EXPECT_EQ(SelectedIds(f.edit), c.expected);
+}
+
+const BandCase bandCases[] = {
+    {"AroundBothSelectsBoth", false, {400, 400}, false, false, {u"a"_qs, u"b"_qs}},
+    {"AroundOneSelectsIt", false, {280, 400}, false, false, {u"a"_qs}},
+    {"EndingOnTheCardsLastEdgeIncludesIt", false, {260, 340}, false, false, {u"a"_qs}},
+    {"OnePixelShortLeavesItOut", false, {259, 340}, false, false, {}},
+    {"PlainBandReplacesTheSelection", true, {280, 400}, false, false, {u"a"_qs}},
+    {"ShiftBandAdds", true, {280, 400}, false, true, {u"b"_qs, u"a"_qs}},
+    {"CtrlBandTogglesSelectedCardsOff", true, {400, 400}, true, false, {u"a"_qs}},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Band, BandTest, ::testing::ValuesIn(bandCases), [](const auto& info) { return std::string(info.param.name); });
+
+TEST(EditPageTest, DrawingWithTheLabelToolMakesASelectedLabel)
+{
+    Fixture f;
+    f.edit.SetActiveState(ZWEditPage::LabelTool);
+    EXPECT_EQ(f.Drag({500, 300}, {620, 460}), 0u);
+    ASSERT_EQ(f.page.cards.size(), 3u);
+    auto* label = dynamic_cast<ZWCardLabel*>(f.page.cards.back().get());
+    ASSERT_NE(label, nullptr);
+    EXPECT_DOUBLE_EQ(label->x, 100);
+    EXPECT_DOUBLE_EQ(label->y, 50);
+    EXPECT_DOUBLE_EQ(label->width, 30);
+    EXPECT_DOUBLE_EQ(label->height, 40);
+    EXPECT_FALSE(label->id.isEmpty());
+    EXPECT_EQ(label->font, u"Arial"_qs);
+    ASSERT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 1);
+    EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), label);
+}
+
+TEST(EditPageTest, DrawnCardSnapsToTheGridAndCtrlKeepsTheSelection)
+{
+    Fixture f(5);
+    f.Drag({200, 250}, {200, 250}); // selects A
+    f.edit.SetActiveState(ZWEditPage::DateTool);
+    f.Drag({600, 300}, {651, 343}, true);
+    ASSERT_EQ(f.page.cards.size(), 3u);
+    const ZWCardControl& card = *f.page.cards.back();
+    EXPECT_TRUE(card.IsKindOf("ZWCardDate"));
+    EXPECT_EQ(card.color, f.edit.dateColor);
+    EXPECT_DOUBLE_EQ(card.x, 125);
+    EXPECT_DOUBLE_EQ(card.y, 50);
+    EXPECT_DOUBLE_EQ(card.width, 15);
+    EXPECT_DOUBLE_EQ(card.height, 10);
+    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
+}
+
+TEST(EditPageTest, TooSmallDrawingCreatesNothingAndIsRefusedWhileDragged)
+{
+    Fixture f;
+    f.edit.SetActiveState(ZWEditPage::LabelTool);
+    f.edit.ButtonDown({600, 300}, false, false);
+    f.edit.MouseMove({609, 340});
+    EXPECT_EQ(f.edit.ShownCursor(), ZWHandleZones::Cursor::NoEntry);
+    EXPECT_EQ(f.edit.ButtonUp(), 1u);
+    EXPECT_EQ(f.page.cards.size(), 2u);
+}
+
+TEST(EditPageTest, ClicksOnSelectedCardsNarrowOrToggleTheSelection)
+{
+    Fixture f;
+    f.Drag({120, 150}, {400, 400}); // both
+    f.Drag({200, 250}, {200, 250}); // plain click on A: A alone
+    EXPECT_EQ(SelectedIds(f.edit), std::vector<QString>{u"a"_qs});
+    f.Drag({200, 250}, {200, 250}, true); // Ctrl-click on the only one
+    EXPECT_TRUE(SelectedIds(f.edit).empty());
+}
+
+TEST(EditPageTest, GroupMoveKeepsTheCardsApartAndOnThePage)
+{
+    Fixture f;
+    f.Drag({120, 150}, {400, 400}); // both
+    f.Drag({200, 250}, {1000, 250});
+    // B's right edge (340 px) is the group's: it stops on pixel 899.
+    EXPECT_DOUBLE_EQ(f.b->x, 189.75);
+    EXPECT_DOUBLE_EQ(f.a->x, 149.75);
+}
+
+TEST(EditPageTest, LostCaptureDropsTheDragAndTheSelection)
+{
+    Fixture f;
+    f.edit.ButtonDown({200, 250}, false, false);
+    f.edit.MouseMove({260, 250});
+    f.edit.CancelDrag();
+    EXPECT_EQ(f.edit.GetOperation(), 0);
+    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 0);
+    EXPECT_EQ(f.edit.ButtonUp(), 1u);
+    EXPECT_DOUBLE_EQ(f.a->x, 10);
+}
+
+} // namespace

@@ -1,0 +1,277 @@
+// The commands on the selected cards: align, distribute, centre, one size,
+// copy, cut, paste with its cascade, delete and select by id. One pixel is
+// 0.25 mm on this 200 × 100 mm page.
+#include "editor/ZWEditPage.h"
+#include "editor/ZWLayoutCommands.h"
+#include "template/ZWTemplatePage.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Geometry
+{
+    double x, y, w, h;
+};
+
+struct Fixture
+{
+    ZWTemplatePage page;
+    ZWEditPage edit{page};
+
+    explicit Fixture(const std::vector<Geometry>& cards, double grid = 0.0)
+    {
+        page.properties.width = 200;
+        page.properties.height = 100;
+        page.properties.xgrid = grid;
+        page.properties.ygrid = grid;
+        edit.Mapping().SetDevice(4, 4);
+        edit.Mapping().SetClientSize(1000, 600);
+        int n = 0;
+        for (const Geometry& g : cards) {
+            auto card = std::make_unique<ZWCardControl>();
+            card->x = g.x;
+            card->y = g.y;
+            card->width = g.w;
+            card->height = g.h;
+            card->id = QString::number(n++);
+            page.cards.push_back(std::move(card));
+        }
+    }
+
+    // Selects cards by list index, in the order given.
+    void Select(const std::vector<int>& order)
+    {
+        edit.Selection().Clear();
+        for (int i : order)
+            edit.Selection().AddSelection({}, {}, page.cards[size_t(i)].get());
+    }
+
+    std::vector<Geometry> Cards() const
+    {
+        std::vector<Geometry> out;
+        for (const auto& c : page.cards)
+            out.push_back({c->x, c->y, c->width, c->height});
+        return out;
+    }
+
+    std::vector<QString> Ids() const
+    {
+        std::vector<QString> out;
+        for (const auto& c : page.cards)
+            out.push_back(c->id);
+        return out;
+    }
+};
+
+void ExpectCards(const std::vector<Geometry>& actual, const std::vector<Geometry>& expected)
+{
+    ASSERT_EQ(actual.size(), expected.size());
+    for (size_t i = 0; i < actual.size(); ++i) {
+        EXPECT_DOUBLE_EQ(actual[i].x, expected[i].x) << "card " << i;
+        EXPECT_DOUBLE_EQ(actual[i].y, expected[i].y) << "card " << i;
+        EXPECT_DOUBLE_EQ(actual[i].w, expected[i].w) << "card " << i;
+        EXPECT_DOUBLE_EQ(actual[i].h, expected[i].h) << "card " << i;
+    }
+}
+
+enum class Command {
+    Align,
+    Distribute,
+    Justify,
+    JustifyGroup,
+    SameWidth,
+    SameSize,
+};
+
+struct LayoutCase
+{
+    const char* name;
+    std::vector<Geometry> cards;
+    std::vector<int> selection;
+    Command command;
+    int mode;
+    std::vector<Geometry> expected;
+};
+
+class LayoutTest : public ::testing::TestWithParam<LayoutCase>
+{};
+
+TEST_P(LayoutTest, CardsEndWhereExpected)
+{
+    const LayoutCase& c = GetParam();
+    Fixture f(c.cards);
+    f.Select(c.selection);
+    switch (c.command) {
+    case Command::Align:
+        ZWLayoutCommands::AlignSelectedControls(f.edit, c.mode);
+        break;
+    case Command::Distribute:
+        ZWLayoutCommands::DistributeSelectedControls(f.edit, c.mode);
+        break;
+    case Command::Justify:
+        ZWLayoutCommands::JustifySelectedControls(f.edit, c.mode, false);
+        break;
+    case Command::JustifyGroup:
+        ZWLayoutCommands::JustifySelectedControls(f.edit, c.mode, true);
+        break;
+    case Command::SameWidth:
+        ZWLayoutCommands::ResizeSelectedControls(f.edit, true, false);
+        break;
+    case Command::SameSize:
+        ZWLayoutCommands::ResizeSelectedControls(f.edit, true, true);
+        break;
+    }
+    ExpectCards(f.Cards(), c.expected);
+}
+
+const std::vector<Geometry> threeCards = {{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}};
+
+const LayoutCase layoutCases[] = {
+    {"AlignLeftOnTheLastSelected", threeCards, {0, 1, 2}, Command::Align, 1,
+        {{100, 20, 30, 40}, {100, 20, 10, 10}, {100, 50, 20, 20}}},
+    {"AlignRightEdges", threeCards, {0, 1, 2}, Command::Align, 2,
+        {{90, 20, 30, 40}, {110, 20, 10, 10}, {100, 50, 20, 20}}},
+    {"AlignTop", threeCards, {0, 1, 2}, Command::Align, 4, {{10, 50, 30, 40}, {50, 50, 10, 10}, {100, 50, 20, 20}}},
+    {"AlignBottomEdges", threeCards, {0, 1, 2}, Command::Align, 8,
+        {{10, 30, 30, 40}, {50, 60, 10, 10}, {100, 50, 20, 20}}},
+    {"AlignOnTheReferenceOnlyTouchingTheBottomEndsOnePixelInside",
+        {{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 80, 20, 20}}, {0, 1, 2}, Command::Align, 8,
+        {{10, 59.75, 30, 40}, {50, 89.75, 10, 10}, {100, 80, 20, 20}}},
+    {"AlignWithOneCardChangesNothing", {{-5, 0, 30, 40}}, {0}, Command::Align, 1, {{-5, 0, 30, 40}}},
+    {"UnknownAlignStillClampsToThePage", {{-5, 70, 30, 30}, {170, 20, 30, 10}, {0, 0, 1, 1}}, {0, 1, 2}, Command::Align,
+        3, {{0, 69.75, 30, 30}, {169.75, 20, 30, 10}, {0, 0, 1, 1}}},
+    {"DistributeAcrossEqualGapsInOrderOfX", {{10, 0, 20, 10}, {100, 0, 10, 10}, {40, 0, 30, 10}}, {0, 1, 2},
+        Command::Distribute, 0, {{10, 0, 20, 10}, {100, 0, 10, 10}, {50, 0, 30, 10}}},
+    {"DistributeDownEqualGapsInOrderOfY", {{0, 10, 10, 20}, {0, 60, 10, 5}, {0, 35, 10, 10}}, {0, 1, 2},
+        Command::Distribute, 1, {{0, 10, 10, 20}, {0, 60, 10, 5}, {0, 40, 10, 10}}},
+    {"DistributeTwoCardsLeavesThem", {{10, 0, 20, 10}, {100, 0, 10, 10}}, {1, 0}, Command::Distribute, 0,
+        {{10, 0, 20, 10}, {100, 0, 10, 10}}},
+    {"DistributeOneCardMovesNothing", {{10, 0, 20, 10}}, {0}, Command::Distribute, 0, {{10, 0, 20, 10}}},
+    {"DistributeEqualXKeepsSelectionOrder", {{10, 0, 20, 10}, {10, 0, 40, 10}, {100, 0, 10, 10}}, {1, 0, 2},
+        Command::Distribute, 0, {{65, 0, 20, 10}, {10, 0, 40, 10}, {100, 0, 10, 10}}},
+    {"CentreEachAcross", threeCards, {0, 1}, Command::Justify, 0,
+        {{85, 20, 30, 40}, {95, 20, 10, 10}, {100, 50, 20, 20}}},
+    {"CentreEachDown", threeCards, {0}, Command::Justify, 1, {{10, 30, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}}},
+    {"CentreGroupAcrossKeepsDistances", threeCards, {0, 1}, Command::JustifyGroup, 0,
+        {{75, 20, 30, 40}, {115, 20, 10, 10}, {100, 50, 20, 20}}},
+    {"CentreGroupDownKeepsDistances", threeCards, {0, 1}, Command::JustifyGroup, 1,
+        {{10, 30, 30, 40}, {50, 30, 10, 10}, {100, 50, 20, 20}}},
+    {"CentreWithUnknownModeDoesNothing", threeCards, {0, 1}, Command::Justify, 2, threeCards},
+    {"SameWidthOnly", {{10, 20, 30, 40}, {100, 10, 20, 80}}, {0, 1}, Command::SameWidth, 0,
+        {{10, 20, 20, 40}, {100, 10, 20, 80}}},
+    // Reaching the bottom edge exactly is allowed here; crossing the right
+    // one pulls the card back one pixel inside.
+    {"SameSizeKeepsCardsOnThePage", {{10, 20, 30, 40}, {190, 20, 5, 5}, {100, 10, 20, 80}}, {0, 1, 2},
+        Command::SameSize, 0, {{10, 20, 20, 80}, {179.75, 20, 20, 80}, {100, 10, 20, 80}}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Layout, LayoutTest, ::testing::ValuesIn(layoutCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+struct PasteCase
+{
+    const char* name;
+    double grid;
+    Geometry copied;
+    int pastes;
+    Geometry expected;
+};
+
+class PasteTest : public ::testing::TestWithParam<PasteCase>
+{};
+
+TEST_P(PasteTest, EachPasteLandsOneOffsetFurther)
+{
+    const PasteCase& c = GetParam();
+    Fixture f({c.copied}, c.grid);
+    f.Select({0});
+    ZWLayoutCommands::ControlCopy(f.edit);
+    for (int i = 0; i < c.pastes; ++i)
+        ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
+    ASSERT_EQ(f.page.cards.size(), size_t(1 + c.pastes));
+    const Geometry last = f.Cards().back();
+    EXPECT_DOUBLE_EQ(last.x, c.expected.x);
+    EXPECT_DOUBLE_EQ(last.y, c.expected.y);
+    EXPECT_DOUBLE_EQ(last.w, c.expected.w);
+    EXPECT_DOUBLE_EQ(last.h, c.expected.h);
+    ASSERT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 1);
+    EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), f.page.cards.back().get());
+}
+
+const PasteCase pasteCases[] = {
+    {"ThirtyPixelsWithoutGrid", 0, {10, 20, 30, 40}, 1, {17.5, 27.5, 30, 40}},
+    {"SecondPasteCascades", 0, {10, 20, 30, 40}, 2, {25, 35, 30, 40}},
+    {"OneGridStepWithGrid", 5, {10, 20, 30, 40}, 2, {20, 30, 30, 40}},
+    {"CrossingTheRightEdgeRestartsAtZero", 0, {165, 20, 30, 10}, 1, {0, 27.5, 30, 10}},
+    {"EndingOnTheRightEdgeStays", 0, {162.5, 20, 30, 10}, 1, {170, 27.5, 30, 10}},
+    {"CrossingTheBottomRestartsAtTheTop", 0, {10, 70, 30, 25}, 1, {17.5, 0, 30, 25}},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Paste, PasteTest, ::testing::ValuesIn(pasteCases), [](const auto& info) { return std::string(info.param.name); });
+
+TEST(LayoutCommandsTest, PasteAppendsFreshIdentitiesInSelectionOrder)
+{
+    Fixture f({{10, 20, 30, 40}, {50, 20, 10, 10}});
+    f.Select({1, 0});
+    ZWLayoutCommands::ControlCopy(f.edit);
+    ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
+    ASSERT_EQ(f.page.cards.size(), 4u);
+    EXPECT_DOUBLE_EQ(f.page.cards[2]->x, 57.5);
+    EXPECT_DOUBLE_EQ(f.page.cards[3]->x, 17.5);
+    EXPECT_FALSE(f.page.cards[2]->id.isEmpty());
+    EXPECT_NE(f.page.cards[2]->id, u"1"_qs);
+    EXPECT_NE(f.page.cards[2]->id, f.page.cards[3]->id);
+    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
+}
+
+TEST(LayoutCommandsTest, CutRemovesTheCardsAndPasteBringsThemBack)
+{
+    Fixture f({{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}});
+    f.Select({1});
+    ZWLayoutCommands::ControlCut(f.edit);
+    EXPECT_EQ(f.Ids(), (std::vector<QString>{u"0"_qs, u"2"_qs}));
+    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 0);
+    ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
+    ExpectCards(f.Cards(), {{10, 20, 30, 40}, {100, 50, 20, 20}, {57.5, 27.5, 10, 10}});
+}
+
+TEST(LayoutCommandsTest, CutOfNothingLeavesTheClipboardEmpty)
+{
+    Fixture f({{10, 20, 30, 40}});
+    f.Select({0});
+    ZWLayoutCommands::ControlCopy(f.edit);
+    f.Select({});
+    ZWLayoutCommands::ControlCut(f.edit);
+    EXPECT_TRUE(f.edit.clipboard.empty());
+    EXPECT_FALSE(ZWLayoutCommands::ControlPaste(f.edit));
+    EXPECT_EQ(f.page.cards.size(), 1u);
+}
+
+TEST(LayoutCommandsTest, DeleteKeepsTheOrderOfTheRest)
+{
+    Fixture f({{0, 0, 1, 1}, {1, 1, 1, 1}, {2, 2, 1, 1}, {3, 3, 1, 1}});
+    EXPECT_FALSE(ZWLayoutCommands::DeleteSelectedControls(f.edit));
+    f.Select({2, 0});
+    EXPECT_TRUE(ZWLayoutCommands::DeleteSelectedControls(f.edit));
+    EXPECT_EQ(f.Ids(), (std::vector<QString>{u"1"_qs, u"3"_qs}));
+    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 0);
+}
+
+TEST(LayoutCommandsTest, SelectByIdTakesTheFirstMatchAndIgnoresUnknownIds)
+{
+    Fixture f({{0, 0, 1, 1}, {1, 1, 1, 1}, {2, 2, 1, 1}});
+    f.page.cards[2]->id = u"1"_qs;
+    f.Select({0, 2});
+    EXPECT_FALSE(ZWLayoutCommands::SelectControlById(f.edit, u"nope"_qs));
+    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
+    EXPECT_EQ(ZWLayoutCommands::GetSelectedControl(f.edit), nullptr);
+    EXPECT_TRUE(ZWLayoutCommands::SelectControlById(f.edit, u"1"_qs));
+    EXPECT_EQ(ZWLayoutCommands::GetSelectedControl(f.edit), f.page.cards[1].get());
+}
+
+} // namespace

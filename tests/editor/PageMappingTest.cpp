@@ -1,0 +1,314 @@
+// The designer page's geometry: millimetres to pixels at a zoom and scroll
+// position, zoom modes, orientation, sizes of new cards and grid snapping.
+#include "editor/ZWPageMapping.h"
+#include "template/ZWCardControl.h"
+#include "template/ZWGlobalProperties.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+// A 200 × 100 mm page on a device of 4 pixels per mm in a 1000 × 600 window:
+// at 100 % the page is 800 × 400 pixels with its corner at (100, 100).
+struct Page
+{
+    ZWGlobalProperties props;
+    ZWPageMapping mapping{props};
+
+    Page(double width = 200.0, double height = 100.0, double grid = 0.0)
+    {
+        props.width = width;
+        props.height = height;
+        props.xgrid = grid;
+        props.ygrid = grid;
+        mapping.SetDevice(4.0, 4.0);
+        mapping.SetClientSize(1000, 600);
+    }
+};
+
+struct MappingCase
+{
+    const char* name;
+    double ppm;
+    double pageW, pageH;
+    int clientW, clientH;
+    double zoom;
+    int scrollX, scrollY;
+    double cardX, cardY, cardW, cardH;
+    ZWRect expected;
+};
+
+class CardRectTest : public ::testing::TestWithParam<MappingCase>
+{};
+
+TEST_P(CardRectTest, CardOccupiesExpectedPixels)
+{
+    const MappingCase& c = GetParam();
+    Page page(c.pageW, c.pageH);
+    page.mapping.SetDevice(c.ppm, c.ppm);
+    page.mapping.SetClientSize(c.clientW, c.clientH);
+    page.mapping.SetScrollPosition(c.scrollX, c.scrollY);
+    page.mapping.SetMode(c.zoom);
+    ZWPageMapping::Dimensions d;
+    ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
+    ZWCardControl card;
+    card.x = c.cardX;
+    card.y = c.cardY;
+    card.width = c.cardW;
+    card.height = c.cardH;
+    const ZWRect r = page.mapping.CardRect(card, d);
+    EXPECT_EQ(r.left, c.expected.left);
+    EXPECT_EQ(r.top, c.expected.top);
+    EXPECT_EQ(r.right, c.expected.right);
+    EXPECT_EQ(r.bottom, c.expected.bottom);
+    // Back to millimetres: the left edge within one pixel.
+    EXPECT_NEAR(page.mapping.PixelToMmX(r.left, d), c.cardX, c.pageW / d.pageWidthPx);
+}
+
+const MappingCase mappingCases[] = {
+    {"CentredAtFullSize", 4, 200, 100, 1000, 600, 1.0, 0, 0, 10, 20, 30, 40, {140, 180, 260, 340}},
+    {"CentredAtHalfSize", 4, 200, 100, 1000, 600, 0.5, 0, 0, 10, 20, 30, 40, {320, 240, 380, 320}},
+    {"ScrolledWhenTenTimesLargerThanTheWindow", 4, 200, 100, 1000, 600, 10.0, 500, 300, 10, 20, 30, 40,
+        {-100, 500, 1100, 2100}},
+    {"ScrollPositionIgnoredWhileThePageFits", 4, 200, 100, 1000, 600, 1.0, 500, 300, 10, 20, 30, 40,
+        {140, 180, 260, 340}},
+    {"FitModeUsesTheAbsoluteFactor", 4, 200, 100, 1000, 600, -1.25, 0, 0, 10, 20, 30, 40, {50, 150, 200, 350}},
+    // 96 dpi: the right edge is rounded from the unrounded left edge (9), not
+    // from the rounded one (10).
+    {"RightEdgeRoundedFromTheExactLeftEdge", 3.7795, 210, 297, 800, 600, 1.0, 0, 0, 0.1, 0, 1.5, 1, {4, 0, 9, 4}},
+    {"TallPageStartsAtTheTopScrollPosition", 3.7795, 210, 297, 800, 600, 1.0, 0, 40, 0, 0, 10, 10, {3, -40, 41, -2}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Mapping, CardRectTest, ::testing::ValuesIn(mappingCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(PageMappingTest, FitModeKeepsTheSmallerFactorAndStoresItNegative)
+{
+    Page page; // zx = 1000 / 4 / 200 = 1.25, zy = 600 / 4 / 100 = 1.5
+    EXPECT_TRUE(page.mapping.SetMode(0));
+    double zoom = 0;
+    page.mapping.GetMode(zoom);
+    EXPECT_DOUBLE_EQ(zoom, -1.25);
+    ZWPageMapping::Dimensions d;
+    ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
+    EXPECT_DOUBLE_EQ(d.pageWidthPx, 1000.0);
+    EXPECT_DOUBLE_EQ(d.offsetX, 0.0);
+    EXPECT_DOUBLE_EQ(d.offsetY, 50.0);
+    EXPECT_FALSE(page.mapping.SetMode(0));
+}
+
+TEST(PageMappingTest, FitWithoutDeviceWaitsAndBecomesFullSize)
+{
+    Page page;
+    page.mapping.SetDevice(0, 0);
+    EXPECT_TRUE(page.mapping.SetMode(0));
+    double zoom = 0;
+    page.mapping.GetMode(zoom);
+    EXPECT_EQ(zoom, ZWPageMapping::FitPending);
+    ZWPageMapping::Dimensions d;
+    EXPECT_FALSE(page.mapping.GetTemplateDimensions(d));
+    double w = 0, h = 0;
+    EXPECT_FALSE(page.mapping.GetMinimumControlDimensions(w, h));
+    page.mapping.SetDevice(4, 4);
+    ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
+    page.mapping.GetMode(zoom);
+    EXPECT_EQ(zoom, 1.0);
+    EXPECT_DOUBLE_EQ(d.pageWidthPx, 800.0);
+}
+
+struct ModeCase
+{
+    const char* name;
+    double start;
+    int mode;
+    double expected;
+    bool changed;
+};
+
+class SetModeTest : public ::testing::TestWithParam<ModeCase>
+{};
+
+TEST_P(SetModeTest, StoresTheFactorAndSaysWhetherItChanged)
+{
+    const ModeCase& c = GetParam();
+    Page page;
+    page.mapping.SetMode(c.start);
+    EXPECT_EQ(page.mapping.SetMode(c.mode), c.changed);
+    double zoom = 0;
+    page.mapping.GetMode(zoom);
+    EXPECT_EQ(zoom, c.expected);
+}
+
+const ModeCase modeCases[] = {
+    {"TwoDoubles", 1.0, 2, 2.0, true},
+    {"FourQuadruples", 1.0, 4, 4.0, true},
+    {"ThreeAgainIsNoChange", 3.0, 3, 3.0, false},
+    {"HundredKeepsThePercentage", 1.37, 100, 1.37, false},
+    {"UnknownModeIsFullSize", 2.0, 7, 1.0, true},
+    {"NegativeModeIsFullSize", 1.0, -1, 1.0, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Zoom, SetModeTest, ::testing::ValuesIn(modeCases), [](const auto& info) { return std::string(info.param.name); });
+
+TEST(PageMappingTest, SetModeWithAFactorReportsOnlyRealChanges)
+{
+    Page page;
+    EXPECT_FALSE(page.mapping.SetMode(1.0));
+    EXPECT_TRUE(page.mapping.SetMode(-0.5));
+    EXPECT_FALSE(page.mapping.SetMode(-0.5));
+}
+
+struct OrientationCase
+{
+    const char* name;
+    double width, height;
+    int orientation;
+    bool swapped;
+    double newWidth, newHeight;
+};
+
+class SetOrientationTest : public ::testing::TestWithParam<OrientationCase>
+{};
+
+TEST_P(SetOrientationTest, SwapsSidesOnlyWhenTheyDisagree)
+{
+    const OrientationCase& c = GetParam();
+    Page page(c.width, c.height);
+    EXPECT_EQ(page.mapping.SetOrientation(c.orientation), c.swapped);
+    EXPECT_EQ(page.mapping.GetOrientation(), c.orientation);
+    EXPECT_EQ(page.props.width, c.newWidth);
+    EXPECT_EQ(page.props.height, c.newHeight);
+}
+
+const OrientationCase orientationCases[] = {
+    {"LandscapePageTurnedPortrait", 200, 100, 1, true, 100, 200},
+    {"PortraitPageTurnedLandscape", 100, 200, 0, true, 200, 100},
+    {"LandscapePageStaysLandscape", 200, 100, 0, false, 200, 100},
+    {"SquarePageNeverSwaps", 150, 150, 0, false, 150, 150},
+    {"SquarePageNeverSwapsToPortrait", 150, 150, 1, false, 150, 150},
+};
+
+INSTANTIATE_TEST_SUITE_P(Orientation, SetOrientationTest, ::testing::ValuesIn(orientationCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(PageMappingTest, TurningAFittedPageFitsItAgain)
+{
+    Page page;
+    page.mapping.SetMode(0);
+    EXPECT_TRUE(page.mapping.SetOrientation(1)); // now 100 × 200: zy = 600 / 4 / 200 = 0.75
+    double zoom = 0;
+    page.mapping.GetMode(zoom);
+    EXPECT_DOUBLE_EQ(zoom, -0.75);
+}
+
+TEST(PageMappingTest, MinimumDimensionsAreThePageAtTheZoom)
+{
+    Page page;
+    page.mapping.SetMode(-2.0);
+    double w = 0, h = 0;
+    ASSERT_TRUE(page.mapping.GetMinimumControlDimensions(w, h));
+    EXPECT_DOUBLE_EQ(w, 1600.0);
+    EXPECT_DOUBLE_EQ(h, 800.0);
+}
+
+struct InitialCase
+{
+    const char* name;
+    double grid;
+    QPoint mouse;
+    double x, y, w, h;
+};
+
+class InitialDimensionsTest : public ::testing::TestWithParam<InitialCase>
+{};
+
+TEST_P(InitialDimensionsTest, NewCardLiesOnThePage)
+{
+    const InitialCase& c = GetParam();
+    Page page(200, 100, c.grid);
+    double x = -1, y = -1, w = -1, h = -1;
+    page.mapping.GetInitialControlDimensions(c.mouse, x, y, w, h);
+    EXPECT_DOUBLE_EQ(x, c.x);
+    EXPECT_DOUBLE_EQ(y, c.y);
+    EXPECT_DOUBLE_EQ(w, c.w);
+    EXPECT_DOUBLE_EQ(h, c.h);
+}
+
+// The page spans pixels 100..899 across and 100..499 down.
+const InitialCase initialCases[] = {
+    {"ThirtyPixelsAtTheMouseWithoutGrid", 0, {140, 180}, 10, 20, 7.5, 7.5},
+    {"PulledBackToEndOnTheLastPixel", 0, {890, 480}, 192.25, 92.25, 7.5, 7.5},
+    {"ExactlyFittingAtTheLastPixelStays", 0, {869, 469}, 192.25, 92.25, 7.5, 7.5},
+    {"PushedOntoThePageFromTheLeft", 0, {50, 50}, 0, 0, 7.5, 7.5},
+    {"OneGridStepSnappedToTheGrid", 5, {143, 181}, 10, 20, 5, 5},
+};
+
+INSTANTIATE_TEST_SUITE_P(NewCard, InitialDimensionsTest, ::testing::ValuesIn(initialCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(PageMappingTest, InitialDimensionsWithoutDeviceAreTenMillimetresAtTheOrigin)
+{
+    Page page;
+    page.mapping.SetDevice(0, 0);
+    double x = -1, y = -1, w = -1, h = -1;
+    page.mapping.GetInitialControlDimensions({300, 300}, x, y, w, h);
+    EXPECT_EQ(x, 0.0);
+    EXPECT_EQ(y, 0.0);
+    EXPECT_EQ(w, 10.0);
+    EXPECT_EQ(h, 10.0);
+}
+
+struct AdjustCase
+{
+    const char* name;
+    double grid;
+    double x, w;
+    double expectedX, expectedW;
+};
+
+class AdjustToGridTest : public ::testing::TestWithParam<AdjustCase>
+{};
+
+// One pixel is 0.25 mm here.
+TEST_P(AdjustToGridTest, EdgesWithinOnePixelOfALineGoOnIt)
+{
+    const AdjustCase& c = GetParam();
+    Page page(200, 100, c.grid);
+    ZWPageMapping::Dimensions d;
+    ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
+    ZWCardControl card;
+    card.x = c.x;
+    card.width = c.w;
+    card.y = c.x;
+    card.height = c.w;
+    page.mapping.IntelligentAdjustToGrid(card, d);
+    EXPECT_DOUBLE_EQ(card.x, c.expectedX);
+    EXPECT_DOUBLE_EQ(card.width, c.expectedW);
+    EXPECT_DOUBLE_EQ(card.y, c.expectedX);
+    EXPECT_DOUBLE_EQ(card.height, c.expectedW);
+}
+
+const AdjustCase adjustCases[] = {
+    {"BothEdgesPulledOntoTheGrid", 5, 5.2, 10.1, 5, 10},
+    {"ExactlyOnePixelAwayStays", 5, 5.25, 9.5, 5.25, 9.5},
+    {"NearEdgeFarAwayOnlyFarEdgeSnaps", 5, 5.3, 9.8, 5.3, 9.7},
+    {"NoGridNoChange", 0, 5.2, 10.1, 5.2, 10.1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Grid, AdjustToGridTest, ::testing::ValuesIn(adjustCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(PageMappingTest, PressedPointSnapsToTheNearestDotOnThePage)
+{
+    Page page(200, 100, 5);
+    ZWPageMapping::Dimensions d;
+    ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
+    EXPECT_EQ(page.mapping.SnapPointToGrid({143, 181}, d), QPoint(140, 180));
+    EXPECT_EQ(page.mapping.SnapPointToGrid({90, 95}, d), QPoint(100, 100));
+    EXPECT_EQ(page.mapping.SnapPointToGrid({150, 130}, d), QPoint(160, 140)); // ties away from zero
+}
+
+} // namespace

@@ -1,0 +1,193 @@
+// The selection and the handle zones of a card: which zone a point is in,
+// the cursor and the fixed corner of each, and how a resize step moves the
+// free edges.
+#include "editor/ZWHandleZones.h"
+#include "editor/ZWSelection.h"
+#include "template/ZWCardControl.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using Cursor = ZWHandleZones::Cursor;
+
+struct ZoneCase
+{
+    const char* name;
+    QPoint point;
+    int style;
+};
+
+class HandleZoneTest : public ::testing::TestWithParam<ZoneCase>
+{};
+
+// The card spans x 100..199 and y 100..159 (right and bottom excluded).
+TEST_P(HandleZoneTest, PointFallsInItsZone)
+{
+    ZWCardControl card;
+    const ZWRect rect{100, 100, 200, 160};
+    EXPECT_EQ(ZWHandleZones::GetDraggingStyle(&card, GetParam().point, rect), GetParam().style);
+}
+
+const ZoneCase zoneCases[] = {
+    {"TopLeftCorner", {100, 100}, 9},
+    {"TopLeftArmEndsAtTenPixels", {109, 102}, 9},
+    {"PastTheTopLeftArmIsTheTopEdge", {110, 100}, 8},
+    {"TopLeftDownArmEndsAtSixPixels", {102, 105}, 9},
+    {"BelowTheTopLeftDownArmIsTheLeftEdge", {102, 106}, 1},
+    {"BottomLeftCorner", {100, 159}, 5},
+    {"BottomLeftArm", {109, 157}, 5},
+    {"BottomLeftUpArm", {102, 154}, 5},
+    {"AboveTheBottomLeftUpArmIsTheLeftEdge", {102, 153}, 1},
+    {"TopRightCorner", {199, 100}, 10},
+    {"TopRightArm", {190, 102}, 10},
+    {"LeftOfTheTopRightArmIsTheTopEdge", {189, 100}, 8},
+    {"TopRightDownArm", {197, 105}, 10},
+    {"BelowTheTopRightDownArmIsTheRightEdge", {197, 106}, 2},
+    {"BottomRightCorner", {199, 159}, 6},
+    {"BottomEdge", {150, 157}, 4},
+    {"JustAboveTheBottomEdgeMoves", {150, 156}, 15},
+    {"JustBelowTheTopEdgeMoves", {150, 103}, 15},
+    {"JustRightOfTheLeftEdgeMoves", {103, 130}, 15},
+    {"JustLeftOfTheRightEdgeMoves", {196, 130}, 15},
+    {"RightEdge", {197, 130}, 2},
+};
+
+INSTANTIATE_TEST_SUITE_P(Zones, HandleZoneTest, ::testing::ValuesIn(zoneCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(HandleZonesTest, NoCardHasNoZone)
+{
+    EXPECT_EQ(ZWHandleZones::GetDraggingStyle(nullptr, {100, 100}, ZWRect{100, 100, 200, 160}), 0);
+}
+
+struct StyleCase
+{
+    const char* name;
+    int style;
+    Cursor drag;
+    Cursor hover;
+    bool anchored;
+    QPoint anchor;
+};
+
+class StyleTableTest : public ::testing::TestWithParam<StyleCase>
+{};
+
+TEST_P(StyleTableTest, CursorsAndFixedCorner)
+{
+    const StyleCase& c = GetParam();
+    EXPECT_EQ(ZWHandleZones::DragCursor(c.style), c.drag);
+    EXPECT_EQ(ZWHandleZones::HoverCursor(c.style), c.hover);
+    QPoint anchor(-7, -7);
+    EXPECT_EQ(ZWHandleZones::AnchorFor(c.style, ZWRect{10, 20, 30, 40}, anchor), c.anchored);
+    EXPECT_EQ(anchor, c.anchored ? c.anchor : QPoint(-7, -7));
+}
+
+const StyleCase styleCases[] = {
+    {"LeftEdgeKeepsTopRight", 1, Cursor::SizeWestEast, Cursor::SizeWestEast, true, {30, 20}},
+    {"RightEdgeKeepsTopLeft", 2, Cursor::SizeWestEast, Cursor::SizeWestEast, true, {10, 20}},
+    {"BottomEdgeKeepsTopLeft", 4, Cursor::SizeNorthSouth, Cursor::SizeNorthSouth, true, {10, 20}},
+    {"TopEdgeKeepsBottomLeft", 8, Cursor::SizeNorthSouth, Cursor::SizeNorthSouth, true, {10, 40}},
+    {"BottomLeftKeepsTopRight", 5, Cursor::SizeNorthEastSouthWest, Cursor::SizeNorthEastSouthWest, true, {30, 20}},
+    {"TopRightKeepsBottomLeft", 10, Cursor::SizeNorthEastSouthWest, Cursor::SizeNorthEastSouthWest, true, {10, 40}},
+    {"BottomRightKeepsTopLeft", 6, Cursor::SizeNorthWestSouthEast, Cursor::SizeNorthWestSouthEast, true, {10, 20}},
+    {"TopLeftKeepsBottomRight", 9, Cursor::SizeNorthWestSouthEast, Cursor::SizeNorthWestSouthEast, true, {30, 40}},
+    {"MoveHasNoFixedCorner", 15, Cursor::Moving, Cursor::OverCard, false, {}},
+    {"NotResizableMoves", 0, Cursor::Moving, Cursor::OverCard, false, {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Styles, StyleTableTest, ::testing::ValuesIn(styleCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+struct ResizeCase
+{
+    const char* name;
+    int style;
+    QPoint delta;
+    ZWRect expected;
+};
+
+class ResizeStepTest : public ::testing::TestWithParam<ResizeCase>
+{};
+
+TEST_P(ResizeStepTest, MovesTheFreeEdgesAndNormalises)
+{
+    const ResizeCase& c = GetParam();
+    ZWCardControl card;
+    ZWSelection selection;
+    const ZWRect rect{100, 100, 200, 160};
+    QPoint anchor;
+    ZWHandleZones::AnchorFor(c.style, rect, anchor);
+    selection.AddSelection(rect, anchor, &card);
+    selection.ActualizeResizeDraggingRect(c.delta);
+    EXPECT_EQ(selection.GetDraggingRect(0), c.expected);
+}
+
+const ResizeCase resizeCases[] = {
+    {"RightEdgeOut", 2, {15, 0}, {100, 100, 215, 160}},
+    {"LeftEdgeIn", 1, {15, 0}, {115, 100, 200, 160}},
+    {"TopEdgeUp", 8, {0, -20}, {100, 80, 200, 160}},
+    {"BottomRightBoth", 6, {5, 7}, {100, 100, 205, 167}},
+    {"TopLeftBoth", 9, {5, 7}, {105, 107, 200, 160}},
+    {"RightEdgeDraggedPastTheLeftFlips", 2, {-130, 0}, {70, 100, 100, 160}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Resize, ResizeStepTest, ::testing::ValuesIn(resizeCases),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(SelectionTest, TargetEdgeIsTheOneAwayFromTheAnchor)
+{
+    ZWCardControl a, b;
+    ZWSelection selection;
+    EXPECT_EQ(selection.GetTargetX(), 0);
+    selection.AddSelection({100, 100, 200, 160}, {200, 160}, &a); // top-left handle
+    selection.AddSelection({300, 50, 350, 120}, {350, 120}, &b);
+    EXPECT_EQ(selection.GetTargetX(), 100);
+    EXPECT_EQ(selection.GetTargetY(), 50);
+    selection.GetAnclePoint(0) = QPoint(100, 100); // bottom-right handle
+    EXPECT_EQ(selection.GetTargetX(), 350);
+    EXPECT_EQ(selection.GetTargetY(), 160);
+}
+
+TEST(SelectionTest, GlobalRectSkipsEmptyRectanglesAndPrefersTheBand)
+{
+    ZWCardControl a, b, c;
+    ZWSelection selection;
+    selection.AddSelection({}, {}, &a);
+    selection.AddSelection({100, 100, 200, 160}, {}, &b);
+    selection.AddSelection({50, 120, 150, 300}, {}, &c);
+    ZWRect g;
+    selection.CalculateGlobalRect(g);
+    EXPECT_EQ(g, (ZWRect{50, 100, 200, 300}));
+    selection.band = {1, 2, 3, 4};
+    selection.CalculateGlobalRect(g);
+    EXPECT_EQ(g, (ZWRect{1, 2, 3, 4}));
+    selection.band.top = -1;
+    EXPECT_TRUE(selection.IsRectUndefined());
+}
+
+TEST(SelectionTest, OutOfRangeAccessIsHarmless)
+{
+    ZWCardControl a, b;
+    ZWSelection selection;
+    EXPECT_FALSE(selection.IsLastSelected(&a));
+    EXPECT_FALSE(selection.IsLastSelected(nullptr));
+    selection.AddSelection({1, 1, 5, 5}, {1, 1}, &a);
+    selection.AddSelection({2, 2, 6, 6}, {2, 2}, &b);
+    EXPECT_EQ(selection.GetSelectedControl(2), nullptr);
+    EXPECT_EQ(selection.GetSelectedControl(-1), nullptr);
+    EXPECT_FALSE(selection.Delete(2));
+    EXPECT_TRUE(selection.IsLastSelected(&b));
+    EXPECT_TRUE(selection.Delete(0));
+    EXPECT_EQ(selection.Find(&b), 0);
+    EXPECT_EQ(selection.GetDraggingRect(0), (ZWRect{2, 2, 6, 6}));
+    EXPECT_EQ(selection.GetDraggingRect(5), ZWRect());
+    selection.Clear();
+    EXPECT_EQ(selection.GetNumberOfSelectedControls(), 0);
+    EXPECT_TRUE(selection.IsRectUndefined());
+}
+
+} // namespace
