@@ -14,6 +14,7 @@ protected:
     struct Result
     {
         int status = -1;
+        QString out;
         QString err;
     };
 
@@ -35,6 +36,7 @@ protected:
         EXPECT_TRUE(process.waitForFinished(60000)) << args.join(QLatin1Char(' ')).toStdString();
         Result r;
         r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+        r.out = QString::fromUtf8(process.readAllStandardOutput());
         r.err = QString::fromUtf8(process.readAllStandardError());
         return r;
     }
@@ -66,6 +68,35 @@ TEST_F(ViewerCommands, ScreenshotOfTheViewer)
         for (int x = 0; x < image.width(); x += 4)
             white += image.pixel(x, y) == qRgb(255, 255, 255);
     EXPECT_GT(white, 1000);
+}
+
+TEST_F(ViewerCommands, ADateOnABoundaryShowsTheUnitBeforeItAsTheOtherCommandsDo)
+{
+    ASSERT_EQ(Run({QStringLiteral("demo-db"), QStringLiteral("--db"), Db(), QStringLiteral("--months"),
+                      QStringLiteral("1"), QStringLiteral("--step"), QStringLiteral("15m")})
+                  .status,
+        0);
+    const QString png = m_dir.filePath(QStringLiteral("shot.png"));
+    struct Case
+    {
+        const char* unit;
+        const char* date;
+        const char* period;
+    } cases[] = {
+        {"month", "2025-10-01T00:00:00", "period 2025-09-01T00:00:00 2025-10-01T00:00:00"},
+        {"month", "2025-10-01T00:00:01", "period 2025-10-01T00:00:00 2025-11-01T00:00:00"},
+        {"day", "2025-03-05T00:00:00", "period 2025-03-04T00:00:00 2025-03-05T00:00:00"},
+        {"year", "2025-01-01T00:00:00", "period 2024-01-01T00:00:00 2025-01-01T00:00:00"},
+    };
+    for (const Case& c : cases) {
+        const Result r
+            = Run({QStringLiteral("screenshot"), Report(), QStringLiteral("--db"), Db(), QStringLiteral("--unit"),
+                QString::fromLatin1(c.unit), QStringLiteral("--date"), QString::fromLatin1(c.date),
+                QStringLiteral("--size"), QStringLiteral("400x300"), QStringLiteral("-o"), png});
+        ASSERT_EQ(r.status, 0) << r.err.toStdString();
+        EXPECT_TRUE(r.out.contains(QString::fromLatin1(c.period))) << c.unit << " " << c.date << "\n"
+                                                                   << r.out.toStdString();
+    }
 }
 
 TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
