@@ -3,12 +3,11 @@
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWToken.h"
 #include "host/core/ZWLoadString.h"
-#include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWProgress.h"
-#include "host/core/ZWSettingsKeys.h"
 #include "host/core/ZWSimpleXml.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWFormat.h"
+#include "viewer/ZWReportFiles.h"
 
 #include <QFileInfo>
 
@@ -27,13 +26,7 @@ ZWReportData::~ZWReportData() = default;
 
 bool ZWReportData::GetDesign(QString& name)
 {
-    if (name.isEmpty()) {
-        const QString last = ZWMarentaSetup::instance().OpenSettings()->value(ZWSettingsKeys::LastInforme).toString();
-        if (!last.isEmpty())
-            name = ZWMarentaSetup::instance().GetReportDirectory() + last + QStringLiteral(".XRPT");
-    } else if (!name.contains(QLatin1Char('/')) && !name.endsWith(QLatin1String(".XRPT"), Qt::CaseInsensitive)) {
-        name = ZWMarentaSetup::instance().GetReportDirectory() + name + QStringLiteral(".XRPT");
-    }
+    name = ZWReportFiles::ReportPath(name.isEmpty() ? ZWReportFiles::LastReport() : name);
     m_design.Reset();
     m_designError.clear();
     if (!name.isEmpty() && m_design.Load(name))
