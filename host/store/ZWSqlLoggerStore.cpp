@@ -326,6 +326,7 @@ bool ZWSqlLoggerStore::PeriodValuesUtc(
         switch (item.reduction) {
         case ZWLoggerReduction::First:
         case ZWLoggerReduction::Last:
+        case ZWLoggerReduction::Hours:
             add(vs, item.variable.id);
             break;
         case ZWLoggerReduction::Delta:

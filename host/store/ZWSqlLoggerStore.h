@@ -18,7 +18,7 @@ class ZWSqlLoggerConnection;
 //
 // Names: "device.variable" (the whole text as stored; it may hold blanks,
 // dots, quotes, brackets and colons), optionally followed by ":REDUCTION"
-// with REDUCTION one of avg, min, max, sum, first, last, count, delta. A name
+// with REDUCTION one of avg, min, max, sum, first, last, count, delta, hours. A name
 // that is itself a stored variable is taken whole, so a variable whose own
 // name ends in ":max" is still found.
 //
@@ -26,6 +26,8 @@ class ZWSqlLoggerConnection;
 // ZWLocalTime:
 // - avg (a gauge's default): the mean of the samples with start <= t < end;
 // - min, max, sum, count, first, last: of those samples;
+// - hours: the time in hours that delta's increase spans (from the sample it
+//   starts at to the one it ends at): energy / hours is the mean power;
 // - delta (a counter's default): the increase from the last sample at or
 //   before start to the last one at or before end, a sample below the one
 //   before it counting as a meter reset whose reading is itself increase;
