@@ -3,6 +3,7 @@
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWToken.h"
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWLocale.h"
 #include "host/core/ZWProgress.h"
 #include "host/core/ZWSimpleXml.h"
 #include "template/ZWCardFormule.h"
@@ -14,6 +15,11 @@
 namespace {
 
 const QString kDefaultDateFormat = QStringLiteral("dd/MM/yyyy hh:mm:ss");
+
+QString ShortDateTime(const ZWDateTime& t)
+{
+    return LocaleInformationWide().locale.toString(t.ToLocalQDateTime(), QLocale::ShortFormat);
+}
 
 } // namespace
 
@@ -125,9 +131,15 @@ bool ZWReportData::SetupDataWork(bool reload, ZWProgress* progress)
     m_error.clear();
     bool ok = true;
     if (reload && m_loggerData) {
+        m_notice.clear();
         if (!m_loggerData->SelectData(m_period.Start(), m_period.End(), progress)) {
             m_error = m_loggerData->LastError();
             ok = false;
+        } else if (m_info.GetCount() > 0) {
+            if (m_loggerData->StoreHoldsNoVariables())
+                m_notice = ZWLoadString(35150);
+            else if (!m_loggerData->HasAnyValue())
+                m_notice = ZWLoadString(35151).arg(ShortDateTime(m_period.Start()), ShortDateTime(m_period.End()));
         }
     }
     GetDatabaseValues(m_values, progress);

@@ -50,15 +50,21 @@ public:
         Kind kind = Kind::Gauge;
     };
 
-    explicit ZWSqlLoggerStore(const ZWLoggerUrl& url);
+    // Whether opening may make a new database: a missing SQLite file, the
+    // tables of an empty database. Only the writers that fill a database
+    // (import, demo data) ask for it; readers open what exists.
+    enum class Creation { OpenExisting, CreateMissing };
+
+    explicit ZWSqlLoggerStore(const ZWLoggerUrl& url, Creation creation = Creation::OpenExisting);
     ~ZWSqlLoggerStore() override;
 
-    // Opens the database on the calling thread, creating a missing SQLite
-    // file and missing tables, and reads the variable list.
+    // Opens the database on the calling thread (with CreateMissing creating
+    // a missing SQLite file and missing tables) and reads the variable list.
     bool Open(QString* error);
     const ZWLoggerUrl& Url() const { return m_url; }
 
     bool HasVariable(const QString& name) override;
+    bool HoldsNoVariables() override;
     bool LiveValue(const QString& name, double& value) override;
     bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
         std::vector<double>& values, ZWProgress* progress, QString* error) override;
@@ -89,6 +95,7 @@ private:
     std::optional<Variable> Lookup(const QString& name);
 
     const ZWLoggerUrl m_url;
+    const Creation m_creation;
     const quint64 m_id;
     std::atomic<bool> m_schemaReady{false};
     std::atomic<int> m_periodQueries{0};

@@ -6,6 +6,7 @@
 #include <QString>
 
 class QAction;
+class QLabel;
 class QMenu;
 class QToolBar;
 class QToolButton;
@@ -90,6 +91,7 @@ private:
     QString m_reportName;
     ZWViewReportFrame* m_frame = nullptr;
     QToolBar* m_toolBar = nullptr;
+    QLabel* m_notice = nullptr;
     QAction* m_previous = nullptr;
     QAction* m_next = nullptr;
     QAction* m_goTo = nullptr;

@@ -133,6 +133,24 @@ TEST_F(MonthlyReport, ValueDocumentAndItsFailures)
         = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
             QStringLiteral("--db"), QStringLiteral("postgresql://nobody@127.0.0.1:1/none?connect_timeout=2")});
     EXPECT_EQ(badDb.status, 1) << badDb.err.toStdString();
+    // A period without any logged data says so beside its value document.
+    const Result empty
+        = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
+            QStringLiteral("--db"), m_db, QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"),
+            QStringLiteral("2025-06-10T00:00:00"), QStringLiteral("--now"), QStringLiteral("2026-11-21T10:00:00")});
+    EXPECT_EQ(empty.status, 0);
+    EXPECT_TRUE(empty.err.contains(QStringLiteral("No logged data between 6/1/25 12:00 AM and 7/1/25 12:00 AM.")))
+        << empty.err.toStdString();
+    EXPECT_FALSE(values.err.contains(QStringLiteral("No logged data"))) << values.err.toStdString();
+
+    // A mistyped database path is said to be one; no empty database is made.
+    const QString typo = m_dir.filePath(QStringLiteral("sites.sqlite"));
+    const Result missingDb
+        = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
+            QStringLiteral("--db"), QStringLiteral("sqlite:") + typo});
+    EXPECT_EQ(missingDb.status, 1);
+    EXPECT_TRUE(missingDb.err.contains(QStringLiteral("the file does not exist"))) << missingDb.err.toStdString();
+    EXPECT_FALSE(QFile::exists(typo));
     const Result badUnit = Zw(
         {QStringLiteral("values"), QStringLiteral("x.XRPT"), QStringLiteral("--unit"), QStringLiteral("fortnight")});
     EXPECT_EQ(badUnit.status, 2);

@@ -1,6 +1,7 @@
 // The commands gui, view and the hidden screenshot of the zwinformes program.
 #include "tests/support/ZWTestSupport.h"
 
+#include <QFileInfo>
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -42,6 +43,14 @@ protected:
     }
 
     QString Db() const { return QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("demo.sqlite")); }
+    // A small logger database at Db(), made as a user makes one.
+    void MakeDb()
+    {
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("a.csv")), "time,A.b\n2025-01-01T00:00:00Z,1\n"));
+        const Result r
+            = Run({QStringLiteral("import"), QStringLiteral("--db"), Db(), m_dir.filePath(QStringLiteral("a.csv"))});
+        ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    }
     static QString Report() { return zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")); }
 
     QTemporaryDir m_dir;
@@ -102,6 +111,14 @@ TEST_F(ViewerCommands, ADateOnABoundaryShowsTheUnitBeforeItAsTheOtherCommandsDo)
 TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
 {
     const QString png = m_dir.filePath(QStringLiteral("x.png"));
+    const QString typo = QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("typo/demo.sqlite"));
+    {
+        const Result r = Run({QStringLiteral("view"), Report(), QStringLiteral("--db"), typo});
+        EXPECT_EQ(r.status, 1) << r.err.toStdString();
+        EXPECT_TRUE(r.err.contains(QStringLiteral("the file does not exist"))) << r.err.toStdString();
+        EXPECT_FALSE(QFileInfo::exists(m_dir.filePath(QStringLiteral("typo"))));
+    }
+    MakeDb();
     struct Case
     {
         QStringList args;

@@ -423,7 +423,7 @@ TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
     ZWLoggerUrl url;
     QString error;
     ASSERT_TRUE(url.Parse(server->NewDatabaseUrl(), &error));
-    ZWSqlLoggerStore store(url);
+    ZWSqlLoggerStore store(url, ZWSqlLoggerStore::Creation::CreateMissing);
     ASSERT_TRUE(store.Open(&error)) << error.toStdString();
     {
         ZWLoggerWriter writer(store);
