@@ -85,7 +85,7 @@ bool Prepare(Setup& s)
     QString error;
     if (!url.Parse(QStringLiteral("sqlite:") + s.dir.filePath(QStringLiteral("demo.sqlite")), &error))
         return false;
-    auto store = std::make_shared<ZWSqlLoggerStore>(url);
+    auto store = std::make_shared<ZWSqlLoggerStore>(url, ZWSqlLoggerStore::Creation::CreateMissing);
     if (!store->Open(&error)) {
         std::fprintf(stderr, "%s\n", qPrintable(error));
         return false;

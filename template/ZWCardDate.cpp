@@ -30,6 +30,8 @@ std::unique_ptr<ZWCardControl> ZWCardDate::GetClone() const
 
 QString ZWCardDate::GetDrawText() const
 {
+    if (filled)
+        return value;
     ZWDateTime date;
     if (!String2DateTime(date, value))
         return value;

@@ -16,10 +16,15 @@ public:
     bool GetFromXml(const XmlDocument::XmlNode& element) override;
     std::unique_ptr<ZWCardControl> GetClone() const override;
     // The value read as a date and written by the pattern; a value that is
-    // no date is shown as it stands.
+    // no date is shown as it stands. A card filled with a report's date text
+    // shows that text unchanged.
     QString GetDrawText() const override;
 
     static constexpr const char* DefaultFormat = "dd/MM/yyyy hh:mm:ss";
 
     QString format = QString::fromLatin1(DefaultFormat);
+    // Set when `value` holds a date already written by the pattern (the
+    // viewer's value document): reading it back as a date could swap day
+    // and month. Not stored in the file.
+    bool filled = false;
 };

@@ -3,6 +3,7 @@
 #include "host/core/ZWMath.h"
 
 #include <QPainter>
+#include <QPainterPath>
 #include <cmath>
 
 tagDraw ZWPageRenderer::MakeDraw(const QPaintDevice* device, const ZWGlobalProperties& properties, double zoom,
@@ -42,9 +43,38 @@ void ZWPageRenderer::DrawBackground(
         = [](double v) { return int(std::clamp(v, -double(ZWRect::MaxExtent), double(ZWRect::MaxExtent))); };
     const ZWRect page{
         edge(draw.left), edge(draw.top), edge(draw.left + draw.pageWidthPx), edge(draw.top + draw.pageHeightPx)};
-    dc.fillRect(page.ToQRect(), Qt::white);
-    dc.restore();
+    const QPainterPath rounded = RoundedPage(draw, page.ToQRect());
+    if (rounded.isEmpty()) {
+        dc.fillRect(page.ToQRect(), Qt::white);
+        dc.restore();
+        properties.background->Draw(dc, draw);
+        return;
+    }
+    // Rounded corners: the out colour shows beyond them, the background
+    // picture stays inside, and an outline draws them where the paper
+    // around is white too.
+    dc.setRenderHint(QPainter::Antialiasing, true);
+    dc.fillPath(rounded, Qt::white);
+    dc.save();
+    dc.setClipPath(rounded, Qt::IntersectClip);
     properties.background->Draw(dc, draw);
+    dc.restore();
+    QPen outline(QColor(128, 128, 128));
+    outline.setCosmetic(true);
+    dc.strokePath(rounded, outline);
+    dc.restore();
+}
+
+QPainterPath ZWPageRenderer::RoundedPage(const tagDraw& draw, const QRect& page)
+{
+    QPainterPath path;
+    const double rx = std::min(std::fabs(draw.roundWidthPx), double(page.width())) * 0.5;
+    const double ry = std::min(std::fabs(draw.roundHeightPx), double(page.height())) * 0.5;
+    if (!(rx >= 0.5 && ry >= 0.5) || page.isEmpty())
+        return path;
+    // Half a pixel in, so that the outline's pixels lie on the page.
+    path.addRoundedRect(QRectF(page).adjusted(0.5, 0.5, -0.5, -0.5), rx, ry);
+    return path;
 }
 
 void ZWPageRenderer::DrawCards(

@@ -7,6 +7,7 @@
 #include <QRect>
 
 class QPainter;
+class QPainterPath;
 class QPaintDevice;
 
 // Drawing a whole page: the placement of the page on a device at a zoom,
@@ -21,7 +22,8 @@ public:
     static tagDraw MakeDraw(const QPaintDevice* device, const ZWGlobalProperties& properties, double zoom,
         const QRect& target, int scrollX = 0, int scrollY = 0);
     // The out colour over `clip` (unless it is ZW_NO_COLOR), the page white,
-    // then the page's background card.
+    // then the page's background card; a page with rounded corners is
+    // filled, clipped and outlined as its rounded rectangle.
     static void DrawBackground(
         QPainter& dc, const tagDraw& draw, const ZWGlobalProperties& properties, quint32 outColor, const QRect& clip);
     // Every card of layer 0 in list order, then every card of layer 1, and so
@@ -36,6 +38,9 @@ public:
     // the page does (null as for RenderPage).
     static QImage PageImage(const ZWGlobalProperties& properties, double dpi);
     static QSize PageSize(const ZWGlobalProperties& properties, double dpi);
+    // The rounded outline of the page filling `page` on the device; empty
+    // for square corners.
+    static QPainterPath RoundedPage(const tagDraw& draw, const QRect& page);
 
     static constexpr qint64 MaxPixels = 200'000'000;
 };

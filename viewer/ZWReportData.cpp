@@ -3,19 +3,24 @@
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWToken.h"
 #include "host/core/ZWLoadString.h"
-#include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWLocale.h"
 #include "host/core/ZWProgress.h"
-#include "host/core/ZWSettingsKeys.h"
 #include "host/core/ZWSimpleXml.h"
 #include "host/core/ZWTextId.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWFormat.h"
+#include "viewer/ZWReportFiles.h"
 
 #include <QFileInfo>
 
 namespace {
 
 const QString kDefaultDateFormat = QStringLiteral("dd/MM/yyyy hh:mm:ss");
+
+QString ShortDateTime(const ZWDateTime& t)
+{
+    return LocaleInformationWide().locale.toString(t.ToLocalQDateTime(), QLocale::ShortFormat);
+}
 
 } // namespace
 
@@ -28,13 +33,7 @@ ZWReportData::~ZWReportData() = default;
 
 bool ZWReportData::GetDesign(QString& name)
 {
-    if (name.isEmpty()) {
-        const QString last = ZWMarentaSetup::instance().OpenSettings()->value(ZWSettingsKeys::LastInforme).toString();
-        if (!last.isEmpty())
-            name = ZWMarentaSetup::instance().GetReportDirectory() + last + QStringLiteral(".XRPT");
-    } else if (!name.contains(QLatin1Char('/')) && !name.endsWith(QLatin1String(".XRPT"), Qt::CaseInsensitive)) {
-        name = ZWMarentaSetup::instance().GetReportDirectory() + name + QStringLiteral(".XRPT");
-    }
+    name = ZWReportFiles::ReportPath(name.isEmpty() ? ZWReportFiles::LastReport() : name);
     m_design.Reset();
     m_designError.clear();
     if (!name.isEmpty() && m_design.Load(name))
@@ -133,9 +132,16 @@ bool ZWReportData::SetupDataWork(bool reload, ZWProgress* progress)
     m_error.clear();
     bool ok = true;
     if (reload && m_loggerData) {
+        m_notice.clear();
         if (!m_loggerData->SelectData(m_period.Start(), m_period.End(), progress)) {
             m_error = m_loggerData->LastError();
             ok = false;
+        } else if (m_info.GetCount() > 0) {
+            if (m_loggerData->StoreHoldsNoVariables())
+                m_notice = ZWLoadString(ZWTextId::NoVariables);
+            else if (!m_loggerData->HasAnyValue())
+                m_notice = ZWLoadString(ZWTextId::NoLoggedData)
+                               .arg(ShortDateTime(m_period.Start()), ShortDateTime(m_period.End()));
         }
     }
     GetDatabaseValues(m_values, progress);

@@ -60,6 +60,10 @@ public:
     bool SetupDataWork(bool reload, ZWProgress* progress);
     const QByteArray& ValueDocument() const { return m_values; }
     QString LastError() const { return m_error; }
+    // What the last selection found that the values alone do not tell: the
+    // database holds no variables, or none of the report's variables has
+    // data in the period. Empty when there is nothing to say.
+    QString Notice() const { return m_notice; }
 
     // The value document for the current period into `out`.
     bool GetDatabaseValues(QByteArray& out, ZWProgress* progress);
@@ -81,4 +85,5 @@ private:
     ZWDateTime m_now;
     QByteArray m_values;
     QString m_error;
+    QString m_notice;
 };

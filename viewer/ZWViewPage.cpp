@@ -108,6 +108,15 @@ bool IsTextKind(const QString& name)
     return name == QLatin1String("label") || name == QLatin1String("date") || name == QLatin1String("formule");
 }
 
+// A text card takes the value document's text; a date card shows it as it
+// stands, since it is the report's date already written by the pattern.
+void SetText(ZWCardControl& card, const QString& text)
+{
+    static_cast<ZWCardLabel&>(card).value = text;
+    if (card.IsKindOf("ZWCardDate"))
+        static_cast<ZWCardDate&>(card).filled = true;
+}
+
 bool KindMatches(const QString& name, const ZWCardControl& card)
 {
     if (name == QLatin1String("label"))
@@ -133,7 +142,7 @@ bool ZWViewPage::RechargeValue(ZWCardControl* card, const XmlDocument::XmlNode& 
     } else if (IsTextKind(name) && KindMatches(name, *card)) {
         const XmlDocument::XmlNode value = element.Node(QStringLiteral("/value"));
         if (!value.IsNull())
-            static_cast<ZWCardLabel*>(card)->value = value.Text();
+            SetText(*card, value.Text());
     } else if (name == QLatin1String("conditioned") && card->IsKindOf("ZWCardConditioned")) {
         auto* conditioned = static_cast<ZWCardConditioned*>(card);
         XmlDocument::XmlNode chosen;
@@ -153,7 +162,7 @@ bool ZWViewPage::RechargeValue(ZWCardControl* card, const XmlDocument::XmlNode& 
                     if (!value.IsNull())
                         ReplacePicture(static_cast<ZWCardImage&>(*alternative), chosen);
                 } else if (!value.IsNull()) {
-                    static_cast<ZWCardLabel*>(alternative)->value = value.Text();
+                    SetText(*alternative, value.Text());
                 }
             }
         }

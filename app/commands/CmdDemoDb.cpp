@@ -78,7 +78,7 @@ int RunDemoDb(const QStringList& args)
         options.endUtc = until.toSecsSinceEpoch();
     }
 
-    ZWLoggerDatabase::Opened opened = ZWLoggerDatabase::OpenConfigured();
+    ZWLoggerDatabase::Opened opened = ZWLoggerDatabase::OpenConfigured(ZWSqlLoggerStore::Creation::CreateMissing);
     if (opened.badAddress)
         return cl.UsageError(opened.error);
     QString error = opened.error;

@@ -30,7 +30,7 @@ int RunImport(const QStringList& args)
     if (p.positionalArguments().size() != 1)
         return cl.UsageError(QStringLiteral("give one CSV file"));
 
-    ZWLoggerDatabase::Opened opened = ZWLoggerDatabase::OpenConfigured();
+    ZWLoggerDatabase::Opened opened = ZWLoggerDatabase::OpenConfigured(ZWSqlLoggerStore::Creation::CreateMissing);
     if (opened.badAddress)
         return cl.UsageError(opened.error);
     if (!opened) {

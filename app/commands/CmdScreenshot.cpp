@@ -78,7 +78,9 @@ int Run(const QStringList& args)
         Err() << "zwinformes screenshot: cannot write " << cl.Parser().value(out) << "\n";
         return ExitFailed;
     }
-    Out() << cl.Parser().value(out) << "\n";
+    const ZWReportPeriod& period = viewer.Data().Period();
+    Out() << cl.Parser().value(out) << "\n"
+          << "period " << period.Start().ToIso() << " " << period.End().ToIso() << "\n";
     return ExitOk;
 }
 

@@ -112,5 +112,7 @@ bool ZWReportJob::Gather()
     progress.End(ok);
     if (!ok)
         Err() << "zwinformes: the logged data could not be read: " << m_data.LastError() << "\n";
+    else if (!m_data.Notice().isEmpty())
+        Err() << "zwinformes: " << m_data.Notice() << "\n";
     return ok;
 }

@@ -17,7 +17,8 @@ void ZWViewerLaunch::AddOptions(QCommandLineParser& p)
         QStringLiteral("day, week, month, 3month, year or user (default: the unit last chosen in a viewer, else day)."),
         QStringLiteral("U")});
     p.addOption({QStringLiteral("date"),
-        QStringLiteral("A date in the period to show (default: now, the period that contains the present)."),
+        QStringLiteral("A date in the period to show (default: now, the period that contains the present); "
+                       "a date on a boundary shows the unit before it."),
         QStringLiteral("DATETIME")});
     p.addOption({QStringLiteral("from"), QStringLiteral("Start of a user interval."), QStringLiteral("DATETIME")});
     p.addOption({QStringLiteral("to"), QStringLiteral("End of a user interval."), QStringLiteral("DATETIME")});
@@ -82,8 +83,10 @@ bool ZWViewerLaunch::Open(CDlgViewer& viewer)
         Err() << "zwinformes: cannot read the report: " << viewer.Data().DesignError() << "\n";
         return false;
     }
+    // The same rule as values, render and period: the whole unit that
+    // contains the date, the unit before it for a date on a boundary.
     ZWDateTime date;
     if (m_hasDate && m_unit != ID_GROUPBY_USER && String2DateTime(date, m_dateText))
-        viewer.GoTo(date);
+        viewer.SetupData(date, m_unit, false);
     return true;
 }

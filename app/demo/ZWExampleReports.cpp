@@ -204,7 +204,8 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
             {QStringLiteral("ElectricityPrice"), QStringLiteral("0.21")},
             {QStringLiteral("GasPrice"), QStringLiteral("0.95")},
             {QStringLiteral("GasCalorific"), QStringLiteral("10.55")},
-            {QStringLiteral("ElectricityBudget"), QStringLiteral("12000")},
+            // 400 kWh a day, for a period of any length.
+            {QStringLiteral("ElectricityBudget"), QStringLiteral("400 / 24 * [Main meter.Active energy:hours]")},
             {QStringLiteral("ElectricityCost"), QStringLiteral("[Main meter.Active energy] * ElectricityPrice")},
             {QStringLiteral("GasEnergy"), QStringLiteral("[Gas meter.Volume] * GasCalorific")},
             {QStringLiteral("GasCost"), QStringLiteral("[Gas meter.Volume] * GasPrice")},
@@ -253,7 +254,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     AddRow(first, row++, costs, QStringLiteral("Cost per kWh"), QStringLiteral("TotalCost / TotalEnergy"),
         QStringLiteral(".04"), QStringLiteral("EUR/kWh"));
 
-    AddLabel(first, 20.0, 186.0, 90.0, 10.0, QStringLiteral("Electricity budget (12 000 kWh):"), 11.0, Bold);
+    AddLabel(first, 20.0, 186.0, 90.0, 10.0, QStringLiteral("Electricity budget (400 kWh a day):"), 11.0, Bold);
     ZWCardConditioned* budget = Add<ZWCardConditioned>(first, 112.0, 186.0, 78.0, 10.0);
     budget->color = ZWRGB(96, 192, 96);
     budget->AddCondition(QStringLiteral("[Main meter.Active energy] <= ElectricityBudget"),
@@ -282,7 +283,8 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     AddRow(second, row++, 51.0, QStringLiteral("Mean active power"), QStringLiteral("[Main meter.Active power]"),
         QStringLiteral(".2"), QStringLiteral("kW"));
     AddRow(second, row++, 51.0, QStringLiteral("Mean power from energy"),
-        QStringLiteral("[Main meter.Active energy] / 720"), QStringLiteral(".2"), QStringLiteral("kW"));
+        QStringLiteral("[Main meter.Active energy] / [Main meter.Active energy:hours]"), QStringLiteral(".2"),
+        QStringLiteral("kW"));
 
     AddLabel(second, 20.0, 80.0, 170.0, 9.0, QStringLiteral("Temperatures"), 14.0, Bold, DarkBlue);
     row = 0;

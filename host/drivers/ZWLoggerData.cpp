@@ -1,7 +1,10 @@
 #include "host/drivers/ZWLoggerData.h"
 
+#include "host/core/ZWNoValue.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/drivers/ZWLoggerStore.h"
+
+#include <algorithm>
 
 ZWLoggerData::ZWLoggerData(std::shared_ptr<ZWLoggerStore> store) : m_store(std::move(store))
 {}
@@ -23,6 +26,7 @@ bool ZWLoggerData::SelectData(const ZWDateTime& start, const ZWDateTime& end, ZW
     m_hasRecord = false;
     m_record = ZWDataRecord();
     m_error.clear();
+    m_storeEmpty = false;
     std::shared_ptr<ZWLoggerStore> store = m_store ? m_store : ZWDriverSupport::Store();
     if (!store) {
         m_error = QStringLiteral("no logged-data store is configured");
@@ -35,7 +39,15 @@ bool ZWLoggerData::SelectData(const ZWDateTime& start, const ZWDateTime& end, ZW
     m_record.time = start;
     m_record.values = std::move(values);
     m_hasRecord = true;
+    m_storeEmpty = store->HoldsNoVariables();
     return true;
+}
+
+bool ZWLoggerData::HasAnyValue() const
+{
+    if (!m_hasRecord)
+        return false;
+    return std::any_of(m_record.values.begin(), m_record.values.end(), [](double v) { return !IsNoValue(v); });
 }
 
 void ZWLoggerData::SetData(const ZWDateTime& start, const ZWDateTime& end, const ZWDataRecord& record)

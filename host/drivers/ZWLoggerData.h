@@ -44,6 +44,10 @@ public:
     const ZWDateTime& GetEnd() const { return m_end; }
     const QStringList& GetVariables() const { return m_names; }
     QString LastError() const { return m_error; }
+    // After a selection: whether any variable has a value in the period, and
+    // whether the store holds no variables at all.
+    bool HasAnyValue() const;
+    bool StoreHoldsNoVariables() const { return m_storeEmpty; }
 
 private:
     std::shared_ptr<ZWLoggerStore> m_store;
@@ -53,4 +57,5 @@ private:
     bool m_hasRecord = false;
     ZWDataRecord m_record;
     QString m_error;
+    bool m_storeEmpty = false;
 };

@@ -28,4 +28,7 @@ public:
     virtual bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
         std::vector<double>& values, ZWProgress* progress, QString* error)
         = 0;
+    // True when the store is known to hold no variable at all (an empty
+    // database), so that a report can say so instead of showing its formulas.
+    virtual bool HoldsNoVariables() { return false; }
 };

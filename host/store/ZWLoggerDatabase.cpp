@@ -6,7 +6,7 @@
 #include "host/store/ZWLoggerUrl.h"
 #include "host/store/ZWSqlLoggerStore.h"
 
-ZWLoggerDatabase::Opened ZWLoggerDatabase::Open(const QString& address)
+ZWLoggerDatabase::Opened ZWLoggerDatabase::Open(const QString& address, ZWSqlLoggerStore::Creation creation)
 {
     Opened opened;
     ZWLoggerUrl url;
@@ -14,15 +14,15 @@ ZWLoggerDatabase::Opened ZWLoggerDatabase::Open(const QString& address)
         opened.badAddress = true;
         return opened;
     }
-    auto store = std::make_shared<ZWSqlLoggerStore>(url);
+    auto store = std::make_shared<ZWSqlLoggerStore>(url, creation);
     if (store->Open(&opened.error))
         opened.store = std::move(store);
     return opened;
 }
 
-ZWLoggerDatabase::Opened ZWLoggerDatabase::OpenConfigured()
+ZWLoggerDatabase::Opened ZWLoggerDatabase::OpenConfigured(ZWSqlLoggerStore::Creation creation)
 {
-    return Open(ZWMarentaSetup::instance().GetLoggerDatabase());
+    return Open(ZWMarentaSetup::instance().GetLoggerDatabase(), creation);
 }
 
 bool ZWLoggerDatabase::Install(const QString& address, QString* error)

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "host/store/ZWSqlLoggerStore.h"
+
 #include <QString>
 #include <memory>
-
-class ZWSqlLoggerStore;
 
 // The one way to open the logger database a report reads: from an address
 // text (the --db option, ZWINFORMES_DB, the "LoggerDatabase" setting or the
@@ -22,9 +22,13 @@ public:
         explicit operator bool() const { return store != nullptr; }
     };
 
-    static Opened Open(const QString& address);
+    // Readers open an existing database only: a missing SQLite file, or a
+    // database without the logger's tables, is refused with a message that
+    // says so. Only import and the demo data pass CreateMissing.
+    static Opened Open(
+        const QString& address, ZWSqlLoggerStore::Creation creation = ZWSqlLoggerStore::Creation::OpenExisting);
     // The configured database (ZWMarentaSetup::GetLoggerDatabase).
-    static Opened OpenConfigured();
+    static Opened OpenConfigured(ZWSqlLoggerStore::Creation creation = ZWSqlLoggerStore::Creation::OpenExisting);
     // Opens `address` and makes it the database every device variable reads
     // (ZWDriverSupport). False, with a message for the user in `error`,
     // leaving the database in use as it was.

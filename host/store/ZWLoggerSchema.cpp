@@ -75,6 +75,11 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
             *error = ZWLoadString(ZWTextId::StoreCannotOpen).arg(c.Url().Display(), why);
         return false;
     }
+    if (!has && !c.MayCreate()) {
+        if (error)
+            *error = ZWLoadString(ZWTextId::StoreNoLoggerTables).arg(c.Url().Display());
+        return false;
+    }
     if (!has) {
         QSqlDatabase& db = c.Database();
         // SQLite: take the write lock at once, so that two processes that

@@ -43,8 +43,10 @@ class ZWLoggerSchema
 public:
     static constexpr int Version = 1;
 
-    // Creates the tables when the database has none; checks the version
-    // otherwise. False with a message when the database cannot be used.
+    // Creates the tables when the database has none (when the connection may
+    // create a database; otherwise a database without them is refused);
+    // checks the version otherwise. False with a message when the database
+    // cannot be used.
     static bool Ensure(ZWSqlLoggerConnection& connection, QString* error);
     // The statements that create schema `Version` on the connection's back end.
     static QStringList CreateStatements(bool postgres);

@@ -21,6 +21,7 @@ constexpr ReductionText g_reductions[] = {
     {ZWLoggerReduction::Last, "last"},
     {ZWLoggerReduction::Count, "count"},
     {ZWLoggerReduction::Delta, "delta"},
+    {ZWLoggerReduction::Hours, "hours"},
 };
 
 } // namespace
@@ -78,6 +79,18 @@ void ZWPeriodAggregate::AddResetAcrossStart(qint64 end)
         m_resets.insert(m_resets.begin(), Reset{b.t, a.value, b.value});
 }
 
+bool ZWPeriodAggregate::IncreaseBounds(qint64 end, Sample& first, Sample& last) const
+{
+    first = m_seek[AtOrBeforeStart];
+    if (!first.valid) {
+        first = m_seek[AfterStart];
+        if (!first.valid || first.t > end)
+            return false;
+    }
+    last = m_seek[AtOrBeforeEnd];
+    return last.valid && last.t > first.t;
+}
+
 double ZWPeriodAggregate::Increase(qint64 end) const
 {
     // From the last sample at or before the start (or, when the data begins
@@ -86,14 +99,8 @@ double ZWPeriodAggregate::Increase(qint64 end) const
     // its last reading minus its first: the sum of its consecutive
     // differences, rounded once instead of once per sample. A reset adds its
     // own reading (the meter started again from zero).
-    Sample first = m_seek[AtOrBeforeStart];
-    if (!first.valid) {
-        first = m_seek[AfterStart];
-        if (!first.valid || first.t > end)
-            return ZW_NO_VALUE;
-    }
-    const Sample& last = m_seek[AtOrBeforeEnd];
-    if (!last.valid || last.t <= first.t)
+    Sample first, last;
+    if (!IncreaseBounds(end, first, last))
         return ZW_NO_VALUE;
     double increase = 0.0;
     double stretchStart = first.value;
@@ -135,6 +142,10 @@ double ZWPeriodAggregate::Value(ZWLoggerReduction reduction, qint64 start, qint6
     }
     case ZWLoggerReduction::Delta:
         return Increase(end);
+    case ZWLoggerReduction::Hours: {
+        Sample first, last;
+        return IncreaseBounds(end, first, last) ? double(last.t - first.t) / 3600.0 : ZW_NO_VALUE;
+    }
     }
     return ZW_NO_VALUE;
 }

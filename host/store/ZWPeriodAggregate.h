@@ -7,7 +7,11 @@
 // How a variable's samples over a period become one number. A name selects
 // one with a filter after its last ":" ("Main meter.Active power:max");
 // without one a gauge gives its mean and a counter its increase.
-enum class ZWLoggerReduction { Default, Avg, Min, Max, Sum, First, Last, Count, Delta };
+// "hours" is the time, in hours, that a counter's increase ("delta") spans:
+// from the last sample at or before the period's start (or its first sample
+// inside the period) to the last one at or before its end. An energy divided
+// by it is the mean power over that time, also for a period not over yet.
+enum class ZWLoggerReduction { Default, Avg, Min, Max, Sum, First, Last, Count, Delta, Hours };
 
 // The partial results of one variable over one period [start, end), in UTC
 // seconds, as the store's query returns them, and the reductions computed
@@ -53,6 +57,9 @@ private:
         double value;
     };
     double Increase(qint64 end) const;
+    // The first and last samples a counter's increase is measured between;
+    // false when there are not two of them.
+    bool IncreaseBounds(qint64 end, Sample& first, Sample& last) const;
 
     qint64 m_count = 0;
     double m_sum = 0.0;

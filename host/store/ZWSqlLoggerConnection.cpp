@@ -44,8 +44,8 @@ std::atomic<quint64> g_connectionSerial{0};
 
 } // namespace
 
-ZWSqlLoggerConnection::ZWSqlLoggerConnection(const ZWLoggerUrl& url)
-    : m_url(url), m_name(QStringLiteral("zwlogger-%1").arg(++g_connectionSerial))
+ZWSqlLoggerConnection::ZWSqlLoggerConnection(const ZWLoggerUrl& url, bool mayCreate)
+    : m_url(url), m_mayCreate(mayCreate), m_name(QStringLiteral("zwlogger-%1").arg(++g_connectionSerial))
 {
     const QString driver = IsPostgres() ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
     m_db = QSqlDatabase::addDatabase(driver, m_name);
@@ -59,7 +59,7 @@ ZWSqlLoggerConnection::~ZWSqlLoggerConnection()
     QSqlDatabase::removeDatabase(m_name);
 }
 
-ZWSqlLoggerConnection& ZWSqlLoggerConnection::ForThread(quint64 storeId, const ZWLoggerUrl& url)
+ZWSqlLoggerConnection& ZWSqlLoggerConnection::ForThread(quint64 storeId, const ZWLoggerUrl& url, bool mayCreate)
 {
     ThreadConnections& mine = t_connections;
     auto it = mine.byStore.find(storeId);
@@ -73,7 +73,7 @@ ZWSqlLoggerConnection& ZWSqlLoggerConnection::ForThread(quint64 storeId, const Z
         if (thread && !(app && app->thread() == thread))
             QObject::connect(thread, &QThread::finished, thread, &DropThreadConnections, Qt::DirectConnection);
     }
-    auto made = std::make_unique<ZWSqlLoggerConnection>(url);
+    auto made = std::make_unique<ZWSqlLoggerConnection>(url, mayCreate);
     ZWSqlLoggerConnection& ref = *made;
     mine.byStore.emplace(storeId, std::move(made));
     return ref;
@@ -117,10 +117,21 @@ bool ZWSqlLoggerConnection::Open(QString* error)
             options << key + QLatin1Char('=') + value;
         m_db.setConnectOptions(options.join(QLatin1Char(';')));
     } else {
-        // "Created when missing" includes the folder it goes in.
+        // Only the writers that make a database (import, demo data) create
+        // a missing file, with its folder; a mistyped path for reading is
+        // said to be one instead of opening as an empty database.
         const QFileInfo file(m_url.path());
-        if (!file.exists())
+        if (m_mayCreate && !file.exists()) {
             QDir().mkpath(file.absolutePath());
+        } else if (!file.exists()) {
+            if (error)
+                *error = ZWLoadString(ZWTextId::StoreFileMissing).arg(m_url.Display());
+            return false;
+        } else if (!file.isFile()) {
+            if (error)
+                *error = ZWLoadString(ZWTextId::StoreNotAFile).arg(m_url.Display());
+            return false;
+        }
         m_db.setDatabaseName(m_url.path());
         m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
     }

@@ -17,13 +17,15 @@
 class ZWSqlLoggerConnection
 {
 public:
-    ZWSqlLoggerConnection(const ZWLoggerUrl& url);
+    // `mayCreate`: a missing SQLite file (and its folder) is created;
+    // otherwise it is refused.
+    ZWSqlLoggerConnection(const ZWLoggerUrl& url, bool mayCreate);
     ~ZWSqlLoggerConnection();
     ZWSqlLoggerConnection(const ZWSqlLoggerConnection&) = delete;
     ZWSqlLoggerConnection& operator=(const ZWSqlLoggerConnection&) = delete;
 
     // The calling thread's connection for the store `storeId` (made on first use).
-    static ZWSqlLoggerConnection& ForThread(quint64 storeId, const ZWLoggerUrl& url);
+    static ZWSqlLoggerConnection& ForThread(quint64 storeId, const ZWLoggerUrl& url, bool mayCreate);
     // Closes and removes the calling thread's connection for `storeId`.
     static void DropForThread(quint64 storeId);
     // How many connections the calling thread holds (tests).
@@ -46,11 +48,13 @@ public:
     QSqlDatabase& Database() { return m_db; }
     const ZWLoggerUrl& Url() const { return m_url; }
     bool IsPostgres() const { return m_url.backend() == ZWLoggerUrl::Backend::PostgreSQL; }
+    bool MayCreate() const { return m_mayCreate; }
     // The last error of a query or of the connection, as one line.
     static QString ErrorText(const QSqlError& error);
 
 private:
     ZWLoggerUrl m_url;
+    bool m_mayCreate = false;
     QString m_name;
     QSqlDatabase m_db;
     std::unordered_map<QString, std::unique_ptr<QSqlQuery>> m_queries;

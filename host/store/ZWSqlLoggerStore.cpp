@@ -62,7 +62,8 @@ bool WithReconnect(ZWSqlLoggerConnection& c, const std::function<bool(QString*)>
 
 } // namespace
 
-ZWSqlLoggerStore::ZWSqlLoggerStore(const ZWLoggerUrl& url) : m_url(url), m_id(++g_storeSerial)
+ZWSqlLoggerStore::ZWSqlLoggerStore(const ZWLoggerUrl& url, Creation creation)
+    : m_url(url), m_creation(creation), m_id(++g_storeSerial)
 {}
 
 ZWSqlLoggerStore::~ZWSqlLoggerStore()
@@ -73,7 +74,7 @@ ZWSqlLoggerStore::~ZWSqlLoggerStore()
 
 ZWSqlLoggerConnection& ZWSqlLoggerStore::Connection()
 {
-    return ZWSqlLoggerConnection::ForThread(m_id, m_url);
+    return ZWSqlLoggerConnection::ForThread(m_id, m_url, m_creation == Creation::CreateMissing);
 }
 
 bool ZWSqlLoggerStore::Open(QString* error)
@@ -196,6 +197,20 @@ bool ZWSqlLoggerStore::Resolve(const QString& name, Variable& variable, ZWLogger
             return false;
     }
     return false;
+}
+
+bool ZWSqlLoggerStore::HoldsNoVariables()
+{
+    {
+        QMutexLocker lock(&m_mutex);
+        if (!m_variables.isEmpty())
+            return false;
+    }
+    // Another process may have imported meanwhile: look again.
+    if (!ReloadVariables(nullptr))
+        return false;
+    QMutexLocker lock(&m_mutex);
+    return m_variables.isEmpty();
 }
 
 bool ZWSqlLoggerStore::HasVariable(const QString& name)
@@ -327,6 +342,7 @@ bool ZWSqlLoggerStore::PeriodValuesUtc(
         switch (item.reduction) {
         case ZWLoggerReduction::First:
         case ZWLoggerReduction::Last:
+        case ZWLoggerReduction::Hours:
             add(vs, item.variable.id);
             break;
         case ZWLoggerReduction::Delta:

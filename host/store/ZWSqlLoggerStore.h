@@ -18,7 +18,7 @@ class ZWSqlLoggerConnection;
 //
 // Names: "device.variable" (the whole text as stored; it may hold blanks,
 // dots, quotes, brackets and colons), optionally followed by ":REDUCTION"
-// with REDUCTION one of avg, min, max, sum, first, last, count, delta. A name
+// with REDUCTION one of avg, min, max, sum, first, last, count, delta, hours. A name
 // that is itself a stored variable is taken whole, so a variable whose own
 // name ends in ":max" is still found.
 //
@@ -26,6 +26,8 @@ class ZWSqlLoggerConnection;
 // ZWLocalTime:
 // - avg (a gauge's default): the mean of the samples with start <= t < end;
 // - min, max, sum, count, first, last: of those samples;
+// - hours: the time in hours that delta's increase spans (from the sample it
+//   starts at to the one it ends at): energy / hours is the mean power;
 // - delta (a counter's default): the increase from the last sample at or
 //   before start to the last one at or before end, a sample below the one
 //   before it counting as a meter reset whose reading is itself increase;
@@ -48,15 +50,21 @@ public:
         Kind kind = Kind::Gauge;
     };
 
-    explicit ZWSqlLoggerStore(const ZWLoggerUrl& url);
+    // Whether opening may make a new database: a missing SQLite file, the
+    // tables of an empty database. Only the writers that fill a database
+    // (import, demo data) ask for it; readers open what exists.
+    enum class Creation { OpenExisting, CreateMissing };
+
+    explicit ZWSqlLoggerStore(const ZWLoggerUrl& url, Creation creation = Creation::OpenExisting);
     ~ZWSqlLoggerStore() override;
 
-    // Opens the database on the calling thread, creating a missing SQLite
-    // file and missing tables, and reads the variable list.
+    // Opens the database on the calling thread (with CreateMissing creating
+    // a missing SQLite file and missing tables) and reads the variable list.
     bool Open(QString* error);
     const ZWLoggerUrl& Url() const { return m_url; }
 
     bool HasVariable(const QString& name) override;
+    bool HoldsNoVariables() override;
     bool LiveValue(const QString& name, double& value) override;
     bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
         std::vector<double>& values, ZWProgress* progress, QString* error) override;
@@ -87,6 +95,7 @@ private:
     std::optional<Variable> Lookup(const QString& name);
 
     const ZWLoggerUrl m_url;
+    const Creation m_creation;
     const quint64 m_id;
     std::atomic<bool> m_schemaReady{false};
     std::atomic<int> m_periodQueries{0};

@@ -3,6 +3,7 @@
 // placement and its resampling cache, page clipping and backgrounds.
 #include "host/core/ZWFont.h"
 #include "host/core/ZWMath.h"
+#include "host/core/ZWRemote.h"
 #include "host/images/ZWImageSupport.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardImage.h"
@@ -676,6 +677,45 @@ TEST(PageRendering, LayersPutTextOverPictures)
     ASSERT_EQ(image.size(), QSize(200, 100));
     EXPECT_EQ(image.pixel(100, 50), qRgb(255, 0, 0));
     EXPECT_GT(zwtest::CountColour(image, qRgb(0, 0, 255)), 0);
+}
+
+TEST(PageRendering, RoundedCornersAreDrawn)
+{
+    // 40 × 20 mm at 5 px/mm with corners of 6 mm: an ellipse of 30 px, so
+    // the corner's arc crosses the diagonal about 4.4 px in.
+    ZWTemplatePage page;
+    page.properties.width = 40.0;
+    page.properties.height = 20.0;
+    page.properties.rounded = 6.0;
+    const QImage picture = ZWPageRenderer::RenderPage(page, 127.0);
+    ASSERT_EQ(picture.size(), QSize(200, 100));
+    int outlined = 0;
+    for (int d = 2; d <= 7; ++d)
+        outlined += picture.pixel(d, d) != White;
+    EXPECT_GT(outlined, 0) << "the rounded corner's outline";
+    EXPECT_EQ(picture.pixel(100, 50), White);
+
+    // On a window the out colour shows beyond the corners, and the
+    // background picture stays inside them.
+    page.properties.InitializeBackground(EncodeBase64(zwtest::SolidPng(8, 4, Qt::blue)));
+    page.properties.background->maintainAspectRatio = false;
+    QImage window = WhiteImage(260, 160, 5000);
+    QPainter painter(&window);
+    const QRect all(0, 0, 260, 160);
+    const tagDraw draw = ZWPageRenderer::MakeDraw(&window, page.properties, 1.0, all);
+    ZWPageRenderer::DrawBackground(painter, draw, page.properties, ZWRGB(0, 255, 0), all);
+    painter.end();
+    const QPoint corner(roundi(draw.left), roundi(draw.top));
+    EXPECT_EQ(window.pixel(corner + QPoint(1, 1)), qRgb(0, 255, 0));
+    EXPECT_EQ(window.pixel(corner + QPoint(100, 50)), qRgb(0, 0, 255));
+    // Square corners keep the page's own colour to the corner.
+    page.properties.rounded = 0.0;
+    QImage square = WhiteImage(260, 160, 5000);
+    QPainter squarePainter(&square);
+    ZWPageRenderer::DrawBackground(squarePainter, ZWPageRenderer::MakeDraw(&square, page.properties, 1.0, all),
+        page.properties, ZWRGB(0, 255, 0), all);
+    squarePainter.end();
+    EXPECT_EQ(square.pixel(corner + QPoint(1, 1)), qRgb(0, 0, 255));
 }
 
 TEST(PageRendering, ExamplePageAtRealSize)

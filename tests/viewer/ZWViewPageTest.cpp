@@ -101,6 +101,33 @@ TEST_F(ZWViewPageTest, ValuesGoToTheCardWithTheirIdAndKind)
     EXPECT_EQ(conditioned->level, -1);
 }
 
+TEST_F(ZWViewPageTest, DateCardsShowTheValueTextAsItStands)
+{
+    // The value document holds the date already written by the card's
+    // pattern; read back as a date it would come out with day and month
+    // swapped (3 February 2024 under "yyyy-dd-MM" is "2024-03-02").
+    auto* date = Find<ZWCardDate>("D");
+    date->format = QStringLiteral("yyyy-dd-MM");
+    ASSERT_TRUE(m_view.SetUserData("<fields><date><id>D</id><value>2024-03-02</value></date></fields>"));
+    EXPECT_EQ(date->GetDrawText(), QStringLiteral("2024-03-02"));
+
+    // A date alternative of a conditioned card likewise.
+    auto alternative = std::make_unique<ZWCardDate>();
+    alternative->id = QStringLiteral("when");
+    alternative->format = QStringLiteral("yyyy-dd-MM");
+    ZWCardDate* when = alternative.get();
+    Find<ZWCardConditioned>("C")->AddCondition(QStringLiteral("1 < 2"), std::move(alternative));
+    ASSERT_TRUE(m_view.SetUserData(
+        "<fields><conditioned><id>C</id><date><id>when</id><value>2024-03-02</value></date></conditioned></fields>"));
+    EXPECT_EQ(when->GetDrawText(), QStringLiteral("2024-03-02"));
+
+    // Unfilled (as the editor shows it), the value is a date for the pattern.
+    ZWCardDate fixed;
+    fixed.format = QStringLiteral("yyyy-dd-MM");
+    fixed.value = QStringLiteral("2024-03-02");
+    EXPECT_EQ(fixed.GetDrawText(), QStringLiteral("2024-02-03"));
+}
+
 TEST_F(ZWViewPageTest, PicturesFromTheValueDocument)
 {
     const QString png = EncodeBase64(zwtest::SolidPng(3, 2, Qt::red));

@@ -18,6 +18,7 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -69,6 +70,14 @@ CDlgViewer::CDlgViewer(QWidget* parent) : QDialog(parent)
     layout->setSpacing(0);
     InitializeToolBar();
     layout->addWidget(m_toolBar);
+    // What the last gathering found that the values do not tell (no data in
+    // the period, an empty database); hidden when there is nothing to say.
+    m_notice = new QLabel(this);
+    m_notice->setObjectName(QStringLiteral("Notice"));
+    m_notice->setWordWrap(true);
+    m_notice->setContentsMargins(8, 4, 8, 4);
+    m_notice->hide();
+    layout->addWidget(m_notice);
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     m_frame = new ZWViewReportFrame(this);
     QGuiApplication::restoreOverrideCursor();
@@ -312,6 +321,8 @@ void CDlgViewer::Gather(bool reload)
     m_frame->Refresh();
     UpdateCommands();
     UpdateTitle();
+    m_notice->setText(m_data.Notice());
+    m_notice->setVisible(!m_data.Notice().isEmpty());
     const ZWLoggerData* logger = m_data.LoggerData();
     if (!ok && logger && !logger->GetVariables().isEmpty())
         ShowMessage(ZWLoadString(ZWTextId::LoggedDataUnreadable).arg(m_data.LastError()));

@@ -8,6 +8,7 @@
 
 class QAction;
 class QActionGroup;
+class QLabel;
 class QMenu;
 class QMenuBar;
 class QToolBar;
@@ -108,6 +109,7 @@ private:
     QString m_reportName;
     ZWViewReportFrame* m_frame = nullptr;
     QToolBar* m_toolBar = nullptr;
+    QLabel* m_notice = nullptr;
     QAction* m_previous = nullptr;
     QAction* m_next = nullptr;
     QAction* m_goTo = nullptr;

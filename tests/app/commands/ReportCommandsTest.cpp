@@ -1,12 +1,14 @@
 // The report commands as a user runs them: logged data imported from CSV
 // into a SQLite file, the example monthly report rendered for a known month
 // to PDF (read back with poppler's tools) and its value document.
+#include "host/core/XmlDocument.h"
 #include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace {
@@ -90,7 +92,7 @@ TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
         "4,115.2",                              // solar
         "25,370",                               // total energy: 12345.6 + 13023.975, no decimals
         "2,592.58",                             // electricity cost: 12345.6 * 0.21
-        "Over budget",                          // 12345.6 kWh > 12000
+        "Over budget",                          // 12345.6 kWh > 400 kWh a day over 28 days
         "25",                                   // solar share, percent
         "[Main meter.Active power]",            // no power data: the formula shows as written
     };
@@ -119,9 +121,86 @@ TEST_F(MonthlyReport, ValueDocumentAndItsFailures)
         = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
             QStringLiteral("--db"), QStringLiteral("postgresql://nobody@127.0.0.1:1/none?connect_timeout=2")});
     EXPECT_EQ(badDb.status, 1) << badDb.err.toStdString();
+    // A period without any logged data says so beside its value document.
+    const Result empty
+        = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
+            QStringLiteral("--db"), m_db, QStringLiteral("--unit"), QStringLiteral("month"), QStringLiteral("--date"),
+            QStringLiteral("2025-06-10T00:00:00"), QStringLiteral("--now"), QStringLiteral("2026-11-21T10:00:00")});
+    EXPECT_EQ(empty.status, 0);
+    EXPECT_TRUE(empty.err.contains(QStringLiteral("No logged data between 6/1/25 12:00 AM and 7/1/25 12:00 AM.")))
+        << empty.err.toStdString();
+    EXPECT_FALSE(values.err.contains(QStringLiteral("No logged data"))) << values.err.toStdString();
+
+    // A mistyped database path is said to be one; no empty database is made.
+    const QString typo = m_dir.filePath(QStringLiteral("sites.sqlite"));
+    const Result missingDb
+        = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
+            QStringLiteral("--db"), QStringLiteral("sqlite:") + typo});
+    EXPECT_EQ(missingDb.status, 1);
+    EXPECT_TRUE(missingDb.err.contains(QStringLiteral("the file does not exist"))) << missingDb.err.toStdString();
+    EXPECT_FALSE(QFile::exists(typo));
     const Result badUnit = Zw(
         {QStringLiteral("values"), QStringLiteral("x.XRPT"), QStringLiteral("--unit"), QStringLiteral("fortnight")});
     EXPECT_EQ(badUnit.status, 2);
+}
+
+// The value of the formula card whose formula is `formula`, from a value
+// document, as a number (NaN when it is not there).
+double CardValue(const QString& report, const QString& values, const QString& formula)
+{
+    XmlDocument design;
+    XmlDocument document;
+    if (!design.Load(report) || !document.Parse(values))
+        return std::nan("");
+    QString id;
+    for (const XmlDocument::XmlNode& page : design.Root().Nodes(QStringLiteral("page")))
+        for (const XmlDocument::XmlNode& card : page.Nodes(QStringLiteral("formule")))
+            if (card.Value(QStringLiteral("/value")) == formula)
+                id = card.Value(QStringLiteral("/id"));
+    for (const XmlDocument::XmlNode& card : document.Root().Nodes(QStringLiteral("formule")))
+        if (!id.isEmpty() && card.Value(QStringLiteral("/id")) == id) {
+            bool ok = false;
+            const double v = card.Value(QStringLiteral("/value")).remove(QLatin1Char(',')).toDouble(&ok);
+            return ok ? v : std::nan("");
+        }
+    return std::nan("");
+}
+
+TEST(ExampleReport, MeanPowerFromEnergyAgreesWithTheMeanPowerForEveryUnit)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString db = QStringLiteral("sqlite:") + dir.filePath(QStringLiteral("demo.sqlite"));
+    const Result made = Zw({QStringLiteral("demo-db"), QStringLiteral("--db"), db, QStringLiteral("--months"),
+        QStringLiteral("2"), QStringLiteral("--step"), QStringLiteral("15m"), QStringLiteral("--until"),
+        QStringLiteral("2026-03-20T09:00:00Z")});
+    ASSERT_EQ(made.status, 0) << made.err.toStdString();
+    const QString report = zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT"));
+    struct Case
+    {
+        const char* unit;
+        const char* date;
+    } cases[] = {
+        {"day", "2026-03-10T12:00:00"},
+        {"day", nullptr}, // today, nine hours of it logged
+        {"week", "2026-03-10T12:00:00"},
+        {"month", "2026-02-10T12:00:00"},
+        {"month", nullptr},
+    };
+    for (const Case& c : cases) {
+        QStringList args{QStringLiteral("values"), report, QStringLiteral("--db"), db, QStringLiteral("--unit"),
+            QString::fromLatin1(c.unit), QStringLiteral("--now"), QStringLiteral("2026-03-20T09:00:00")};
+        if (c.date)
+            args << QStringLiteral("--date") << QString::fromLatin1(c.date);
+        const Result r = Zw(args);
+        ASSERT_EQ(r.status, 0) << r.err.toStdString();
+        const double mean = CardValue(report, r.out, QStringLiteral("[Main meter.Active power]"));
+        const double fromEnergy
+            = CardValue(report, r.out, QStringLiteral("[Main meter.Active energy] / [Main meter.Active energy:hours]"));
+        ASSERT_GT(mean, 1.0) << c.unit << "\n" << r.out.toStdString();
+        EXPECT_NEAR(fromEnergy / mean, 1.0, 0.05) << c.unit << " " << (c.date ? c.date : "now") << ": " << fromEnergy
+                                                  << " kW from energy, " << mean << " kW mean";
+    }
 }
 
 TEST(PeriodCommand, JsonOfUnitsAndTheUserInterval)

@@ -2,6 +2,7 @@
 #include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
+#include <QFileInfo>
 #include <QImage>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -29,6 +30,14 @@ protected:
     }
 
     QString Db() const { return QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("demo.sqlite")); }
+    // A small logger database at Db(), made as a user makes one.
+    void MakeDb()
+    {
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("a.csv")), "time,A.b\n2025-01-01T00:00:00Z,1\n"));
+        const Result r
+            = Run({QStringLiteral("import"), QStringLiteral("--db"), Db(), m_dir.filePath(QStringLiteral("a.csv"))});
+        ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    }
     static QString Report() { return zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")); }
 
     QTemporaryDir m_dir;
@@ -57,9 +66,46 @@ TEST_F(ViewerCommands, ScreenshotOfTheViewer)
     EXPECT_GT(white, 1000);
 }
 
+TEST_F(ViewerCommands, ADateOnABoundaryShowsTheUnitBeforeItAsTheOtherCommandsDo)
+{
+    ASSERT_EQ(Run({QStringLiteral("demo-db"), QStringLiteral("--db"), Db(), QStringLiteral("--months"),
+                      QStringLiteral("1"), QStringLiteral("--step"), QStringLiteral("15m")})
+                  .status,
+        0);
+    const QString png = m_dir.filePath(QStringLiteral("shot.png"));
+    struct Case
+    {
+        const char* unit;
+        const char* date;
+        const char* period;
+    } cases[] = {
+        {"month", "2025-10-01T00:00:00", "period 2025-09-01T00:00:00 2025-10-01T00:00:00"},
+        {"month", "2025-10-01T00:00:01", "period 2025-10-01T00:00:00 2025-11-01T00:00:00"},
+        {"day", "2025-03-05T00:00:00", "period 2025-03-04T00:00:00 2025-03-05T00:00:00"},
+        {"year", "2025-01-01T00:00:00", "period 2024-01-01T00:00:00 2025-01-01T00:00:00"},
+    };
+    for (const Case& c : cases) {
+        const Result r
+            = Run({QStringLiteral("screenshot"), Report(), QStringLiteral("--db"), Db(), QStringLiteral("--unit"),
+                QString::fromLatin1(c.unit), QStringLiteral("--date"), QString::fromLatin1(c.date),
+                QStringLiteral("--size"), QStringLiteral("400x300"), QStringLiteral("-o"), png});
+        ASSERT_EQ(r.status, 0) << r.err.toStdString();
+        EXPECT_TRUE(r.out.contains(QString::fromLatin1(c.period))) << c.unit << " " << c.date << "\n"
+                                                                   << r.out.toStdString();
+    }
+}
+
 TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
 {
     const QString png = m_dir.filePath(QStringLiteral("x.png"));
+    const QString typo = QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("typo/demo.sqlite"));
+    {
+        const Result r = Run({QStringLiteral("view"), Report(), QStringLiteral("--db"), typo});
+        EXPECT_EQ(r.status, 1) << r.err.toStdString();
+        EXPECT_TRUE(r.err.contains(QStringLiteral("the file does not exist"))) << r.err.toStdString();
+        EXPECT_FALSE(QFileInfo::exists(m_dir.filePath(QStringLiteral("typo"))));
+    }
+    MakeDb();
     struct Case
     {
         QStringList args;

@@ -10,6 +10,7 @@
 #include "viewer/widgets/ZWViewReportFrame.h"
 
 #include <QDialogButtonBox>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -95,6 +96,13 @@ protected:
             QString::fromLatin1(kReport).arg(name).toUtf8()));
     }
     QString SqliteUrl(const QString& file) const { return QStringLiteral("sqlite:") + m_dir.filePath(file); }
+    // A new logger database, as import or demo-db make one.
+    QString NewDatabase(const QString& file) const
+    {
+        const QString url = SqliteUrl(file);
+        EXPECT_TRUE(ZWLoggerDatabase::Open(url, ZWSqlLoggerStore::Creation::CreateMissing)) << url.toStdString();
+        return url;
+    }
 
     QTemporaryDir m_dir;
 };
@@ -103,7 +111,7 @@ TEST_F(MainWindow, ListsReportsAndOpensTheChosenOneWithTheLastUnit)
 {
     ZWMarentaSetup::instance().OpenSettings()->setValue(QStringLiteral("LastInforme"), QStringLiteral("Boiler"));
     ZWMarentaSetup::instance().OpenSettings()->setValue(QStringLiteral("LastReportGroup"), QStringLiteral("WEEK"));
-    ASSERT_TRUE(ZWLoggerDatabase::Install(SqliteUrl(QStringLiteral("logger.sqlite")), nullptr));
+    ASSERT_TRUE(ZWLoggerDatabase::Install(NewDatabase(QStringLiteral("logger.sqlite")), nullptr));
 
     TestMainWindow window;
     window.show();
@@ -149,6 +157,7 @@ TEST_F(MainWindow, ListsReportsAndOpensTheChosenOneWithTheLastUnit)
 TEST_F(MainWindow, ChoosingTheLoggerDatabase)
 {
     ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("garbage.sqlite")), QByteArray(4096, 'x')));
+    NewDatabase(QStringLiteral("chosen.sqlite"));
     struct Case
     {
         QString url;
@@ -157,6 +166,8 @@ TEST_F(MainWindow, ChoosingTheLoggerDatabase)
         {QStringLiteral("mysql://host/db"), "The logger database 'mysql://host/db' is not valid"},
         {SqliteUrl(QStringLiteral("garbage.sqlite")), "garbage.sqlite"},
         {QStringLiteral("sqlite:"), "The logger database 'sqlite:' is not valid"},
+        // A mistyped path is not made into a new, empty database.
+        {SqliteUrl(QStringLiteral("nowhere/typo.sqlite")), "the file does not exist"},
         {SqliteUrl(QStringLiteral("chosen.sqlite")), nullptr},
     };
     for (const Case& c : cases) {
@@ -175,6 +186,7 @@ TEST_F(MainWindow, ChoosingTheLoggerDatabase)
             EXPECT_EQ(dialog.result(), QDialog::Accepted);
         }
     }
+    EXPECT_FALSE(QFileInfo::exists(m_dir.filePath(QStringLiteral("nowhere"))));
     // The accepted database is in use and remembered.
     EXPECT_NE(ZWDriverSupport::Store(), nullptr);
     EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LoggerDatabase")).toString(),

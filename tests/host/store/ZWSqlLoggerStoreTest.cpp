@@ -181,6 +181,10 @@ TEST_P(SqlLoggerStore, EveryReductionFilter)
         {"Pump.Energy:first", 50.0},
         {"Pump.Energy:last", 1.5},
         {"Pump.Energy:Max", 55.0},
+        // The time the increase spans: from the last sample at or before the
+        // start to the last one at or before the end.
+        {"Pump.Energy:hours", 3.0},
+        {"Pump.Energy:HOURS", 3.0},
     };
     QStringList names;
     for (const Case& c : cases)
@@ -419,7 +423,7 @@ TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
     ZWLoggerUrl url;
     QString error;
     ASSERT_TRUE(url.Parse(server->NewDatabaseUrl(), &error));
-    ZWSqlLoggerStore store(url);
+    ZWSqlLoggerStore store(url, ZWSqlLoggerStore::Creation::CreateMissing);
     ASSERT_TRUE(store.Open(&error)) << error.toStdString();
     {
         ZWLoggerWriter writer(store);

@@ -5,22 +5,26 @@
 #include "host/store/ZWSqlLoggerStore.h"
 #include "tests/support/ZWTestSupport.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
 
-std::unique_ptr<ZWSqlLoggerStore> Store(const QString& url)
+using Creation = ZWSqlLoggerStore::Creation;
+
+std::unique_ptr<ZWSqlLoggerStore> Store(const QString& url, Creation creation = Creation::CreateMissing)
 {
     ZWLoggerUrl parsed;
     QString error;
     EXPECT_TRUE(parsed.Parse(url, &error)) << error.toStdString();
-    return std::make_unique<ZWSqlLoggerStore>(parsed);
+    return std::make_unique<ZWSqlLoggerStore>(parsed, creation);
 }
 
-TEST(SqliteStore, MissingFileAndFolderAreCreated)
+TEST(SqliteStore, AWriterCreatesAMissingFileAndFolder)
 {
     QTemporaryDir dir;
     const QString path = dir.path() + QStringLiteral("/not/yet/logger.sqlite");
@@ -29,6 +33,50 @@ TEST(SqliteStore, MissingFileAndFolderAreCreated)
     ASSERT_TRUE(store->Open(&error)) << error.toStdString();
     EXPECT_TRUE(QFile::exists(path));
     EXPECT_TRUE(store->Variables().isEmpty());
+    // Once made, readers open it.
+    EXPECT_TRUE(Store(QStringLiteral("sqlite:") + path, Creation::OpenExisting)->Open(&error)) << error.toStdString();
+}
+
+TEST(SqliteStore, AReaderRefusesWhatIsNoLoggerDatabaseAndCreatesNothing)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("folder.sqlite")));
+    {
+        // An SQLite database of something else.
+        auto other = Store(QStringLiteral("sqlite:") + dir.filePath(QStringLiteral("other.sqlite")));
+        QString error;
+        ASSERT_TRUE(other->Connection().Open(&error));
+        ASSERT_TRUE(other->Connection().Exec(QStringLiteral("CREATE TABLE t(x)"), &error)) << error.toStdString();
+    }
+    struct Case
+    {
+        const char* path;
+        const char* message;
+    } cases[] = {
+        {"missing.sqlite", "the file does not exist"},
+        {"no/such/folder/x.sqlite", "the file does not exist"},
+        {"folder.sqlite", "it is not a file"},
+        {"other.sqlite", "holds no logged data tables"},
+    };
+    for (const Case& c : cases) {
+        const QString path = dir.filePath(QString::fromLatin1(c.path));
+        const bool existed = QFileInfo::exists(path);
+        QString error;
+        EXPECT_FALSE(Store(QStringLiteral("sqlite:") + path, Creation::OpenExisting)->Open(&error)) << c.path;
+        EXPECT_TRUE(error.contains(QString::fromLatin1(c.message))) << c.path << ": " << error.toStdString();
+        EXPECT_TRUE(error.contains(path)) << error.toStdString();
+        EXPECT_EQ(QFileInfo::exists(path), existed) << c.path;
+    }
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("no"))));
+    // The other database was left as it was: no logger tables added.
+    auto other
+        = Store(QStringLiteral("sqlite:") + dir.filePath(QStringLiteral("other.sqlite")), Creation::OpenExisting);
+    QString error;
+    ASSERT_TRUE(other->Connection().Open(&error));
+    QSqlQuery tables(other->Connection().Database());
+    ASSERT_TRUE(tables.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table'")));
+    ASSERT_TRUE(tables.next());
+    EXPECT_EQ(tables.value(0).toInt(), 1);
 }
 
 TEST(SqliteStore, NotADatabaseOrANewerSchemaIsAClearError)
@@ -37,7 +85,7 @@ TEST(SqliteStore, NotADatabaseOrANewerSchemaIsAClearError)
     const QString junk = dir.path() + QStringLiteral("/junk.sqlite");
     ASSERT_TRUE(zwtest::WriteFile(junk, QByteArray(4096, 'x')));
     QString error;
-    EXPECT_FALSE(Store(QStringLiteral("sqlite:") + junk)->Open(&error));
+    EXPECT_FALSE(Store(QStringLiteral("sqlite:") + junk, Creation::OpenExisting)->Open(&error));
     EXPECT_TRUE(error.contains(QStringLiteral("Cannot open the logger database sqlite:") + junk))
         << error.toStdString();
 
@@ -47,7 +95,7 @@ TEST(SqliteStore, NotADatabaseOrANewerSchemaIsAClearError)
         ASSERT_TRUE(store->Open(&error)) << error.toStdString();
         ASSERT_TRUE(store->Connection().Exec(QStringLiteral("UPDATE zw_schema SET version = 99"), &error));
     }
-    EXPECT_FALSE(Store(QStringLiteral("sqlite:") + newer)->Open(&error));
+    EXPECT_FALSE(Store(QStringLiteral("sqlite:") + newer, Creation::OpenExisting)->Open(&error));
     EXPECT_TRUE(error.contains(QStringLiteral("schema is version 99"))) << error.toStdString();
 }
 

@@ -48,7 +48,7 @@ void StoreTest::SetUp()
     }
     QString error;
     ASSERT_TRUE(m_parsed.Parse(m_url, &error)) << error.toStdString();
-    m_store = std::make_unique<ZWSqlLoggerStore>(m_parsed);
+    m_store = std::make_unique<ZWSqlLoggerStore>(m_parsed, ZWSqlLoggerStore::Creation::CreateMissing);
     ASSERT_TRUE(m_store->Open(&error)) << error.toStdString();
 }
 

@@ -14,6 +14,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCalendarWidget>
+#include <QLabel>
 #include <QMenu>
 #include <QProgressDialog>
 #include <QSemaphore>
@@ -102,7 +103,7 @@ protected:
         ZWLoggerUrl url;
         QString error;
         ASSERT_TRUE(url.Parse(QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("logger.sqlite")), &error));
-        auto store = std::make_shared<ZWSqlLoggerStore>(url);
+        auto store = std::make_shared<ZWSqlLoggerStore>(url, ZWSqlLoggerStore::Creation::CreateMissing);
         ASSERT_TRUE(store->Open(&error)) << error.toStdString();
         {
             ZWLoggerWriter writer(*store);
@@ -391,6 +392,36 @@ TEST_F(ViewerDialog, UnreadableDataIsReportedAndTheReportStillShows)
     QString name = QStringLiteral("Gone");
     EXPECT_FALSE(missing.Setup(name, ID_GROUPBY_DAY));
     EXPECT_EQ(missing.Frame()->PageCount(), 1);
+}
+
+TEST_F(ViewerDialog, SaysWhenThePeriodHasNoLoggedDataOrTheDatabaseHoldsNoVariables)
+{
+    TestViewer viewer;
+    Open(viewer, ID_GROUPBY_MONTH);
+    const QLabel* notice = viewer.findChild<QLabel*>(QStringLiteral("Notice"));
+    ASSERT_NE(notice, nullptr);
+    EXPECT_TRUE(notice->isHidden());
+
+    // The data begins in January 2026: June 2025 has none.
+    viewer.GoTo(At(2025, 6, 10));
+    EXPECT_TRUE(notice->isVisible());
+    EXPECT_EQ(notice->text(), QStringLiteral("No logged data between 1 Jun 2025 00:00:00 and 1 Jul 2025 00:00:00."));
+    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("[Main meter.Active energy]"));
+    viewer.GoTo(At(2026, 2, 10));
+    EXPECT_TRUE(notice->isHidden());
+
+    // A database without any variable.
+    ZWLoggerUrl url;
+    QString error;
+    ASSERT_TRUE(url.Parse(QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("empty.sqlite")), &error));
+    auto empty = std::make_shared<ZWSqlLoggerStore>(url, ZWSqlLoggerStore::Creation::CreateMissing);
+    ASSERT_TRUE(empty->Open(&error)) << error.toStdString();
+    ZWDriverSupport::SetStore(empty);
+    viewer.OnRefresh();
+    EXPECT_TRUE(notice->isVisible());
+    EXPECT_TRUE(notice->text().startsWith(QStringLiteral("The logger database holds no variables")))
+        << notice->text().toStdString();
+    EXPECT_TRUE(viewer.messages.empty());
 }
 
 TEST_F(ViewerDialog, EmptyNameOpensTheLastReport)
