@@ -208,11 +208,15 @@ void ZWEditPage::MoveDraggingRect(const QPoint& point)
             double k = std::round(std::max(0.0, (nearEdge + delta - offset) / s) / grid);
             const auto at = [&](double steps) { return roundi(steps * grid * s + offset) - nearEdge; };
             delta = at(k);
-            const int pageEnd = roundi(offset + extent);
-            int n = 0;
-            // Once n reaches k the group is at the page's edge: going on
-            // would change nothing.
-            while (n < k && pageEnd <= farEdge + delta - roundi(n * grid * s) + 1)
+            // n whole steps back bring the far edge clear of the page's end:
+            // roundi(n × step) > m. Start from a count known to fall short,
+            // so that a huge group on a fine grid takes few turns; once n
+            // reaches k the group is at the page's edge and going on would
+            // change nothing.
+            const double m = double(farEdge) + delta + 1 - roundi(offset + extent);
+            const double stepPx = grid * s;
+            double n = m >= 1.0 ? std::clamp(std::floor((m - 1.0) / stepPx), 0.0, k) : 0.0;
+            while (n < k && roundi(n * stepPx) <= m)
                 ++n;
             if (n > 0) {
                 k = std::max(0.0, k - n);

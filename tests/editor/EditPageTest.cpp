@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // A 200 × 100 mm page at 4 pixels per mm in a 1000 × 600 window: the page
@@ -178,13 +180,13 @@ TEST_P(BandTest, SelectsTheCardsWhollyInside)
 }
 
 const BandCase bandCases[] = {
-    {"AroundBothSelectsBoth", false, {400, 400}, false, false, {u"a"_qs, u"b"_qs}},
-    {"AroundOneSelectsIt", false, {280, 400}, false, false, {u"a"_qs}},
-    {"EndingOnTheCardsLastEdgeIncludesIt", false, {260, 340}, false, false, {u"a"_qs}},
+    {"AroundBothSelectsBoth", false, {400, 400}, false, false, {u"a"_s, u"b"_s}},
+    {"AroundOneSelectsIt", false, {280, 400}, false, false, {u"a"_s}},
+    {"EndingOnTheCardsLastEdgeIncludesIt", false, {260, 340}, false, false, {u"a"_s}},
     {"OnePixelShortLeavesItOut", false, {259, 340}, false, false, {}},
-    {"PlainBandReplacesTheSelection", true, {280, 400}, false, false, {u"a"_qs}},
-    {"ShiftBandAdds", true, {280, 400}, false, true, {u"b"_qs, u"a"_qs}},
-    {"CtrlBandTogglesSelectedCardsOff", true, {400, 400}, true, false, {u"a"_qs}},
+    {"PlainBandReplacesTheSelection", true, {280, 400}, false, false, {u"a"_s}},
+    {"ShiftBandAdds", true, {280, 400}, false, true, {u"b"_s, u"a"_s}},
+    {"CtrlBandTogglesSelectedCardsOff", true, {400, 400}, true, false, {u"a"_s}},
 };
 
 INSTANTIATE_TEST_SUITE_P(
@@ -203,7 +205,7 @@ TEST(EditPageTest, DrawingWithTheLabelToolMakesASelectedLabel)
     EXPECT_DOUBLE_EQ(label->width, 30);
     EXPECT_DOUBLE_EQ(label->height, 40);
     EXPECT_FALSE(label->id.isEmpty());
-    EXPECT_EQ(label->font, u"Arial"_qs);
+    EXPECT_EQ(label->font, u"Arial"_s);
     ASSERT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 1);
     EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), label);
 }
@@ -241,7 +243,7 @@ TEST(EditPageTest, ClicksOnSelectedCardsNarrowOrToggleTheSelection)
     Fixture f;
     f.Drag({120, 150}, {400, 400}); // both
     f.Drag({200, 250}, {200, 250}); // plain click on A: A alone
-    EXPECT_EQ(SelectedIds(f.edit), std::vector<QString>{u"a"_qs});
+    EXPECT_EQ(SelectedIds(f.edit), std::vector<QString>{u"a"_s});
     f.Drag({200, 250}, {200, 250}, true); // Ctrl-click on the only one
     EXPECT_TRUE(SelectedIds(f.edit).empty());
 }
@@ -254,6 +256,15 @@ TEST(EditPageTest, GroupMoveKeepsTheCardsApartAndOnThePage)
     // B's right edge (340 px) is the group's: it stops on pixel 899.
     EXPECT_DOUBLE_EQ(f.b->x, 189.75);
     EXPECT_DOUBLE_EQ(f.a->x, 149.75);
+}
+
+TEST(EditPageTest, CardWiderThanThePageMovedOnAFineGridStaysAtTheLeftEdge)
+{
+    Fixture f(0.01);
+    f.a->width = 500;
+    f.Drag({200, 250}, {300, 250});
+    EXPECT_DOUBLE_EQ(f.a->x, 0);
+    EXPECT_DOUBLE_EQ(f.a->width, 500);
 }
 
 TEST(EditPageTest, LostCaptureDropsTheDragAndTheSelection)

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Geometry
@@ -224,7 +226,7 @@ TEST(LayoutCommandsTest, PasteAppendsFreshIdentitiesInSelectionOrder)
     EXPECT_DOUBLE_EQ(f.page.cards[2]->x, 57.5);
     EXPECT_DOUBLE_EQ(f.page.cards[3]->x, 17.5);
     EXPECT_FALSE(f.page.cards[2]->id.isEmpty());
-    EXPECT_NE(f.page.cards[2]->id, u"1"_qs);
+    EXPECT_NE(f.page.cards[2]->id, u"1"_s);
     EXPECT_NE(f.page.cards[2]->id, f.page.cards[3]->id);
     EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
 }
@@ -234,7 +236,7 @@ TEST(LayoutCommandsTest, CutRemovesTheCardsAndPasteBringsThemBack)
     Fixture f({{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}});
     f.Select({1});
     ZWLayoutCommands::ControlCut(f.edit);
-    EXPECT_EQ(f.Ids(), (std::vector<QString>{u"0"_qs, u"2"_qs}));
+    EXPECT_EQ(f.Ids(), (std::vector<QString>{u"0"_s, u"2"_s}));
     EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 0);
     ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
     ExpectCards(f.Cards(), {{10, 20, 30, 40}, {100, 50, 20, 20}, {57.5, 27.5, 10, 10}});
@@ -258,19 +260,19 @@ TEST(LayoutCommandsTest, DeleteKeepsTheOrderOfTheRest)
     EXPECT_FALSE(ZWLayoutCommands::DeleteSelectedControls(f.edit));
     f.Select({2, 0});
     EXPECT_TRUE(ZWLayoutCommands::DeleteSelectedControls(f.edit));
-    EXPECT_EQ(f.Ids(), (std::vector<QString>{u"1"_qs, u"3"_qs}));
+    EXPECT_EQ(f.Ids(), (std::vector<QString>{u"1"_s, u"3"_s}));
     EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 0);
 }
 
 TEST(LayoutCommandsTest, SelectByIdTakesTheFirstMatchAndIgnoresUnknownIds)
 {
     Fixture f({{0, 0, 1, 1}, {1, 1, 1, 1}, {2, 2, 1, 1}});
-    f.page.cards[2]->id = u"1"_qs;
+    f.page.cards[2]->id = u"1"_s;
     f.Select({0, 2});
-    EXPECT_FALSE(ZWLayoutCommands::SelectControlById(f.edit, u"nope"_qs));
+    EXPECT_FALSE(ZWLayoutCommands::SelectControlById(f.edit, u"nope"_s));
     EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
     EXPECT_EQ(ZWLayoutCommands::GetSelectedControl(f.edit), nullptr);
-    EXPECT_TRUE(ZWLayoutCommands::SelectControlById(f.edit, u"1"_qs));
+    EXPECT_TRUE(ZWLayoutCommands::SelectControlById(f.edit, u"1"_s));
     EXPECT_EQ(ZWLayoutCommands::GetSelectedControl(f.edit), f.page.cards[1].get());
 }
 

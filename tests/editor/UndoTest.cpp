@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct State
@@ -53,7 +55,7 @@ struct Fixture
             card->y = geometry[i][1];
             card->width = geometry[i][2];
             card->height = geometry[i][3];
-            card->id = u"card"_qs + QString::number(i);
+            card->id = u"card"_s + QString::number(i);
             page.cards.push_back(std::move(card));
         }
         edit.SetActiveState(ZWEditPage::SelectTool);
@@ -63,7 +65,7 @@ struct Fixture
     {
         State s;
         XmlDocument doc;
-        doc.Create(u"design"_qs);
+        doc.Create(u"design"_s);
         page.SaveTemplate(doc.Root());
         s.xml = doc.ToXml();
         for (const auto& c : page.cards) {
@@ -84,7 +86,7 @@ struct Fixture
     // A change of places and sizes as the window records it.
     void Geometry(const std::function<void()>& change, bool nudge = false)
     {
-        auto* command = new ZWGeometryCommand(edit, u"change"_qs, nudge);
+        auto* command = new ZWGeometryCommand(edit, u"change"_s, nudge);
         change();
         if (command->CaptureAfter())
             stack.push(command);
@@ -94,7 +96,7 @@ struct Fixture
 
     void List(ZWCardListCommand::Kind kind, const std::function<void()>& change)
     {
-        auto* command = new ZWCardListCommand(edit, kind, u"change"_qs);
+        auto* command = new ZWCardListCommand(edit, kind, u"change"_s);
         change();
         if (command->CaptureAfter())
             stack.push(command);
