@@ -2,6 +2,7 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMath.h"
+#include "host/core/ZWTextId.h"
 #include "template/ZWCardKinds.h"
 #include "template/ZWCardLabel.h"
 #include "template/ZWTemplatePage.h"
@@ -452,7 +453,7 @@ ZWCardControl* ZWEditPage::AddControl(double x, double y, double w, double h)
     card->color = color;
     if (m_activeState == LabelTool) {
         auto* label = static_cast<ZWCardLabel*>(card.get());
-        label->value = ZWLoadString(32426);
+        label->value = ZWLoadString(ZWTextId::NewLabelText);
         label->font = QStringLiteral("Arial");
         label->size = 10.0;
     }

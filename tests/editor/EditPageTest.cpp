@@ -206,6 +206,7 @@ TEST(EditPageTest, DrawingWithTheLabelToolMakesASelectedLabel)
     EXPECT_DOUBLE_EQ(label->height, 40);
     EXPECT_FALSE(label->id.isEmpty());
     EXPECT_EQ(label->font, u"Arial"_s);
+    EXPECT_EQ(label->value, u"Text"_s);
     ASSERT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 1);
     EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), label);
 }
