@@ -160,7 +160,8 @@ bool XmlDocument::Fail(Error error, const QString& message, qint64 line, qint64 
 {
     m_doc.clear();
     m_error = error;
-    m_errorString = message;
+    // Where the error lies, so that a hand-edited file can be mended.
+    m_errorString = line > 0 ? QStringLiteral("line %1, column %2: %3").arg(line).arg(column).arg(message) : message;
     m_errorLine = static_cast<int>(line);
     m_errorColumn = static_cast<int>(column);
     return false;

@@ -90,6 +90,7 @@ public:
     QByteArray ToXml() const;
 
     Error LastError() const { return m_error; }
+    // The reason, with "line L, column C: " in front when it has a place.
     QString ErrorString() const { return m_errorString; }
     int ErrorLine() const { return m_errorLine; }
     int ErrorColumn() const { return m_errorColumn; }
