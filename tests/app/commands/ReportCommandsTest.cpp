@@ -156,6 +156,46 @@ TEST_F(MonthlyReport, ValueDocumentAndItsFailures)
     EXPECT_EQ(badUnit.status, 2);
 }
 
+TEST_F(MonthlyReport, WhatIsNoReportIsRefusedBeforeAnyGathering)
+{
+    const QByteArray whole
+        = zwtest::ReadFile(zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")));
+    struct File
+    {
+        const char* name;
+        QByteArray bytes;
+        const char* reason;
+    } files[] = {
+        {"Style.XRPT", "<style><font>Arial</font></style>", "root element is \"style\", not \"design\""},
+        {"Values.XRPT", "<fields><formule><id>1</id><value>2</value></formule></fields>", "not \"design\""},
+        {"Truncated.XRPT", whole.left(whole.size() / 2), "line"},
+    };
+    for (const File& f : files) {
+        const QString path = m_dir.filePath(QString::fromLatin1(f.name));
+        ASSERT_TRUE(zwtest::WriteFile(path, f.bytes));
+        const QStringList commands[] = {
+            QStringList{QStringLiteral("values"), path} + Period(),
+            QStringList{QStringLiteral("render"), path, QStringLiteral("-o"), m_dir.filePath(QStringLiteral("x.pdf"))}
+                + Period(),
+            {QStringLiteral("render-template"), path, QStringLiteral("--png"), m_dir.filePath(QStringLiteral("png"))},
+            {QStringLiteral("resave"), path, m_dir.filePath(QStringLiteral("out.XRPT"))},
+            {QStringLiteral("view"), path, QStringLiteral("--db"), m_db},
+        };
+        for (const QStringList& args : commands) {
+            const Result r = Zw(args);
+            EXPECT_EQ(r.status, 1) << args.join(QLatin1Char(' ')).toStdString() << "\n" << r.err.toStdString();
+            EXPECT_TRUE(r.err.contains(QString::fromUtf8(f.reason)))
+                << args.join(QLatin1Char(' ')).toStdString() << "\n"
+                << r.err.toStdString();
+            // Refused before gathering: no progress, no value document, no file.
+            EXPECT_FALSE(r.err.contains(QStringLiteral("%"))) << r.err.toStdString();
+            EXPECT_TRUE(r.out.isEmpty()) << r.out.toStdString();
+        }
+        EXPECT_FALSE(QFile::exists(m_dir.filePath(QStringLiteral("x.pdf"))));
+        EXPECT_FALSE(QFile::exists(m_dir.filePath(QStringLiteral("out.XRPT"))));
+    }
+}
+
 // The value of the formula card whose formula is `formula`, from a value
 // document, as a number (NaN when it is not there).
 double CardValue(const QString& report, const QString& values, const QString& formula)
