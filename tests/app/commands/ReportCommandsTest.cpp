@@ -196,6 +196,19 @@ TEST_F(MonthlyReport, WhatIsNoReportIsRefusedBeforeAnyGathering)
     }
 }
 
+TEST_F(MonthlyReport, APageLargerThanAPdfPageIsNamedBeforeAnythingIsWritten)
+{
+    const QString in = m_dir.filePath(QStringLiteral("Long.XRPT"));
+    ASSERT_TRUE(zwtest::WriteFile(in, "<design><page><width>210</width><height>9000</height></page></design>"));
+    const QString pdf = m_dir.filePath(QStringLiteral("long.pdf"));
+    const Result r = Zw(QStringList{QStringLiteral("render"), in, QStringLiteral("-o"), pdf} + Period());
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(r.err.contains(
+        QStringLiteral("page 1 cannot be drawn: its height of 9000 mm is larger than a PDF page can be (5080 mm)")))
+        << r.err.toStdString();
+    EXPECT_FALSE(QFile::exists(pdf));
+}
+
 // The value of the formula card whose formula is `formula`, from a value
 // document, as a number (NaN when it is not there).
 double CardValue(const QString& report, const QString& values, const QString& formula)
