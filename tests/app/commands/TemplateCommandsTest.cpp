@@ -59,6 +59,10 @@ TEST(TemplateCommands, FormatNumber)
         {{u"--format"_s, u"3.2"_s, u"1234.5"_s}, 0, "***.**\n"},
         {{u"2.5"_s}, 0, "2.5\n"}, // ".3" by default, trailing zeros stripped
         {{u"--format"_s, u":.0"_s, u"7"_s}, 0, "7\n"},
+        // What is no finite number shows as eval prints it, under any format.
+        {{u"--format"_s, u"2.2"_s, u"inf"_s}, 0, "inf\n"},
+        {{u"--format"_s, u"03.02"_s, u"--thousands"_s, u"--"_s, u"-inf"_s}, 0, "-inf\n"},
+        {{u"--format"_s, u"05.03"_s, u"nan"_s}, 0, "nan\n"},
         {{u"abc"_s}, 2, ""},
         {{}, 2, ""},
         {{u"1"_s, u"2"_s}, 2, ""},
