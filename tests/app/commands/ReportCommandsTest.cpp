@@ -133,6 +133,12 @@ TEST_F(MonthlyReport, ValueDocumentAndItsFailures)
         = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
             QStringLiteral("--db"), QStringLiteral("postgresql://nobody@127.0.0.1:1/none?connect_timeout=2")});
     EXPECT_EQ(badDb.status, 1) << badDb.err.toStdString();
+    // Said once, in the server's words, without the driver's own line.
+    EXPECT_TRUE(badDb.err.startsWith(QStringLiteral(
+        "zwinformes: Cannot open the logger database postgresql://nobody@127.0.0.1:1/none: connection to server")))
+        << badDb.err.toStdString();
+    EXPECT_EQ(badDb.err.count(QStringLiteral("logger database")), 1) << badDb.err.toStdString();
+    EXPECT_FALSE(badDb.err.contains(QStringLiteral("QPSQL"))) << badDb.err.toStdString();
     // A period without any logged data says so beside its value document.
     const Result empty
         = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
