@@ -3,9 +3,17 @@
 #include "host/core/ZWLocale.h"
 #include "host/core/ZWNumberFormat.h"
 
+#include <cmath>
+
 void ZWFormat::FormatDouble(QString& out, double value, int integerDigits, int decimals, bool thousandSeparator,
     bool fillIntegerZeros, bool fillDecimalZeros)
 {
+    // No width, zeros or grouping apply to what is no finite number: it is
+    // "inf", "-inf" or "nan" under every format, never stars.
+    if (!std::isfinite(value)) {
+        out = std::isnan(value) ? QStringLiteral("nan") : value < 0 ? QStringLiteral("-inf") : QStringLiteral("inf");
+        return;
+    }
     const ZWLocaleInfo locale = LocaleInformationWide();
     const QString& separator = locale.decimalSeparator;
     const int places = decimals < 0 ? 5 : decimals;

@@ -14,7 +14,8 @@ public:
     // `decimals` the places (−1: up to 5), trailing decimal zeros stripped
     // unless `fillDecimalZeros`, the integer part zero-filled to its width
     // when `fillIntegerZeros`, and grouped in threes with the locale's
-    // thousands separator when `thousandSeparator`.
+    // thousands separator when `thousandSeparator`. What is no finite number
+    // shows as "inf", "-inf" or "nan" under any format.
     static void FormatDouble(QString& out, double value, int integerDigits, int decimals, bool thousandSeparator,
         bool fillIntegerZeros, bool fillDecimalZeros);
     static QString FormatDouble(double value, int integerDigits, int decimals, bool thousandSeparator,

@@ -1,6 +1,8 @@
 #include "template/ZWPageRenderer.h"
 
+#include "host/core/ZWLoadString.h"
 #include "host/core/ZWMath.h"
+#include "host/core/ZWTextId.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -94,6 +96,34 @@ QSize ZWPageRenderer::PageSize(const ZWGlobalProperties& properties, double dpi)
     if (!(w >= 1.0 && h >= 1.0 && w * h <= double(MaxPixels)))
         return QSize();
     return QSize(roundi(w), roundi(h));
+}
+
+QString ZWPageRenderer::SizeProblem(const ZWGlobalProperties& properties, double dpi)
+{
+    const std::pair<double, int> sides[]
+        = {{properties.width, ZWTextId::PageWidth}, {properties.height, ZWTextId::PageHeight}};
+    for (const auto& [mm, side] : sides) {
+        const QString name = ZWLoadString(side);
+        if (std::isnan(mm))
+            return ZWLoadString(ZWTextId::PageSizeNotANumber).arg(name);
+        if (mm == 0.0)
+            return ZWLoadString(ZWTextId::PageSizeZero).arg(name);
+        if (mm < 0.0)
+            return ZWLoadString(ZWTextId::PageSizeNegative).arg(name).arg(mm, 0, 'f', 2);
+        if (dpi <= 0.0 && mm > MaxPdfMm)
+            return ZWLoadString(ZWTextId::PageSizeTooLargeForPdf).arg(name).arg(mm, 0, 'g', 6).arg(MaxPdfMm, 0, 'f', 0);
+    }
+    if (dpi > 0.0 && !PageSize(properties, dpi).isValid()) {
+        const double pxPerMm = dpi / 25.4;
+        if (properties.width * pxPerMm < 1.0 || properties.height * pxPerMm < 1.0)
+            return ZWLoadString(ZWTextId::PageSmallerThanAPixel).arg(dpi);
+        return ZWLoadString(ZWTextId::PageTooLargeAtDpi)
+            .arg(dpi)
+            .arg(properties.width * pxPerMm, 0, 'f', 0)
+            .arg(properties.height * pxPerMm, 0, 'f', 0)
+            .arg(MaxPixels / 1000000);
+    }
+    return QString();
 }
 
 QImage ZWPageRenderer::PageImage(const ZWGlobalProperties& properties, double dpi)

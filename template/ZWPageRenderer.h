@@ -38,9 +38,16 @@ public:
     // the page does (null as for RenderPage).
     static QImage PageImage(const ZWGlobalProperties& properties, double dpi);
     static QSize PageSize(const ZWGlobalProperties& properties, double dpi);
+    // Why a page cannot be drawn: a width or height of 0, negative or not a
+    // number; for a PDF (`dpi` 0) larger than a PDF page can be (MaxPdfMm);
+    // for a picture at `dpi`, more than MaxPixels or less than a pixel.
+    // Empty when it can be drawn.
+    static QString SizeProblem(const ZWGlobalProperties& properties, double dpi = 0.0);
     // The rounded outline of the page filling `page` on the device; empty
     // for square corners.
     static QPainterPath RoundedPage(const tagDraw& draw, const QRect& page);
 
     static constexpr qint64 MaxPixels = 200'000'000;
+    // 14,400 points, the largest page side a PDF reader must accept.
+    static constexpr double MaxPdfMm = 5080.0;
 };

@@ -36,6 +36,14 @@ bool ZWTemplate::Load(const QString& path, QString* error)
         *this = ZWTemplate();
         return false;
     }
+    // Other XML (a style file, a value document) would read as a blank report.
+    if (document.Root().Name() != QLatin1String("design")) {
+        if (error)
+            *error = ZWLoadString(ZWTextId::ReportCannotRead)
+                         .arg(path, ZWLoadString(ZWTextId::ReportRootNotDesign).arg(document.Root().Name()));
+        *this = ZWTemplate();
+        return false;
+    }
     Read(document);
     return true;
 }

@@ -36,8 +36,15 @@ bool ZWReportData::GetDesign(QString& name)
     name = ZWReportFiles::ReportPath(name.isEmpty() ? ZWReportFiles::LastReport() : name);
     m_design.Reset();
     m_designError.clear();
-    if (!name.isEmpty() && m_design.Load(name))
-        return true;
+    if (!name.isEmpty() && m_design.Load(name)) {
+        // Other XML (a style file, a value document) would show a blank report.
+        if (m_design.Root().Name() == QLatin1String("design"))
+            return true;
+        m_designError = QStringLiteral("%1: %2").arg(
+            name, ZWLoadString(ZWTextId::ReportRootNotDesign).arg(m_design.Root().Name()));
+        m_design.Create(QStringLiteral("design"));
+        return false;
+    }
     m_designError = name.isEmpty() ? QStringLiteral("no report was named and none was opened before")
                                    : QStringLiteral("%1: %2").arg(name, m_design.ErrorString());
     m_design.Create(QStringLiteral("design"));

@@ -24,9 +24,10 @@ public:
     ~ZWReportData();
 
     // Loads the design. An empty name means the last report ("LastInforme");
-    // a name without folder and extension is looked up in the report folder.
-    // A file that cannot be loaded gives an empty design (root "design");
-    // false tells the caller so.
+    // other names lead to a file as ZWReportFiles::ReportPath says. A file
+    // that cannot be loaded, or XML whose root is not "design", gives an
+    // empty design (root "design"); false tells the caller so (DesignError
+    // says why), so that callers can refuse it before gathering anything.
     bool GetDesign(QString& name);
     // Uses a design already in memory (the editor's, a test's), as Setup
     // does with a file.

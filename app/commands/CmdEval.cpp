@@ -13,6 +13,12 @@
 
 namespace {
 
+// How a result that is no finite number is written, in text and in JSON.
+QString NonFiniteText(double value)
+{
+    return std::isnan(value) ? QStringLiteral("nan") : value > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
+}
+
 QString TokenShown(const ZWToken& token)
 {
     if (token.GetType() == ZWToken::DeviceVariable)
@@ -109,7 +115,11 @@ int Run(const QStringList& args)
             json.Key("code").Int(*code);
         else
             json.Key("code").Null();
-        if (code && *code == 0)
+        // JSON has no infinite numbers: such a value is written as the text
+        // eval prints for it ("inf", "-inf", "nan").
+        if (code && *code == 0 && !std::isfinite(value))
+            json.Key("value").String(NonFiniteText(value));
+        else if (code && *code == 0)
             json.Key("value").Number(value);
         else
             json.Key("value").Null();
@@ -141,7 +151,7 @@ int Run(const QStringList& args)
         if (std::isfinite(value))
             Out() << QString::fromLatin1(ZWJsonWriter::FormatNumber(value));
         else
-            Out() << (std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf");
+            Out() << NonFiniteText(value);
         if (valueType == ZWToken::Boolean)
             Out() << (value == 1.0 ? " (true)" : " (false)");
         Out() << "\n";

@@ -87,7 +87,9 @@ bool WritePngs(const QString& dir, const QString& base, std::vector<std::unique_
     for (size_t i = 0; i < pages.size(); ++i) {
         QImage image = ZWPageRenderer::PageImage(pages[i]->Page().properties, dpi);
         if (image.isNull()) {
-            error = QStringLiteral("page %1 is too large for %2 dpi").arg(i + 1).arg(dpi);
+            error = QStringLiteral("page %1 cannot be drawn: %2")
+                        .arg(i + 1)
+                        .arg(ZWPageRenderer::SizeProblem(pages[i]->Page().properties, dpi));
             return false;
         }
         const QSize size = image.size();
@@ -132,7 +134,7 @@ int Run(const QStringList& args)
         return cl.UsageError(QStringLiteral("give -o OUT.pdf and/or --png DIR"));
     bool dpiOk = false;
     const double dpi = p.value(QStringLiteral("dpi")).toDouble(&dpiOk);
-    if (!dpiOk || dpi < 10 || dpi > 2400)
+    if (!dpiOk || !(dpi >= 10 && dpi <= 2400))
         return cl.UsageError(QStringLiteral("--dpi must be a number from 10 to 2400"));
 
     ZWReportJob job;
@@ -141,6 +143,18 @@ int Run(const QStringList& args)
     if (!job.Gather())
         return ExitFailed;
     std::vector<std::unique_ptr<ZWViewPage>> pages = BuildPages(job.Data());
+    // Every page is checked before anything is written.
+    for (size_t i = 0; i < pages.size(); ++i) {
+        QString problem;
+        if (p.isSet(QStringLiteral("output")))
+            problem = ZWPageRenderer::SizeProblem(pages[i]->Page().properties);
+        if (problem.isEmpty() && p.isSet(QStringLiteral("png")))
+            problem = ZWPageRenderer::SizeProblem(pages[i]->Page().properties, dpi);
+        if (!problem.isEmpty()) {
+            Err() << "zwinformes render: page " << i + 1 << " cannot be drawn: " << problem << "\n";
+            return ExitFailed;
+        }
+    }
     const QString title = job.Data().Design().Value(QStringLiteral("/name"));
     QString error;
     if (p.isSet(QStringLiteral("output"))) {

@@ -29,7 +29,7 @@ int Run(const QStringList& args)
         return cl.UsageError(QStringLiteral("--png DIR is required"));
     bool ok = false;
     const double resolution = cl.Parser().value(dpi).toDouble(&ok);
-    if (!ok || resolution < 10.0 || resolution > 1200.0)
+    if (!ok || !(resolution >= 10.0 && resolution <= 1200.0))
         return cl.UsageError(QStringLiteral("--dpi must be a number from 10 to 1200"));
 
     ZWTemplate report;
@@ -52,7 +52,8 @@ int Run(const QStringList& args)
         const QString path = QDir(folder).filePath(QStringLiteral("%1-%2.png").arg(base).arg(number));
         const QImage image = ZWPageRenderer::RenderPage(page, resolution);
         if (image.isNull()) {
-            Err() << "zwinformes render-template: page " << number << " is too large at " << resolution << " dpi\n";
+            Err() << "zwinformes render-template: page " << number
+                  << " cannot be drawn: " << ZWPageRenderer::SizeProblem(page.properties, resolution) << "\n";
             status = ExitFailed;
             continue;
         }

@@ -85,8 +85,8 @@ int ZWReportJob::Prepare(ZWCommandLine& cl, const QString& report)
     if (opened.badAddress)
         return cl.UsageError(QStringLiteral("--db: %1").arg(opened.error));
     if (!opened) {
-        Err() << "zwinformes: cannot open the logger database " << ZWLoggerDatabase::Display() << ": " << opened.error
-              << "\n";
+        // The store's message names the database already.
+        Err() << "zwinformes: " << opened.error << "\n";
         return ExitFailed;
     }
     ZWDriverSupport::SetStore(opened.store);

@@ -5,6 +5,7 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/store/ZWLoggerDatabase.h"
+#include "viewer/ZWReportData.h"
 #include "viewer/ZWReportFiles.h"
 #include "viewer/ZWUserInterval.h"
 #include "viewer/widgets/CDlgViewer.h"
@@ -61,6 +62,14 @@ int ZWViewerLaunch::Prepare(ZWCommandLine& cl, const QString& report)
     // of the report folder.
     const QFileInfo file(report);
     m_report = file.isFile() ? file.absoluteFilePath() : report;
+    // A report that cannot be read is refused before any window opens or
+    // any data is gathered.
+    ZWReportData probe;
+    QString path = m_report;
+    if (!probe.GetDesign(path)) {
+        Err() << "zwinformes: cannot read the report: " << probe.DesignError() << "\n";
+        return ExitFailed;
+    }
 
     QString error;
     if (!ZWLoggerDatabase::Install(ZWMarentaSetup::instance().GetLoggerDatabase(), &error)) {

@@ -7,6 +7,7 @@
 #include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerDatabase.h"
 #include "viewer/ZWActionTexts.h"
+#include "viewer/ZWReportData.h"
 #include "viewer/ZWReportFiles.h"
 #include "viewer/widgets/CDlgViewer.h"
 #include "viewer/widgets/ZWViewerIcons.h"
@@ -164,6 +165,14 @@ void ZWMainWindow::OnOpen()
 
 CDlgViewer* ZWMainWindow::OpenReport(const QString& name)
 {
+    // A report that cannot be read (missing, truncated, not a report) is
+    // refused before a viewer opens and gathers data for it.
+    ZWReportData probe;
+    QString probePath = name;
+    if (!probe.GetDesign(probePath)) {
+        ShowMessage(ZWLoadString(ZWTextId::ReportCannotRead).arg(name, probe.DesignError()));
+        return nullptr;
+    }
     CDlgViewer* viewer = CreateViewer();
     viewer->setAttribute(Qt::WA_DeleteOnClose);
     m_viewers.append(viewer);

@@ -5,6 +5,8 @@
 #include <QSaveFile>
 #include <QTextStream>
 #include <QXmlStreamReader>
+#include <cstring>
+#include <string_view>
 
 namespace {
 
@@ -160,7 +162,8 @@ bool XmlDocument::Fail(Error error, const QString& message, qint64 line, qint64 
 {
     m_doc.clear();
     m_error = error;
-    m_errorString = message;
+    // Where the error lies, so that a hand-edited file can be mended.
+    m_errorString = line > 0 ? QStringLiteral("line %1, column %2: %3").arg(line).arg(column).arg(message) : message;
     m_errorLine = static_cast<int>(line);
     m_errorColumn = static_cast<int>(column);
     return false;
@@ -202,6 +205,8 @@ bool XmlDocument::Parse(const QByteArray& utf8)
 
     if (utf8.trimmed().isEmpty())
         return Fail(Error::Empty, QStringLiteral("the document is empty"));
+    if (!CheckStartTags(utf8))
+        return false;
 
     QXmlStreamReader reader(utf8);
     struct Open
@@ -275,6 +280,75 @@ bool XmlDocument::Parse(const QByteArray& utf8)
     if (!rootSeen)
         return Fail(Error::Empty, QStringLiteral("no root element"));
     m_doc = doc;
+    return true;
+}
+
+bool XmlDocument::CheckStartTags(const QByteArray& utf8)
+{
+    const char* const begin = utf8.constData();
+    const char* const end = begin + utf8.size();
+    const auto skipPast = [end](const char* from, const char* marker, size_t length) {
+        const std::string_view rest(from, size_t(end - from));
+        const size_t at = rest.find(std::string_view(marker, length));
+        return at == std::string_view::npos ? end : from + at + length;
+    };
+    const auto place = [begin](const char* at, qint64& line, qint64& column) {
+        line = 1;
+        const char* lineStart = begin;
+        for (const char* c = begin; c < at; ++c)
+            if (*c == '\n') {
+                ++line;
+                lineStart = c + 1;
+            }
+        column = qint64(at - lineStart) + 1;
+    };
+    const char* p = begin;
+    while (p < end) {
+        p = static_cast<const char*>(std::memchr(p, '<', size_t(end - p)));
+        if (!p)
+            break;
+        const std::string_view rest(p, size_t(end - p));
+        if (rest.starts_with("<!--")) {
+            p = skipPast(p + 4, "-->", 3);
+        } else if (rest.starts_with("<![CDATA[")) {
+            p = skipPast(p + 9, "]]>", 3);
+        } else if (rest.starts_with("<?")) {
+            p = skipPast(p + 2, "?>", 2);
+        } else if (rest.starts_with("<!") || rest.starts_with("</")) {
+            p += 2;
+        } else {
+            // A start tag: up to its ">" outside quoted attribute values.
+            const char* tag = p;
+            char quote = 0;
+            int attributes = 0;
+            for (++p; p < end; ++p) {
+                const char c = *p;
+                if (quote) {
+                    if (c == quote)
+                        quote = 0;
+                } else if (c == '"' || c == '\'') {
+                    quote = c;
+                } else if (c == '=') {
+                    ++attributes;
+                } else if (c == '>') {
+                    break;
+                }
+                if (p - tag > MaxTagBytes || attributes > MaxAttributes)
+                    break;
+            }
+            qint64 line = 0, column = 0;
+            if (p - tag > MaxTagBytes) {
+                place(tag, line, column);
+                return Fail(Error::TagTooLarge, QStringLiteral("a start tag longer than %1 bytes").arg(MaxTagBytes),
+                    line, column);
+            }
+            if (attributes > MaxAttributes) {
+                place(tag, line, column);
+                return Fail(Error::TagTooLarge,
+                    QStringLiteral("an element with more than %1 attributes").arg(MaxAttributes), line, column);
+            }
+        }
+    }
     return true;
 }
 

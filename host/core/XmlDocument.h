@@ -18,12 +18,17 @@
 // Documents come from users and other machines, so loading refuses, in a
 // streaming pass before any tree is built, a document type declaration or
 // entity reference, nesting deeper than MaxDepth and input larger than
-// MaxBytes. A refused document is a document that failed to load.
+// MaxBytes; before that pass, a start tag longer than MaxTagBytes or with
+// more than MaxAttributes attributes (Qt's reader takes time in the square
+// of an element's attributes). A refused document is a document that failed
+// to load.
 class XmlDocument
 {
 public:
     static constexpr int MaxDepth = 256;
     static constexpr qint64 MaxBytes = 256LL * 1024 * 1024;
+    static constexpr qsizetype MaxTagBytes = 64 * 1024;
+    static constexpr int MaxAttributes = 256;
 
     class XmlNode
     {
@@ -65,7 +70,7 @@ public:
         QDomElement m_element;
     };
 
-    enum class Error { None, File, TooLarge, Doctype, Entity, TooDeep, Syntax, Empty };
+    enum class Error { None, File, TooLarge, Doctype, Entity, TooDeep, Syntax, Empty, TagTooLarge };
 
     XmlDocument() = default;
 
@@ -90,6 +95,7 @@ public:
     QByteArray ToXml() const;
 
     Error LastError() const { return m_error; }
+    // The reason, with "line L, column C: " in front when it has a place.
     QString ErrorString() const { return m_errorString; }
     int ErrorLine() const { return m_errorLine; }
     int ErrorColumn() const { return m_errorColumn; }
@@ -100,6 +106,9 @@ public:
 
 private:
     bool Fail(Error error, const QString& message, qint64 line = 0, qint64 column = 0);
+    // The start tags of `utf8`, scanned as bytes: false (and the failure
+    // set) for one beyond MaxTagBytes or MaxAttributes.
+    bool CheckStartTags(const QByteArray& utf8);
 
     QDomDocument m_doc;
     Error m_error = Error::None;

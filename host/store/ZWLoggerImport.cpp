@@ -88,6 +88,88 @@ bool ZWLoggerImport::ParseTime(const QString& text, qint64& utc)
     return true;
 }
 
+QString ZWLoggerImport::Quoted(const QString& cell)
+{
+    const QString head = cell.left(QuoteChars);
+    QString out;
+    out.reserve(head.size());
+    for (const QChar ch : head) {
+        if (ch.unicode() < 0x20 || ch.unicode() == 0x7F)
+            out += QStringLiteral("\\u%1").arg(ch.unicode(), 4, 16, QLatin1Char('0'));
+        else
+            out += ch;
+    }
+    if (cell.size() > QuoteChars)
+        out += ZWLoadString(ZWTextId::ImportCellCut).arg(cell.size());
+    return out;
+}
+
+QString ZWLoggerImport::ControlCharacter(const QString& name)
+{
+    for (const QChar ch : name)
+        if (ch.unicode() < 0x20 || ch.unicode() == 0x7F)
+            return QStringLiteral("U+%1").arg(ch.unicode(), 4, 16, QLatin1Char('0')).toUpper();
+    return QString();
+}
+
+namespace {
+
+// Lines of a text stream ending with LF, CR LF or a lone CR (old Mac files);
+// a line longer than the bound stops the reading.
+class LineReader
+{
+public:
+    explicit LineReader(QTextStream& in) : m_in(in) {}
+
+    // The next line into `line`; false at the end or when a line is too long
+    // (TooLong() then says so).
+    bool Next(QString& line)
+    {
+        line.clear();
+        bool any = false;
+        for (;;) {
+            if (m_pos >= m_buffer.size() && !Fill())
+                return any;
+            any = true;
+            const qsizetype start = m_pos;
+            while (
+                m_pos < m_buffer.size() && m_buffer[m_pos] != QLatin1Char('\n') && m_buffer[m_pos] != QLatin1Char('\r'))
+                ++m_pos;
+            line += QStringView(m_buffer).mid(start, m_pos - start);
+            if (line.size() > ZWLoggerImport::MaxLineChars) {
+                m_tooLong = true;
+                return false;
+            }
+            if (m_pos < m_buffer.size()) {
+                const bool cr = m_buffer[m_pos] == QLatin1Char('\r');
+                ++m_pos;
+                // CR LF is one line end, even across two reads.
+                if (cr && (m_pos < m_buffer.size() || Fill()) && m_buffer[m_pos] == QLatin1Char('\n'))
+                    ++m_pos;
+                return true;
+            }
+        }
+    }
+    bool TooLong() const { return m_tooLong; }
+
+private:
+    bool Fill()
+    {
+        if (m_in.atEnd())
+            return false;
+        m_buffer = m_in.read(64 * 1024);
+        m_pos = 0;
+        return !m_buffer.isEmpty();
+    }
+
+    QTextStream& m_in;
+    QString m_buffer;
+    qsizetype m_pos = 0;
+    bool m_tooLong = false;
+};
+
+} // namespace
+
 bool ZWLoggerImport::ImportFile(const QString& path, ZWProgress* progress, QString* error)
 {
     QFile file(path);
@@ -121,14 +203,20 @@ bool ZWLoggerImport::Import(
         progress->SetPos(0);
     }
 
+    LineReader lines(in);
+    const auto tooLong = [&] { return bad(ZWLoadString(ZWTextId::ImportLineTooLong).arg(MaxLineChars)); };
+
     // The header.
     QString text;
     QStringList cells;
-    while (!in.atEnd()) {
-        text = in.readLine();
+    while (lines.Next(text)) {
         ++line;
         if (!text.trimmed().isEmpty())
             break;
+    }
+    if (lines.TooLong()) {
+        ++line;
+        return tooLong();
     }
     if (text.trimmed().isEmpty())
         return bad(ZWLoadString(ZWTextId::ImportEmptyFile));
@@ -138,15 +226,23 @@ bool ZWLoggerImport::Import(
         return bad(ZWLoadString(ZWTextId::ImportUnclosedQuote));
     if (cells.first().compare(QLatin1String("time"), Qt::CaseInsensitive) != 0)
         return bad(ZWLoadString(ZWTextId::ImportHeaderWithoutTime));
+    if (cells.size() - 1 > MaxColumns)
+        return bad(ZWLoadString(ZWTextId::ImportTooManyColumns).arg(cells.size() - 1).arg(MaxColumns));
     const QStringList names = cells.mid(1);
+    QSet<QString> seen;
+    seen.reserve(names.size());
     for (int i = 0; i < names.size(); ++i) {
         if (names[i].isEmpty())
             return bad(ZWLoadString(ZWTextId::ImportColumnWithoutName).arg(i + 2));
-        if (names.indexOf(names[i]) != i)
-            return bad(ZWLoadString(ZWTextId::ImportDuplicateColumn).arg(names[i]));
+        if (seen.contains(names[i]))
+            return bad(ZWLoadString(ZWTextId::ImportDuplicateColumn).arg(Quoted(names[i])));
+        seen.insert(names[i]);
+        const QString control = ControlCharacter(names[i]);
+        if (!control.isEmpty())
+            return bad(ZWLoadString(ZWTextId::ImportControlCharacter).arg(Quoted(names[i]), control));
         const qsizetype dot = names[i].indexOf(QLatin1Char('.'));
         if (dot <= 0 || dot == names[i].size() - 1)
-            return bad(ZWLoadString(ZWTextId::ImportNotADeviceVariable).arg(names[i]));
+            return bad(ZWLoadString(ZWTextId::ImportNotADeviceVariable).arg(Quoted(names[i])));
     }
 
     ZWLoggerWriter writer(m_store);
@@ -167,8 +263,14 @@ bool ZWLoggerImport::Import(
     m_variables = int(names.size());
 
     qint64 lastShown = 0;
-    while (!in.atEnd()) {
-        text = in.readLine();
+    for (;;) {
+        if (!lines.Next(text)) {
+            if (lines.TooLong()) {
+                ++line;
+                return tooLong();
+            }
+            break;
+        }
         ++line;
         if (text.trimmed().isEmpty())
             continue;
@@ -178,7 +280,7 @@ bool ZWLoggerImport::Import(
             return bad(ZWLoadString(ZWTextId::ImportCellCount).arg(cells.size()).arg(names.size() + 1));
         qint64 t = 0;
         if (!ParseTime(cells[0], t))
-            return bad(ZWLoadString(ZWTextId::ImportNotADateTime).arg(cells[0]));
+            return bad(ZWLoadString(ZWTextId::ImportNotADateTime).arg(Quoted(cells[0])));
         if (t < 0)
             return bad(ZWLoadString(ZWTextId::ImportBefore1970));
         for (int i = 0; i < names.size(); ++i) {
@@ -188,7 +290,7 @@ bool ZWLoggerImport::Import(
             bool ok = false;
             const double value = cell.toDouble(&ok);
             if (!ok || !std::isfinite(value))
-                return bad(ZWLoadString(ZWTextId::ImportNotANumber).arg(cell));
+                return bad(ZWLoadString(ZWTextId::ImportNotANumber).arg(Quoted(cell)));
             if (!writer.Add(ids[size_t(i)], t, value, &why))
                 return bad(why);
             ++m_samples;

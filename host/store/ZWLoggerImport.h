@@ -25,8 +25,13 @@ class ZWProgress;
 // not in the database are made, as gauges unless named as counters. A sample
 // for a variable and time already stored replaces it.
 //
+// Lines end with LF, CR LF or a lone CR. A file holds at most MaxColumns
+// variable columns and lines of at most MaxLineChars characters; variable
+// names hold no control characters (NUL...).
+//
 // All or nothing: the first bad row (or any database failure) stops the
-// import, and nothing of the file is kept; the message names the line.
+// import, and nothing of the file is kept; the message names the line and
+// quotes at most QuoteChars characters of the bad cell.
 class ZWLoggerImport
 {
 public:
@@ -38,6 +43,10 @@ public:
     // `sourceName` names the data in messages; `totalBytes` (or 0) scales the progress.
     bool Import(QIODevice& device, const QString& sourceName, qint64 totalBytes, ZWProgress* progress, QString* error);
 
+    static constexpr int MaxColumns = 10000;
+    static constexpr qsizetype MaxLineChars = 4 * 1024 * 1024;
+    static constexpr qsizetype QuoteChars = 80;
+
     qint64 Samples() const { return m_samples; }
     qint64 Rows() const { return m_rows; }
     int Variables() const { return m_variables; }
@@ -47,6 +56,11 @@ public:
     static bool SplitCsvLine(const QString& line, QStringList& cells);
     // An ISO 8601 time stamp to UTC seconds; false when it is not one.
     static bool ParseTime(const QString& text, qint64& utc);
+    // A cell as a message quotes it: at most QuoteChars characters (then
+    // "…" and its length), control characters written as \uXXXX.
+    static QString Quoted(const QString& cell);
+    // The first control character of a name as "U+0000", or empty.
+    static QString ControlCharacter(const QString& name);
 
 private:
     ZWSqlLoggerStore& m_store;

@@ -2,6 +2,7 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWTextId.h"
+#include "host/store/ZWLoggerImport.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 
 #include <QSqlError>
@@ -115,9 +116,12 @@ bool ZWLoggerWriter::EnsureVariable(const QString& name, ZWSqlLoggerStore::Kind 
     bool forceKind, qint64& id, bool& created, QString* error)
 {
     created = false;
+    const QString control = ZWLoggerImport::ControlCharacter(name);
+    if (!control.isEmpty())
+        return Fail(error, ZWLoadString(ZWTextId::ImportControlCharacter).arg(ZWLoggerImport::Quoted(name), control));
     const qsizetype dot = name.indexOf(QLatin1Char('.'));
     if (dot <= 0 || dot == name.size() - 1)
-        return Fail(error, ZWLoadString(ZWTextId::ImportNotADeviceVariable).arg(name));
+        return Fail(error, ZWLoadString(ZWTextId::ImportNotADeviceVariable).arg(ZWLoggerImport::Quoted(name)));
     QVariantList row;
     if (!Run(QStringLiteral("SELECT id, kind FROM variables WHERE name = ?"), {name}, error, &row))
         return false;

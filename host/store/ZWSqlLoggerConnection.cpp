@@ -91,7 +91,11 @@ int ZWSqlLoggerConnection::ThreadConnectionCount()
 
 QString ZWSqlLoggerConnection::ErrorText(const QSqlError& error)
 {
-    QString text = error.text().simplified();
+    // The server's or SQLite's own words; the driver's line ("QPSQL: Unable
+    // to connect") says nothing more, so it is kept only when alone.
+    QString text = error.databaseText().simplified();
+    if (text.isEmpty())
+        text = error.driverText().simplified();
     if (!error.nativeErrorCode().isEmpty() && !text.contains(error.nativeErrorCode()))
         text += QStringLiteral(" [%1]").arg(error.nativeErrorCode());
     return text;

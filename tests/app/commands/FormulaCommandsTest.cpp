@@ -90,6 +90,10 @@ TEST(EvalCommand, ValueAndStatus)
         {{json, QStringLiteral("--no-discriminators"), QStringLiteral("--set"), QStringLiteral("m.e=4"),
              QStringLiteral("[m.e:max]")},
             1, 0, 1, QJsonValue(), -1, {}},
+        // No finite number: the text eval prints for it.
+        {{json, QStringLiteral("10^400")}, 0, 0, 0, QStringLiteral("inf"), 0, {}},
+        {{json, QStringLiteral("-(10^400)")}, 0, 0, 0, QStringLiteral("-inf"), 0, {}},
+        {{json, QStringLiteral("10^400 - 10^400")}, 0, 0, 0, QStringLiteral("nan"), 0, {}},
     };
     for (const Case& c : cases) {
         const Result r = RunProgram(QStringList{QStringLiteral("eval")} + c.args);

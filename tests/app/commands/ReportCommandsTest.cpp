@@ -121,6 +121,12 @@ TEST_F(MonthlyReport, ValueDocumentAndItsFailures)
         = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
             QStringLiteral("--db"), QStringLiteral("postgresql://nobody@127.0.0.1:1/none?connect_timeout=2")});
     EXPECT_EQ(badDb.status, 1) << badDb.err.toStdString();
+    // Said once, in the server's words, without the driver's own line.
+    EXPECT_TRUE(badDb.err.startsWith(QStringLiteral(
+        "zwinformes: Cannot open the logger database postgresql://nobody@127.0.0.1:1/none: connection to server")))
+        << badDb.err.toStdString();
+    EXPECT_EQ(badDb.err.count(QStringLiteral("logger database")), 1) << badDb.err.toStdString();
+    EXPECT_FALSE(badDb.err.contains(QStringLiteral("QPSQL"))) << badDb.err.toStdString();
     // A period without any logged data says so beside its value document.
     const Result empty
         = Zw({QStringLiteral("values"), zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")),
@@ -142,6 +148,59 @@ TEST_F(MonthlyReport, ValueDocumentAndItsFailures)
     const Result badUnit = Zw(
         {QStringLiteral("values"), QStringLiteral("x.XRPT"), QStringLiteral("--unit"), QStringLiteral("fortnight")});
     EXPECT_EQ(badUnit.status, 2);
+}
+
+TEST_F(MonthlyReport, WhatIsNoReportIsRefusedBeforeAnyGathering)
+{
+    const QByteArray whole
+        = zwtest::ReadFile(zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")));
+    struct File
+    {
+        const char* name;
+        QByteArray bytes;
+        const char* reason;
+    } files[] = {
+        {"Style.XRPT", "<style><font>Arial</font></style>", "root element is \"style\", not \"design\""},
+        {"Values.XRPT", "<fields><formule><id>1</id><value>2</value></formule></fields>", "not \"design\""},
+        {"Truncated.XRPT", whole.left(whole.size() / 2), "line"},
+    };
+    for (const File& f : files) {
+        const QString path = m_dir.filePath(QString::fromLatin1(f.name));
+        ASSERT_TRUE(zwtest::WriteFile(path, f.bytes));
+        const QStringList commands[] = {
+            QStringList{QStringLiteral("values"), path} + Period(),
+            QStringList{QStringLiteral("render"), path, QStringLiteral("-o"), m_dir.filePath(QStringLiteral("x.pdf"))}
+                + Period(),
+            {QStringLiteral("render-template"), path, QStringLiteral("--png"), m_dir.filePath(QStringLiteral("png"))},
+            {QStringLiteral("resave"), path, m_dir.filePath(QStringLiteral("out.XRPT"))},
+            {QStringLiteral("view"), path, QStringLiteral("--db"), m_db},
+        };
+        for (const QStringList& args : commands) {
+            const Result r = Zw(args);
+            EXPECT_EQ(r.status, 1) << args.join(QLatin1Char(' ')).toStdString() << "\n" << r.err.toStdString();
+            EXPECT_TRUE(r.err.contains(QString::fromUtf8(f.reason)))
+                << args.join(QLatin1Char(' ')).toStdString() << "\n"
+                << r.err.toStdString();
+            // Refused before gathering: no progress, no value document, no file.
+            EXPECT_FALSE(r.err.contains(QStringLiteral("%"))) << r.err.toStdString();
+            EXPECT_TRUE(r.out.isEmpty()) << r.out.toStdString();
+        }
+        EXPECT_FALSE(QFile::exists(m_dir.filePath(QStringLiteral("x.pdf"))));
+        EXPECT_FALSE(QFile::exists(m_dir.filePath(QStringLiteral("out.XRPT"))));
+    }
+}
+
+TEST_F(MonthlyReport, APageLargerThanAPdfPageIsNamedBeforeAnythingIsWritten)
+{
+    const QString in = m_dir.filePath(QStringLiteral("Long.XRPT"));
+    ASSERT_TRUE(zwtest::WriteFile(in, "<design><page><width>210</width><height>9000</height></page></design>"));
+    const QString pdf = m_dir.filePath(QStringLiteral("long.pdf"));
+    const Result r = Zw(QStringList{QStringLiteral("render"), in, QStringLiteral("-o"), pdf} + Period());
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(r.err.contains(
+        QStringLiteral("page 1 cannot be drawn: its height of 9000 mm is larger than a PDF page can be (5080 mm)")))
+        << r.err.toStdString();
+    EXPECT_FALSE(QFile::exists(pdf));
 }
 
 // The value of the formula card whose formula is `formula`, from a value

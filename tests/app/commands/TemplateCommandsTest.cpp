@@ -40,6 +40,10 @@ TEST(TemplateCommands, FormatNumber)
         {{u"--format"_s, u"3.2"_s, u"1234.5"_s}, 0, "***.**\n"},
         {{u"2.5"_s}, 0, "2.5\n"}, // ".3" by default, trailing zeros stripped
         {{u"--format"_s, u":.0"_s, u"7"_s}, 0, "7\n"},
+        // What is no finite number shows as eval prints it, under any format.
+        {{u"--format"_s, u"2.2"_s, u"inf"_s}, 0, "inf\n"},
+        {{u"--format"_s, u"03.02"_s, u"--thousands"_s, u"--"_s, u"-inf"_s}, 0, "-inf\n"},
+        {{u"--format"_s, u"05.03"_s, u"nan"_s}, 0, "nan\n"},
         {{u"abc"_s}, 2, ""},
         {{}, 2, ""},
         {{u"1"_s, u"2"_s}, 2, ""},
@@ -135,6 +139,46 @@ TEST(TemplateCommands, RenderTemplateWritesOnePicturePerPage)
     EXPECT_EQ(Zwinformes({u"render-template"_s, in}).status, 2);
     EXPECT_EQ(Zwinformes({u"render-template"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, u"0"_s}).status, 2);
     EXPECT_EQ(Zwinformes({u"render-template"_s, dir.filePath(u"missing.XRPT"_s), u"--png"_s, dir.path()}).status, 1);
+}
+
+TEST(TemplateCommands, PageSizesThatCannotBeDrawnAreNamedAsSuch)
+{
+    QTemporaryDir dir;
+    struct Case
+    {
+        const char* width;
+        const char* height;
+        const char* dpi;
+        const char* message;
+    } cases[] = {
+        {"0", "297", "150", "page 1 cannot be drawn: its width is 0 mm"},
+        {"210", "-5", "150", "page 1 cannot be drawn: its height is negative (-5.00 mm)"},
+        // What is no number reads as 0.
+        {"nan", "297", "150", "page 1 cannot be drawn: its width is 0 mm"},
+        {"5000", "5000", "1200", "it is too large at 1200 dpi (236220 × 236220 pixels; at most 200 million)"},
+        {"0.5", "297", "10", "it is smaller than a pixel at 10 dpi"},
+    };
+    for (const Case& c : cases) {
+        const QString in = dir.filePath(u"Page.XRPT"_s);
+        ASSERT_TRUE(zwtest::WriteFile(in,
+            QStringLiteral("<design><page><width>%1</width><height>%2</height></page></design>")
+                .arg(QLatin1String(c.width), QLatin1String(c.height))
+                .toUtf8()));
+        const Result r
+            = Zwinformes({u"render-template"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, QString::fromLatin1(c.dpi)});
+        EXPECT_EQ(r.status, 1) << c.width << "x" << c.height;
+        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message))) << r.err.toStdString();
+    }
+    // A resolution that is no number is a usage error, as one out of range.
+    const QString in = zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s);
+    for (const char* dpi : {"nan", "inf", "-inf", "5000"}) {
+        const Result r
+            = Zwinformes({u"render-template"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, QString::fromLatin1(dpi)});
+        EXPECT_EQ(r.status, 2) << dpi;
+        EXPECT_TRUE(r.err.contains(u"--dpi must be a number"_s)) << r.err.toStdString();
+        EXPECT_EQ(Zwinformes({u"render"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, QString::fromLatin1(dpi)}).status, 2)
+            << dpi;
+    }
 }
 
 TEST(TemplateCommands, PictureDecoderIsHiddenAndSpeaksItsProtocol)

@@ -46,8 +46,14 @@ public:
     std::function<int(QDialog&)> onDialog;
     QString chosenFolder;
     QString folderShown;
+    int viewersMade = 0;
 
 protected:
+    CDlgViewer* CreateViewer() override
+    {
+        ++viewersMade;
+        return ZWMainWindow::CreateViewer();
+    }
     int ExecDialog(QDialog& dialog) override { return onDialog ? onDialog(dialog) : int(QDialog::Rejected); }
     void ShowMessage(const QString& text) override { messages.push_back(text); }
     QString ChooseFolder(const QString& current) override
@@ -152,6 +158,28 @@ TEST_F(MainWindow, ListsReportsAndOpensTheChosenOneWithTheLastUnit)
     EXPECT_EQ(ZWReportFiles::LastReport(), QStringLiteral("Zeta"));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(window.Viewers().isEmpty());
+}
+
+TEST_F(MainWindow, WhatIsNoReportIsRefusedBeforeAViewerOpens)
+{
+    ASSERT_TRUE(ZWLoggerDatabase::Install(NewDatabase(QStringLiteral("logger.sqlite")), nullptr));
+    ZWReportFiles::RememberReport(QStringLiteral("Boiler"));
+    const QByteArray report = QString::fromLatin1(kReport).arg(QStringLiteral("Cut")).toUtf8();
+    ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("reports/Cut.XRPT")), report.left(report.size() - 20)));
+    ASSERT_TRUE(
+        zwtest::WriteFile(m_dir.filePath(QStringLiteral("reports/Style.XRPT")), "<style><size>10</size></style>"));
+    TestMainWindow window;
+    for (const char* name : {"Cut", "Style"}) {
+        window.messages.clear();
+        EXPECT_EQ(window.OpenReport(QString::fromLatin1(name)), nullptr);
+        ASSERT_EQ(window.messages.size(), 1u) << name;
+        EXPECT_TRUE(window.messages[0].startsWith(
+            QStringLiteral("The report \"%1\" could not be read").arg(QLatin1String(name))))
+            << window.messages[0].toStdString();
+    }
+    EXPECT_TRUE(window.messages[0].contains(QStringLiteral("not \"design\""))) << window.messages[0].toStdString();
+    EXPECT_EQ(window.viewersMade, 0);
+    EXPECT_EQ(ZWReportFiles::LastReport(), QStringLiteral("Boiler"));
 }
 
 TEST_F(MainWindow, ChoosingTheLoggerDatabase)

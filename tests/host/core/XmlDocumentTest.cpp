@@ -21,6 +21,16 @@ QByteArray Nested(int depth)
     return s;
 }
 
+// A root element with `count` attributes, each `valueBytes` long.
+QByteArray Attributes(int count, int valueBytes = 1)
+{
+    QByteArray s = "<design";
+    const QByteArray value(valueBytes, 'v');
+    for (int i = 0; i < count; ++i)
+        s += " a" + QByteArray::number(i) + "=\"" + value + "\"";
+    return s + "><name>x</name></design>";
+}
+
 struct RefusedCase
 {
     const char* what;
@@ -52,7 +62,14 @@ INSTANTIATE_TEST_SUITE_P(Hostile, XmlRefused,
         RefusedCase{"truncated", "<design><page><width>210.00</width>", XmlDocument::Error::Syntax},
         RefusedCase{"two roots", "<a/><b/>", XmlDocument::Error::Syntax},
         RefusedCase{"empty", "", XmlDocument::Error::Empty},
-        RefusedCase{"not xml", "\x89PNG\r\n\x1a\n", XmlDocument::Error::Syntax}),
+        RefusedCase{"not xml", "\x89PNG\r\n\x1a\n", XmlDocument::Error::Syntax},
+        RefusedCase{
+            "one attribute too many", Attributes(XmlDocument::MaxAttributes + 1), XmlDocument::Error::TagTooLarge},
+        RefusedCase{"two hundred thousand attributes", Attributes(200000), XmlDocument::Error::TagTooLarge},
+        RefusedCase{
+            "a start tag over the length", Attributes(1, XmlDocument::MaxTagBytes), XmlDocument::Error::TagTooLarge},
+        RefusedCase{"an unclosed start tag over the length",
+            "<design a=\"" + QByteArray(XmlDocument::MaxTagBytes + 10, '>'), XmlDocument::Error::TagTooLarge}),
     [](const testing::TestParamInfo<RefusedCase>& info) {
         std::string name = info.param.what;
         for (char& c : name)
@@ -60,6 +77,25 @@ INSTANTIATE_TEST_SUITE_P(Hostile, XmlRefused,
                 c = '_';
         return name;
     });
+
+TEST(XmlDocument, StartTagsUpToTheLimitsAndWhatOnlyLooksLikeTags)
+{
+    XmlDocument doc;
+    EXPECT_TRUE(doc.Parse(Attributes(XmlDocument::MaxAttributes))) << doc.ErrorString().toStdString();
+    EXPECT_TRUE(doc.Parse(Attributes(1, XmlDocument::MaxTagBytes - 100))) << doc.ErrorString().toStdString();
+    // Attribute-like text in comments, CDATA, processing instructions and
+    // quoted values is no start tag.
+    const QByteArray many = Attributes(1000).mid(1);
+    const QByteArray xml = "<?xml version=\"1.0\"?><!-- <" + many + " --><design note=\"a > b = c\"><name><![CDATA[<"
+        + many + "]]></name><?pi <" + many + "?><value>1 &gt; 0</value></design>";
+    ASSERT_TRUE(doc.Parse(xml)) << doc.ErrorString().toStdString();
+    EXPECT_EQ(doc.Value(QStringLiteral("/value")), QStringLiteral("1 > 0"));
+    // A refusal says where the tag begins.
+    EXPECT_FALSE(doc.Parse("<design>\n  <name>x</name>\n  " + Attributes(300).left(4000) + "/></design>"));
+    EXPECT_TRUE(
+        doc.ErrorString().startsWith(QStringLiteral("line 3, column 3: an element with more than 256 attributes")))
+        << doc.ErrorString().toStdString();
+}
 
 TEST(XmlDocument, AcceptsNestingUpToTheLimit)
 {
@@ -155,7 +191,8 @@ TEST(XmlDocument, LineAndColumnOfASyntaxError)
     ASSERT_FALSE(doc.Parse(QByteArray("<design>\n<name>x</nam>\n</design>")));
     EXPECT_EQ(doc.ErrorLine(), 2);
     EXPECT_GT(doc.ErrorColumn(), 0);
-    EXPECT_FALSE(doc.ErrorString().isEmpty());
+    EXPECT_TRUE(doc.ErrorString().startsWith(QStringLiteral("line 2, column %1: ").arg(doc.ErrorColumn())))
+        << doc.ErrorString().toStdString();
 }
 
 TEST(XmlDocument, QtFuzzRegressionsLoadOrFailQuickly)

@@ -22,6 +22,15 @@ protected:
     int m_files = 0;
 };
 
+// A header of `count` distinct variables, all in one line.
+QByteArray ManyColumns(int count)
+{
+    QByteArray header = "time";
+    for (int i = 0; i < count; ++i)
+        header += ",Bay." + QByteArray::number(i);
+    return header + "\n";
+}
+
 INSTANTIATE_TEST_SUITE_P(Backends, LoggerImport, testing::Values(Backend::SQLite, Backend::PostgreSQL), BackendName);
 
 } // namespace
@@ -52,6 +61,20 @@ TEST_P(LoggerImport, ReadsInstantsLocalTimesQuotedNamesAndSkipsEmptyCells)
     EXPECT_EQ(v, (std::vector<double>{103.0 - 101.5, (20.0 + 21.0 - 10.0) / 3.0, 101.5, 3.0}));
 }
 
+TEST_P(LoggerImport, LinesMayEndWithACarriageReturnAlone)
+{
+    QString error;
+    ASSERT_TRUE(Import("time,A.x\r2025-01-06T00:00:00Z,1\r\r2025-01-06T01:00:00Z,2\r\n2025-01-06T02:00:00Z,3\n"
+                       "2025-01-06T03:00:00Z,4",
+        &error))
+        << error.toStdString();
+    EXPECT_EQ(CountRows(QStringLiteral("samples")), 4);
+    EXPECT_EQ(Value(QStringLiteral("A.x:sum"), T0, T0 + 86400), 10.0);
+    // A bad row after CR line ends is named by its line.
+    EXPECT_FALSE(Import("time,A.x\r2025-01-06T00:00:00Z,1\rbad,2\r", &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("line 3: 'bad'"))) << error.toStdString();
+}
+
 TEST_P(LoggerImport, ABadRowStopsTheImportAndKeepsNothing)
 {
     QString error;
@@ -59,7 +82,7 @@ TEST_P(LoggerImport, ABadRowStopsTheImportAndKeepsNothing)
     struct Case
     {
         QByteArray csv;
-        const char* message;
+        QByteArray message;
     } cases[] = {
         {"time,A.x,B.y\n2025-01-06T01:00:00Z,5,6\n2025-01-06T02:00:00Z,7,8\n2025-01-06T03:00:00Z,abc,9\n",
             "line 4: 'abc' is not a number"},
@@ -75,14 +98,27 @@ TEST_P(LoggerImport, ABadRowStopsTheImportAndKeepsNothing)
         {"time,A.x,A.x\n", "line 1: variable 'A.x' appears twice"},
         {"", "line 0: the file is empty"},
         {"time,A.x\n1969-12-31T23:59:59Z,1\n", "line 2: the time lies before 1970"},
+        // A long cell is quoted in part.
+        {"time,A.x\n2025-01-06T01:00:00Z," + QByteArray(1000, '7') + "e\n",
+            "line 2: '" + QByteArray(80, '7') + "… (1001 characters)' is not a number"},
+        {"time,A.x\n" + QByteArray(300, 'T') + ",1\n", "line 2: '" + QByteArray(80, 'T') + "… (300 characters)'"},
+        {QByteArray("time,A.x,B\0.y\n", 14),
+            "line 1: the variable name 'B\\u0000.y' holds a control character (U+0000)"},
+        {"time,A.x,B.y\tz\n", "holds a control character (U+0009)"},
+        // Bounds: columns and line length.
+        {ManyColumns(ZWLoggerImport::MaxColumns + 1),
+            "line 1: the header has 10001 variable columns; a file may have at most 10000"},
+        {"time,A.x\n2025-01-06T01:00:00Z," + QByteArray(ZWLoggerImport::MaxLineChars, '1') + "\n",
+            "line 2: the line is longer than 4194304 characters"},
     };
     for (const Case& c : cases) {
-        EXPECT_FALSE(Import(c.csv, &error)) << c.message;
-        EXPECT_TRUE(error.contains(QString::fromUtf8(c.message))) << error.toStdString() << " / " << c.message;
+        EXPECT_FALSE(Import(c.csv, &error)) << c.message.toStdString();
+        EXPECT_TRUE(error.contains(QString::fromUtf8(c.message)))
+            << error.left(300).toStdString() << " / " << c.message.toStdString();
         // Nothing of the file: not B.y, not the good rows before the bad one.
-        EXPECT_EQ(CountRows(QStringLiteral("samples")), 1) << c.message;
-        EXPECT_EQ(CountRows(QStringLiteral("variables")), 1) << c.message;
-        EXPECT_EQ(CountRows(QStringLiteral("rollup_hour")), 1) << c.message;
+        EXPECT_EQ(CountRows(QStringLiteral("samples")), 1) << c.message.toStdString();
+        EXPECT_EQ(CountRows(QStringLiteral("variables")), 1) << c.message.toStdString();
+        EXPECT_EQ(CountRows(QStringLiteral("rollup_hour")), 1) << c.message.toStdString();
         EXPECT_FALSE(m_store->HasVariable(QStringLiteral("B.y")));
     }
 }
