@@ -1,5 +1,7 @@
 #include "host/core/XmlDocument.h"
 
+#include "host/core/ZWRegularFile.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -172,15 +174,16 @@ bool XmlDocument::Fail(Error error, const QString& message, qint64 line, qint64 
 bool XmlDocument::Load(const QString& path)
 {
     Reset();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return Fail(Error::File, file.errorString());
-    if (file.size() > MaxBytes)
-        return Fail(Error::TooLarge, QStringLiteral("file larger than %1 bytes").arg(MaxBytes));
-    const QByteArray data = file.read(MaxBytes + 1);
-    if (file.error() != QFileDevice::NoError)
-        return Fail(Error::File, file.errorString());
-    return Parse(data);
+    QByteArray data;
+    QString why;
+    switch (ZWRegularFile::Read(path, MaxBytes, data, &why)) {
+    case ZWRegularFile::Result::Ok:
+        return Parse(data);
+    case ZWRegularFile::Result::TooLarge:
+        return Fail(Error::TooLarge, why);
+    default:
+        return Fail(Error::File, why);
+    }
 }
 
 bool XmlDocument::Parse(const char* utf8)

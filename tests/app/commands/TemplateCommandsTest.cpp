@@ -9,6 +9,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -198,6 +199,23 @@ TEST(TemplateCommands, PageSizesThatCannotBeDrawnAreNamedAsSuch)
         EXPECT_EQ(Zwinformes({u"render"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, QString::fromLatin1(dpi)}).status, 2)
             << dpi;
     }
+}
+
+TEST(TemplateCommands, AStyleOrPictureThatIsAFifoDoesNotBlock)
+{
+    QTemporaryDir dir;
+    for (const char* name : {"Title.XSTY", "logo.png"})
+        ASSERT_EQ(::mkfifo(QFile::encodeName(dir.filePath(QString::fromLatin1(name))).constData(), 0600), 0);
+    const QString in = dir.filePath(u"Fifo.XRPT"_s);
+    ASSERT_TRUE(zwtest::WriteFile(in,
+        "<design><page><width>50</width><height>30</height>"
+        "<label><x>1</x><y>1</y><width>40</width><height>8</height><value>Hello</value><styleFile>Title</styleFile>"
+        "</label><image><x>1</x><y>10</y><width>20</width><height>10</height><valueFile>logo.png</valueFile></image>"
+        "</page></design>"));
+    const Result r = Zwinformes({u"render-template"_s, in, u"--data-dir"_s, dir.path(), u"--png"_s,
+        dir.filePath(u"out"_s), u"--dpi"_s, u"50"_s});
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_TRUE(QFile::exists(dir.filePath(u"out/Fifo-1.png"_s)));
 }
 
 TEST(TemplateCommands, PictureDecoderIsHiddenAndSpeaksItsProtocol)
