@@ -2,6 +2,7 @@
 
 #include "host/core/ZWGuid.h"
 #include "host/core/ZWLoadString.h"
+#include "template/ZWReportLimits.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -36,9 +37,14 @@ bool ZWTemplate::Load(const QString& path, QString* error)
         return false;
     }
     // Other XML (a style file, a value document) would read as a blank report.
-    if (document.Root().Name() != QLatin1String("design")) {
+    QString problem;
+    if (document.Root().Name() != QLatin1String("design"))
+        problem = ZWLoadString(33103).arg(document.Root().Name());
+    else
+        problem = ZWReportLimits::Problem(document);
+    if (!problem.isEmpty()) {
         if (error)
-            *error = ZWLoadString(33100).arg(path, ZWLoadString(33103).arg(document.Root().Name()));
+            *error = ZWLoadString(33100).arg(path, problem);
         *this = ZWTemplate();
         return false;
     }

@@ -306,6 +306,7 @@ bool XmlDocument::CheckStartTags(const QByteArray& utf8)
         column = qint64(at - lineStart) + 1;
     };
     const char* p = begin;
+    qint64 elements = 0;
     while (p < end) {
         p = static_cast<const char*>(std::memchr(p, '<', size_t(end - p)));
         if (!p)
@@ -322,6 +323,12 @@ bool XmlDocument::CheckStartTags(const QByteArray& utf8)
         } else {
             // A start tag: up to its ">" outside quoted attribute values.
             const char* tag = p;
+            if (++elements > MaxElements) {
+                qint64 line = 0, column = 0;
+                place(tag, line, column);
+                return Fail(
+                    Error::TooManyElements, QStringLiteral("more than %1 elements").arg(MaxElements), line, column);
+            }
             char quote = 0;
             int attributes = 0;
             for (++p; p < end; ++p) {
