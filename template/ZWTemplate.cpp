@@ -3,6 +3,7 @@
 #include "host/core/ZWGuid.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWTextId.h"
+#include "template/ZWReportLimits.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -37,10 +38,14 @@ bool ZWTemplate::Load(const QString& path, QString* error)
         return false;
     }
     // Other XML (a style file, a value document) would read as a blank report.
-    if (document.Root().Name() != QLatin1String("design")) {
+    QString problem;
+    if (document.Root().Name() != QLatin1String("design"))
+        problem = ZWLoadString(ZWTextId::ReportRootNotDesign).arg(document.Root().Name());
+    else
+        problem = ZWReportLimits::Problem(document);
+    if (!problem.isEmpty()) {
         if (error)
-            *error = ZWLoadString(ZWTextId::ReportCannotRead)
-                         .arg(path, ZWLoadString(ZWTextId::ReportRootNotDesign).arg(document.Root().Name()));
+            *error = ZWLoadString(ZWTextId::ReportCannotRead).arg(path, problem);
         *this = ZWTemplate();
         return false;
     }

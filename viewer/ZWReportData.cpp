@@ -9,6 +9,7 @@
 #include "host/core/ZWTextId.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWFormat.h"
+#include "template/ZWReportLimits.h"
 #include "viewer/ZWReportFiles.h"
 
 #include <QFileInfo>
@@ -38,10 +39,12 @@ bool ZWReportData::GetDesign(QString& name)
     m_designError.clear();
     if (!name.isEmpty() && m_design.Load(name)) {
         // Other XML (a style file, a value document) would show a blank report.
-        if (m_design.Root().Name() == QLatin1String("design"))
+        const QString problem = m_design.Root().Name() != QLatin1String("design")
+            ? ZWLoadString(ZWTextId::ReportRootNotDesign).arg(m_design.Root().Name())
+            : ZWReportLimits::Problem(m_design);
+        if (problem.isEmpty())
             return true;
-        m_designError = QStringLiteral("%1: %2").arg(
-            name, ZWLoadString(ZWTextId::ReportRootNotDesign).arg(m_design.Root().Name()));
+        m_designError = QStringLiteral("%1: %2").arg(name, problem);
         m_design.Create(QStringLiteral("design"));
         return false;
     }

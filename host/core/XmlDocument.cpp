@@ -1,5 +1,7 @@
 #include "host/core/XmlDocument.h"
 
+#include "host/core/ZWRegularFile.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -172,15 +174,16 @@ bool XmlDocument::Fail(Error error, const QString& message, qint64 line, qint64 
 bool XmlDocument::Load(const QString& path)
 {
     Reset();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return Fail(Error::File, file.errorString());
-    if (file.size() > MaxBytes)
-        return Fail(Error::TooLarge, QStringLiteral("file larger than %1 bytes").arg(MaxBytes));
-    const QByteArray data = file.read(MaxBytes + 1);
-    if (file.error() != QFileDevice::NoError)
-        return Fail(Error::File, file.errorString());
-    return Parse(data);
+    QByteArray data;
+    QString why;
+    switch (ZWRegularFile::Read(path, MaxBytes, data, &why)) {
+    case ZWRegularFile::Result::Ok:
+        return Parse(data);
+    case ZWRegularFile::Result::TooLarge:
+        return Fail(Error::TooLarge, why);
+    default:
+        return Fail(Error::File, why);
+    }
 }
 
 bool XmlDocument::Parse(const char* utf8)
@@ -303,6 +306,7 @@ bool XmlDocument::CheckStartTags(const QByteArray& utf8)
         column = qint64(at - lineStart) + 1;
     };
     const char* p = begin;
+    qint64 elements = 0;
     while (p < end) {
         p = static_cast<const char*>(std::memchr(p, '<', size_t(end - p)));
         if (!p)
@@ -319,6 +323,12 @@ bool XmlDocument::CheckStartTags(const QByteArray& utf8)
         } else {
             // A start tag: up to its ">" outside quoted attribute values.
             const char* tag = p;
+            if (++elements > MaxElements) {
+                qint64 line = 0, column = 0;
+                place(tag, line, column);
+                return Fail(
+                    Error::TooManyElements, QStringLiteral("more than %1 elements").arg(MaxElements), line, column);
+            }
             char quote = 0;
             int attributes = 0;
             for (++p; p < end; ++p) {

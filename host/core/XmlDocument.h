@@ -18,10 +18,11 @@
 // Documents come from users and other machines, so loading refuses, in a
 // streaming pass before any tree is built, a document type declaration or
 // entity reference, nesting deeper than MaxDepth and input larger than
-// MaxBytes; before that pass, a start tag longer than MaxTagBytes or with
-// more than MaxAttributes attributes (Qt's reader takes time in the square
-// of an element's attributes). A refused document is a document that failed
-// to load.
+// MaxBytes; before that pass, a scan of the bytes refuses more than
+// MaxElements elements and a start tag longer than MaxTagBytes or with more
+// than MaxAttributes attributes (Qt's reader takes time in the square of an
+// element's attributes). A refused document is a document that failed to
+// load.
 class XmlDocument
 {
 public:
@@ -29,6 +30,10 @@ public:
     static constexpr qint64 MaxBytes = 256LL * 1024 * 1024;
     static constexpr qsizetype MaxTagBytes = 64 * 1024;
     static constexpr int MaxAttributes = 256;
+    // Elements of one document, counted before any tree is built: a tree of
+    // this many stays within a few hundred MB (a report of 20 pages of 100
+    // cards has about 30,000 elements).
+    static constexpr qint64 MaxElements = 300000;
 
     class XmlNode
     {
@@ -70,7 +75,7 @@ public:
         QDomElement m_element;
     };
 
-    enum class Error { None, File, TooLarge, Doctype, Entity, TooDeep, Syntax, Empty, TagTooLarge };
+    enum class Error { None, File, TooLarge, Doctype, Entity, TooDeep, Syntax, Empty, TagTooLarge, TooManyElements };
 
     XmlDocument() = default;
 

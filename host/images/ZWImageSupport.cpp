@@ -1,5 +1,6 @@
 #include "host/images/ZWImageSupport.h"
 
+#include "host/core/ZWRegularFile.h"
 #include "host/images/ZWImageDecoderProcess.h"
 #include "host/images/ZWPcxDecoder.h"
 #include "host/images/ZWTgaDecoder.h"
@@ -173,14 +174,7 @@ QImage ZWImageSupport::Load(const QByteArray& bytes, Status* status)
 bool ZWImageSupport::ReadPictureFile(const QString& path, QByteArray& bytes)
 {
     bytes.clear();
-    const QFileInfo info(path);
-    if (path.isEmpty() || !info.isFile() || info.size() > MaxFileBytes)
-        return false;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    bytes = file.read(MaxFileBytes);
-    return file.error() == QFileDevice::NoError;
+    return !path.isEmpty() && ZWRegularFile::Read(path, MaxFileBytes, bytes) == ZWRegularFile::Result::Ok;
 }
 
 QImage ZWImageSupport::Resample(const QImage& image, const QSize& size)

@@ -6,6 +6,7 @@
 #include "template/ZWCardImage.h"
 #include "template/ZWCardLabel.h"
 #include "template/ZWPageRenderer.h"
+#include "template/ZWReportLimits.h"
 #include "template/ZWTemplate.h"
 #include "template/ZWXmlFields.h"
 #include "tests/support/ZWTestSupport.h"
@@ -235,14 +236,59 @@ TEST(TemplateBadInput, AbsurdGeometryDrawsWithoutHarm)
     EXPECT_TRUE(ZWPageRenderer::RenderPage(report.pages[0], 150.0).isNull());
 }
 
+struct LimitCase
+{
+    const char* label;
+    QByteArray xml;
+    const char* problem; // empty: within the limits
+};
+
+class ReportLimitsOf : public testing::TestWithParam<LimitCase>
+{};
+
+TEST_P(ReportLimitsOf, Design)
+{
+    XmlDocument design;
+    ASSERT_TRUE(design.Parse(GetParam().xml)) << design.ErrorString().toStdString();
+    EXPECT_EQ(ZWReportLimits::Problem(design), QString::fromUtf8(GetParam().problem));
+}
+
+QByteArray Page(int labels, int textLength = 1, const QByteArray& extra = QByteArray())
+{
+    QByteArray xml = "<design><page><width>210</width></page><page>";
+    for (int i = 0; i < labels; ++i)
+        xml += "<label><value>" + QByteArray(textLength, 'x') + "</value></label>";
+    return xml + extra + "</page></design>";
+}
+
+const LimitCase kLimitCases[] = {
+    {"AFullPageIsAccepted", Page(ZWReportLimits::MaxCardsPerPage), ""},
+    {"OneCardTooManyIsRefused", Page(ZWReportLimits::MaxCardsPerPage + 1), "page 2 has more than 5000 cards"},
+    {"TheLongestTextIsAccepted", Page(3, ZWReportLimits::MaxCardText), ""},
+    {"ALongerTextIsRefused", Page(3, ZWReportLimits::MaxCardText + 1),
+        "page 2, card 1 (label): its \"value\" holds 10001 characters; a card's text may hold at most 10000"},
+    {"ALongConditionIsRefused",
+        Page(1, 1,
+            "<conditioned><control><condition>" + QByteArray(20000, '1') + "</condition></control></conditioned>"),
+        "page 2, card 2 (conditioned): its \"condition\" holds 20000 characters; a card's text may hold at most 10000"},
+    {"APicturesBytesAreNoText", Page(1, 1, "<image><value>" + QByteArray(100000, 'A') + "</value></image>"), ""},
+};
+
+INSTANTIATE_TEST_SUITE_P(Reports, ReportLimitsOf, testing::ValuesIn(kLimitCases),
+    [](const testing::TestParamInfo<LimitCase>& info) { return std::string(info.param.label); });
+
 TEST(TemplateBadInput, FiftyMegabyteTemplate)
 {
-    // 40 000 labels of 1 KiB text each, and one 8 MB embedded "picture".
+    // 40 000 labels of 1 KiB text each on eight pages (as many as a page may
+    // hold), and one 8 MB embedded "picture" on a ninth.
     QByteArray xml = "<?xml version=\"1.0\"?><design><id>big</id><name>big</name><page>";
     const QByteArray text(1024, 'k');
-    for (int i = 0; i < 40000; ++i)
+    for (int i = 0; i < 40000; ++i) {
+        if (i > 0 && i % ZWReportLimits::MaxCardsPerPage == 0)
+            xml += "</page><page>";
         xml += "<label><x>" + QByteArray::number(i % 200) + "</x><value>" + text + "</value></label>";
-    xml += "<image><value>" + QByteArray(8 * 1024 * 1024, 'A') + "</value></image>";
+    }
+    xml += "</page><page><image><value>" + QByteArray(8 * 1024 * 1024, 'A') + "</value></image>";
     xml += "</page></design>";
     ASSERT_GT(xml.size(), 50'000'000);
     QTemporaryDir dir;
@@ -250,10 +296,11 @@ TEST(TemplateBadInput, FiftyMegabyteTemplate)
     ASSERT_TRUE(zwtest::WriteFile(path, xml));
     xml.clear();
     ZWTemplate report;
-    ASSERT_TRUE(report.Load(path));
-    ASSERT_EQ(report.pages.size(), 1u);
+    QString error;
+    ASSERT_TRUE(report.Load(path, &error)) << error.toStdString();
+    ASSERT_EQ(report.pages.size(), 9u);
     EXPECT_EQ(report.CountCards(), 40001);
-    const auto& image = static_cast<const ZWCardImage&>(*report.pages[0].cards.back());
+    const auto& image = static_cast<const ZWCardImage&>(*report.pages[8].cards.back());
     EXPECT_EQ(image.bytes.size(), 6 * 1024 * 1024);
     EXPECT_FALSE(image.HasPicture());
 }

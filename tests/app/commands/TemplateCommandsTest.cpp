@@ -1,5 +1,6 @@
 // The commands format-number, format-date, resave, render-template and the
 // hidden picture decoder of the zwinformes program.
+#include "template/ZWReportLimits.h"
 #include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
@@ -7,8 +8,11 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +26,76 @@ Result Zwinformes(const QStringList& args, const QByteArray& input = QByteArray(
     options.environment = {{u"ZWINFORMES_LOCALE"_s, u"C"_s}, {u"QT_QPA_PLATFORM"_s, u"offscreen"_s}};
     options.input = input;
     return zwtest::RunProgram(args, options);
+}
+
+// The program run with its address space limited to `megabytes`, as the
+// bounds of the input promise it can be. Not under AddressSanitizer, whose
+// shadow memory needs more address space than any such limit.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kCanLimitMemory = false;
+#else
+constexpr bool kCanLimitMemory = true;
+#endif
+
+Result ZwinformesWithin(int megabytes, const QStringList& args)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ZWINFORMES_LOCALE"), QStringLiteral("C"));
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    process.setProcessEnvironment(environment);
+    const rlim_t bytes = rlim_t(megabytes) * 1024 * 1024;
+    process.setChildProcessModifier([bytes] {
+        const struct rlimit limit
+        {
+            bytes, bytes
+        };
+        ::setrlimit(RLIMIT_AS, &limit);
+    });
+    process.start(QStringLiteral(ZW_PROGRAM), args);
+    EXPECT_TRUE(process.waitForFinished(120000)) << args.join(u' ').toStdString();
+    Result r;
+    r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    r.out = QString::fromUtf8(process.readAllStandardOutput());
+    r.err = QString::fromUtf8(process.readAllStandardError());
+    return r;
+}
+
+TEST(TemplateCommands, OversizedReportsAreRefusedWithinAFewHundredMegabytes)
+{
+    if (!kCanLimitMemory)
+        GTEST_SKIP() << "address space limits do not apply under AddressSanitizer";
+    QTemporaryDir dir;
+    const QByteArray label = "<label><x>1.00</x><y>2.00</y><width>10.00</width><height>10.00</height>"
+                             "<font>Arial</font><size>10.00</size><value>L</value></label>";
+    struct Case
+    {
+        const char* name;
+        QByteArray xml;
+        const char* message;
+    } cases[] = {
+        // 150,000 labels (47 MB): over a GB of memory when they were read.
+        {"Labels.XRPT", "<design><page>" + label.repeated(150000) + "</page></design>", "more than 300000 elements"},
+        // One label of 50 MB: over 3 GB and most of a minute to draw.
+        {"Text.XRPT",
+            "<design><page><label><value>" + QByteArray(50 * 1024 * 1024, 'x') + "</value></label></page></design>",
+            "page 1, card 1 (label): its \"value\" holds 52428800 characters"},
+    };
+    for (const Case& c : cases) {
+        const QString in = dir.filePath(QString::fromLatin1(c.name));
+        ASSERT_TRUE(zwtest::WriteFile(in, c.xml));
+        const Result r = ZwinformesWithin(1024, {u"render-template"_s, in, u"--png"_s, dir.filePath(u"out"_s)});
+        EXPECT_EQ(r.status, 1) << c.name << "\n" << r.err.toStdString();
+        EXPECT_TRUE(r.err.contains(QString::fromLatin1(c.message))) << r.err.toStdString();
+    }
+    // A report at the limits is drawn within the same memory.
+    QByteArray full = "<design>";
+    for (int page = 0; page < 4; ++page)
+        full += "<page>" + label.repeated(ZWReportLimits::MaxCardsPerPage) + "</page>";
+    const QString in = dir.filePath(u"Full.XRPT"_s);
+    ASSERT_TRUE(zwtest::WriteFile(in, full + "</design>"));
+    const Result r = ZwinformesWithin(1024, {u"render-template"_s, in, u"--png"_s, dir.filePath(u"out"_s)});
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
 }
 
 TEST(TemplateCommands, FormatNumber)
@@ -179,6 +253,23 @@ TEST(TemplateCommands, PageSizesThatCannotBeDrawnAreNamedAsSuch)
         EXPECT_EQ(Zwinformes({u"render"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, QString::fromLatin1(dpi)}).status, 2)
             << dpi;
     }
+}
+
+TEST(TemplateCommands, AStyleOrPictureThatIsAFifoDoesNotBlock)
+{
+    QTemporaryDir dir;
+    for (const char* name : {"Title.XSTY", "logo.png"})
+        ASSERT_EQ(::mkfifo(QFile::encodeName(dir.filePath(QString::fromLatin1(name))).constData(), 0600), 0);
+    const QString in = dir.filePath(u"Fifo.XRPT"_s);
+    ASSERT_TRUE(zwtest::WriteFile(in,
+        "<design><page><width>50</width><height>30</height>"
+        "<label><x>1</x><y>1</y><width>40</width><height>8</height><value>Hello</value><styleFile>Title</styleFile>"
+        "</label><image><x>1</x><y>10</y><width>20</width><height>10</height><valueFile>logo.png</valueFile></image>"
+        "</page></design>"));
+    const Result r = Zwinformes({u"render-template"_s, in, u"--data-dir"_s, dir.path(), u"--png"_s,
+        dir.filePath(u"out"_s), u"--dpi"_s, u"50"_s});
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_TRUE(QFile::exists(dir.filePath(u"out/Fifo-1.png"_s)));
 }
 
 TEST(TemplateCommands, PictureDecoderIsHiddenAndSpeaksItsProtocol)

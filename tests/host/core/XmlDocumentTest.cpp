@@ -63,6 +63,8 @@ INSTANTIATE_TEST_SUITE_P(Hostile, XmlRefused,
         RefusedCase{"two roots", "<a/><b/>", XmlDocument::Error::Syntax},
         RefusedCase{"empty", "", XmlDocument::Error::Empty},
         RefusedCase{"not xml", "\x89PNG\r\n\x1a\n", XmlDocument::Error::Syntax},
+        RefusedCase{"one element too many", "<a>" + QByteArray("<b/>").repeated(XmlDocument::MaxElements) + "</a>",
+            XmlDocument::Error::TooManyElements},
         RefusedCase{
             "one attribute too many", Attributes(XmlDocument::MaxAttributes + 1), XmlDocument::Error::TagTooLarge},
         RefusedCase{"two hundred thousand attributes", Attributes(200000), XmlDocument::Error::TagTooLarge},
