@@ -82,9 +82,10 @@ TEST_F(ReportFolder, ListsOnlyReportsAndPreselects)
     dialog.SetType(CDlgInformesList::NewName);
     dialog.SetName(QStringLiteral("Boiler"));
     dialog.show();
-    // Backups and other extensions are not reports.
+    // Backups are not reports; the extension counts in any letter case.
     EXPECT_EQ(Items(dialog),
-        (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1")}));
+        (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1"),
+            QStringLiteral("lower")}));
     ASSERT_EQ(dialog.List()->selectedItems().size(), 1);
     EXPECT_EQ(dialog.List()->selectedItems().first()->text(0), QStringLiteral("Boiler"));
     // A new report starts from the selected name.
