@@ -137,12 +137,12 @@ TEST_F(ZWViewPageTest, PicturesFromTheValueDocument)
                                   .arg(png)
                                   .toUtf8();
     ASSERT_TRUE(m_view.SetUserData(values));
-    EXPECT_EQ(Find<ZWCardImage>("I")->image.size(), QSize(3, 2));
+    EXPECT_EQ(Find<ZWCardImage>("I")->PictureSize(), QSize(3, 2));
     auto* conditioned = Find<ZWCardConditioned>("C");
     EXPECT_EQ(conditioned->level, 2);
     // A picture alternative lies beneath the text cards.
     EXPECT_EQ(conditioned->layer, 0);
-    EXPECT_EQ(dynamic_cast<ZWCardImage*>(conditioned->GetCurrentControl())->image.size(), QSize(3, 2));
+    EXPECT_EQ(dynamic_cast<ZWCardImage*>(conditioned->GetCurrentControl())->PictureSize(), QSize(3, 2));
 
     // A value that decodes to nothing leaves the card empty.
     ASSERT_TRUE(m_view.SetUserData("<fields><image><id>I</id><value>!!!</value></image></fields>"));

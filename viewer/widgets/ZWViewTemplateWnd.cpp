@@ -33,6 +33,7 @@ ZWViewTemplateWnd::ZWViewTemplateWnd(QWidget* parent) : QAbstractScrollArea(pare
     viewport()->setAttribute(Qt::WA_NoSystemBackground);
     viewport()->setContextMenuPolicy(Qt::PreventContextMenu);
     setContextMenuPolicy(Qt::PreventContextMenu);
+    m_page.SetMarkProblems(true);
 }
 
 ZWViewTemplateWnd::~ZWViewTemplateWnd() = default;
