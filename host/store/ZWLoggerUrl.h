@@ -5,7 +5,8 @@
 #include <QString>
 
 // Where the logged data lives, from one URL-like text:
-//   sqlite:PATH                 a SQLite file (created when missing); also
+//   sqlite:PATH                 a SQLite file (made only by the writers that
+//                               fill a database: import, demo data); also
 //                               sqlite:///abs/path, or a bare PATH
 //   postgresql://[user[:password]@]host[:port]/dbname[?option=value&...]
 //                               a PostgreSQL database ("postgres://" too);
