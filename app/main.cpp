@@ -62,6 +62,7 @@ void PrintUsage(QTextStream& s)
          "  --report-dir DIR  folder of the .XRPT reports\n"
          "  --data-dir DIR    folder of styles and relative pictures\n"
          "  --db URL          logger database: sqlite:PATH or postgresql://user@host:port/db\n"
+         "                    (an existing one; only import and demo-db create one)\n"
          "\n"
          "'zwinformes COMMAND --help' describes a command.\n";
     s.flush();

@@ -1,5 +1,8 @@
 #include "template/ZWTemplatePage.h"
 
+#include "template/ZWCardConditioned.h"
+#include "template/ZWCardImage.h"
+
 ZWTemplatePage::ZWTemplatePage(const ZWTemplatePage& other) : properties(other.properties)
 {
     cards.reserve(other.cards.size());
@@ -63,4 +66,25 @@ ZWCardControl* ZWTemplatePage::FindCard(const QString& cardId) const
         if (card->id == cardId)
             return card.get();
     return nullptr;
+}
+
+QStringList ZWTemplatePage::PictureProblems() const
+{
+    QStringList problems;
+    if (const QString why = properties.background->PictureProblem(); !why.isEmpty())
+        problems << QStringLiteral("background: the picture is not drawn: %1").arg(why);
+    const auto note = [&problems](const ZWCardControl& card) {
+        if (!card.IsKindOf("ZWCardImage"))
+            return;
+        const QString why = static_cast<const ZWCardImage&>(card).PictureProblem();
+        if (!why.isEmpty())
+            problems << QStringLiteral("card %1: the picture is not drawn: %2").arg(card.id, why);
+    };
+    for (const auto& card : cards) {
+        note(*card);
+        if (card->IsKindOf("ZWCardConditioned"))
+            for (const auto& alternative : static_cast<const ZWCardConditioned&>(*card).controls)
+                note(*alternative);
+    }
+    return problems;
 }

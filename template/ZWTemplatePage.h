@@ -3,6 +3,7 @@
 #include "template/ZWCardControl.h"
 #include "template/ZWGlobalProperties.h"
 
+#include <QStringList>
 #include <memory>
 #include <vector>
 
@@ -30,6 +31,11 @@ public:
     void UpdateStylesFromFile();
     // The first card with this id, or null.
     ZWCardControl* FindCard(const QString& cardId) const;
+    // The pictures of the page that were not drawn, and why: "background: the
+    // picture is not drawn: …", "card {id}: …" (image alternatives of
+    // conditioned cards included).
+    // Meaningful after drawing (a picture that fails to decode is known then).
+    QStringList PictureProblems() const;
 
     ZWGlobalProperties properties;
     std::vector<std::unique_ptr<ZWCardControl>> cards;

@@ -26,6 +26,7 @@ struct tagDraw
     bool clipToPage = false;       // clip drawing to the page's rounded rectangle
     bool clipToCard = false;       // clip a picture to its card (the editor sets it)
     bool noBackground = false;     // image cards do not fill their background colour
+    bool markProblems = false;     // a picture that cannot be drawn is marked (windows)
     int scrollX = 0;               // subtracted from every device x
     int scrollY = 0;               // subtracted from every device y
 

@@ -223,6 +223,7 @@ void ZWViewPage::Draw(QPainter& dc, const QRect& target, bool logicalResolution,
     tagDraw draw = ZWPageRenderer::MakeDraw(dc.device(), m_page.properties, m_factor, target, scrollX, scrollY);
     draw.logicalResolution = logicalResolution;
     draw.noBackground = noBackground;
+    draw.markProblems = m_markProblems;
     draw.clipToPage = false;
     const ZWRect visible{clip.left(), clip.top(), clip.right(), clip.bottom()};
     draw.visibleArea = &visible;
@@ -246,13 +247,16 @@ void ZWViewPage::Print(QPainter& dc, const QPointF& physicalOffset)
         FlipCard(true);
     const double factor = m_factor;
     const quint32 out = GetOutColor();
+    const bool mark = m_markProblems;
     m_factor = 1.0;
+    m_markProblems = false;
     SetOutColor(ZW_NO_COLOR);
     dc.save();
     dc.translate(-physicalOffset);
     Draw(dc, area, true, false, area.translated(physicalOffset.toPoint()));
     dc.restore();
     SetOutColor(out);
+    m_markProblems = mark;
     m_factor = factor;
     if (turn)
         FlipCard(false);

@@ -46,6 +46,9 @@ public:
     void SetOutColor(quint32 color) { m_page.properties.outColor = color; }
     quint32 GetOutColor() const { return m_page.properties.outColor; }
     bool HasTemplate() const { return m_hasTemplate; }
+    // Windows mark a picture that cannot be drawn on its card; paper does not
+    // (Print leaves the mark out).
+    void SetMarkProblems(bool mark) { m_markProblems = mark; }
 
     // The page's placed size in pixels at the present factor on `device`.
     QSizeF GetMinimumControlDimensions(const QPaintDevice* device) const;
@@ -79,4 +82,5 @@ private:
     double m_factor;
     XmlDocument m_userData;
     bool m_flipped = false;
+    bool m_markProblems = false;
 };

@@ -175,6 +175,10 @@ int Run(const QStringList& args)
         for (const QString& path : written)
             Out() << path << "\n";
     }
+    // Pictures that could not be drawn are named, though the report is made.
+    for (size_t i = 0; i < pages.size(); ++i)
+        for (const QString& problem : pages[i]->Page().PictureProblems())
+            Err() << "zwinformes render: page " << i + 1 << ", " << problem << "\n";
     return ExitOk;
 }
 

@@ -63,6 +63,8 @@ int Run(const QStringList& args)
             continue;
         }
         Out() << path << "\n";
+        for (const QString& problem : page.PictureProblems())
+            Err() << "zwinformes render-template: page " << number << ", " << problem << "\n";
     }
     return status;
 }

@@ -27,8 +27,8 @@ struct CacheEntry
 struct State
 {
     QMutex mutex;
-    // Cost in KiB: 256 MiB of decoded pictures at most.
-    QCache<QByteArray, CacheEntry> cache{256 * 1024};
+    // Cost in KiB: MaxCacheBytes of decoded pictures and their drawn copies.
+    QCache<QByteArray, CacheEntry> cache{qsizetype(ZWImageSupport::MaxCacheBytes / 1024)};
     QString decoderPath;
     int timeoutMs = 5000;
     qint64 memoryBytes = 1024LL * 1024 * 1024;
@@ -51,14 +51,16 @@ bool WithinLimits(const QSize& size)
 
 void KeepAllocationLimit()
 {
-    // Qt's own guard against image bombs; kept on, and no looser than the
-    // largest picture accepted here needs.
+    // Qt's own guard against image bombs; kept on, at what the largest
+    // picture accepted here needs (Qt's default of 128 MiB refused pictures
+    // these limits accept, such as 6000 × 5000 or a 16-bit PNG).
     static std::once_flag once;
-    std::call_once(once, [] {
-        const int limit = QImageReader::allocationLimit();
-        if (limit <= 0 || limit > 256)
-            QImageReader::setAllocationLimit(256);
-    });
+    std::call_once(once, [] { QImageReader::setAllocationLimit(ZWImageSupport::QtAllocationLimitMiB); });
+}
+
+qint64 Cost(const QImage& image)
+{
+    return image.sizeInBytes() / 1024 + 1;
 }
 
 QImage Fail(ZWImageSupport::Status* status, ZWImageSupport::Status value)
@@ -145,11 +147,150 @@ QImage ZWImageSupport::Decode(const QByteArray& bytes, Status* status)
     return image;
 }
 
+QByteArray ZWImageSupport::Key(const QByteArray& bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+}
+
+QSize ZWImageSupport::Probe(const QByteArray& bytes, Status* status)
+{
+    if (bytes.isEmpty()) {
+        Fail(status, Status::Empty);
+        return QSize();
+    }
+    if (bytes.size() > MaxFileBytes) {
+        Fail(status, Status::TooLarge);
+        return QSize();
+    }
+    const ZWImageFormat::Type type = ZWImageFormat::Detect(bytes);
+    QSize size;
+    switch (type) {
+    case ZWImageFormat::Unknown:
+        Fail(status, Status::NotAPicture);
+        return QSize();
+    case ZWImageFormat::Tiff:
+        if (status)
+            *status = Status::Ok;
+        return QSize();
+    case ZWImageFormat::Tga:
+        size = ZWImageFormat::TgaSize(bytes);
+        break;
+    case ZWImageFormat::Pcx:
+        size = ZWImageFormat::PcxSize(bytes);
+        break;
+    default: {
+        QBuffer buffer;
+        buffer.setData(bytes);
+        buffer.open(QIODevice::ReadOnly);
+        QImageReader reader(&buffer, QByteArray(ZWImageFormat::QtName(type)));
+        reader.setAutoDetectImageFormat(false);
+        reader.setDecideFormatFromContent(false);
+        size = reader.size();
+        break;
+    }
+    }
+    if (!size.isValid()) {
+        Fail(status, Status::Corrupt);
+        return QSize();
+    }
+    if (status)
+        *status = WithinLimits(size) ? Status::Ok : Status::TooLarge;
+    return size;
+}
+
+namespace {
+
+QByteArray VariantKey(const QByteArray& key, int turns, const QSize& size)
+{
+    QByteArray variant = key;
+    variant += char('0' + turns);
+    variant += QByteArray::number(size.width()) + 'x' + QByteArray::number(size.height());
+    return variant;
+}
+
+} // namespace
+
+bool ZWImageSupport::IsCached(const QByteArray& key, int quarterTurns, const QSize& size)
+{
+    const int turns = ((quarterTurns % 4) + 4) % 4;
+    State& state = TheState();
+    QMutexLocker lock(&state.mutex);
+    return state.cache.contains(turns == 0 && size.isEmpty() ? key : VariantKey(key, turns, size));
+}
+
+QImage ZWImageSupport::Picture(
+    const QByteArray& key, const QByteArray& bytes, int quarterTurns, const QSize& size, Status* status)
+{
+    const int turns = ((quarterTurns % 4) + 4) % 4;
+    if (turns == 0 && size.isEmpty())
+        return Load(key, bytes, status);
+    // A drawn copy: its own entry, so that repainting at one size resamples
+    // once, and that copies leave the cache as pictures do.
+    const QByteArray variant = VariantKey(key, turns, size);
+    State& state = TheState();
+    {
+        QMutexLocker lock(&state.mutex);
+        if (const CacheEntry* entry = state.cache.object(variant)) {
+            if (status)
+                *status = entry->status;
+            return entry->image;
+        }
+    }
+    const QImage decoded = Load(key, bytes, status);
+    if (decoded.isNull())
+        return decoded;
+    QImage image = decoded;
+    for (int i = 0; i < turns; ++i)
+        image = RotateQuarter(image, true);
+    if (!size.isEmpty() && image.size() != size)
+        image = Resample(image, size);
+    {
+        QMutexLocker lock(&state.mutex);
+        state.cache.insert(variant, new CacheEntry{image, Status::Ok}, Cost(image));
+    }
+    return image;
+}
+
+QString ZWImageSupport::Reason(Status status, const QSize& size)
+{
+    switch (status) {
+    case Status::Ok:
+        return QString();
+    case Status::TooLarge:
+        if (size.isValid())
+            return QStringLiteral("%1 × %2 pixels: more than %3 per side or %4 in all")
+                .arg(size.width())
+                .arg(size.height())
+                .arg(MaxSide)
+                .arg(MaxPixels);
+        return QStringLiteral("larger than %1 bytes").arg(MaxFileBytes);
+    case Status::NotAPicture:
+        return QStringLiteral("no bmp, jpg, pcx, png, tga or tif picture");
+    case Status::Corrupt:
+        return QStringLiteral("the picture is damaged and cannot be decoded");
+    case Status::NoDecoder:
+        return QStringLiteral("tif pictures need the helper program (zwinformes decode-image), which is not there");
+    case Status::DecoderFailed:
+        return QStringLiteral("the helper program could not decode the picture");
+    case Status::TimedOut:
+        return QStringLiteral("decoding the picture took too long");
+    case Status::Empty:
+        return QStringLiteral("the picture is empty");
+    }
+    return QString();
+}
+
 QImage ZWImageSupport::Load(const QByteArray& bytes, Status* status)
 {
     if (bytes.isEmpty())
         return Fail(status, Status::Empty);
-    const QByteArray key = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+    return Load(Key(bytes), bytes, status);
+}
+
+QImage ZWImageSupport::Load(const QByteArray& key, const QByteArray& bytes, Status* status)
+{
+    if (bytes.isEmpty())
+        return Fail(status, Status::Empty);
     State& state = TheState();
     {
         QMutexLocker lock(&state.mutex);
@@ -162,9 +303,10 @@ QImage ZWImageSupport::Load(const QByteArray& bytes, Status* status)
     Status result = Status::Ok;
     const QImage image = Decode(bytes, &result);
     {
+        // A picture larger than the whole cache is not kept (QCache drops it
+        // at once): it is decoded again for each use.
         QMutexLocker lock(&state.mutex);
-        const qint64 cost = image.sizeInBytes() / 1024 + 1;
-        state.cache.insert(key, new CacheEntry{image, result}, cost);
+        state.cache.insert(key, new CacheEntry{image, result}, Cost(image));
     }
     if (status)
         *status = result;
@@ -247,6 +389,13 @@ void ZWImageSupport::ClearCache()
     State& state = TheState();
     QMutexLocker lock(&state.mutex);
     state.cache.clear();
+}
+
+qint64 ZWImageSupport::CachedBytes()
+{
+    State& state = TheState();
+    QMutexLocker lock(&state.mutex);
+    return qint64(state.cache.totalCost()) * 1024;
 }
 
 const char* ZWImageSupport::StatusName(Status status)

@@ -49,6 +49,11 @@ bool ZWLoggerUrl::Parse(const QString& input, QString* error)
                 m_connectTimeout = value.toInt(&ok);
                 if (!ok || m_connectTimeout < 1 || m_connectTimeout > 3600)
                     return fail(ZWLoadString(ZWTextId::StoreBadOptionValue).arg(key));
+            } else if (key == QLatin1String("statement_timeout")) {
+                bool ok = false;
+                m_statementTimeout = value.toInt(&ok);
+                if (!ok || m_statementTimeout < 1 || m_statementTimeout > 86400)
+                    return fail(ZWLoadString(ZWTextId::StoreBadOptionValue).arg(key));
             } else if (key == QLatin1String("sslmode") || key == QLatin1String("application_name")) {
                 m_options.append({key, value});
             } else {

@@ -2,13 +2,21 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWTextId.h"
+#include "host/core/ZWProgress.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QThread>
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <libpq-fe.h>
+#include <mutex>
+#include <sys/socket.h>
+#include <thread>
 
 namespace {
 
@@ -116,7 +124,14 @@ bool ZWSqlLoggerConnection::Open(QString* error)
         m_db.setDatabaseName(m_url.database());
         m_db.setUserName(m_url.user());
         m_db.setPassword(m_url.password());
-        QStringList options{QStringLiteral("connect_timeout=%1").arg(m_url.connectTimeout())};
+        // Keep-alives find a dead peer; the statement timeout ends a long
+        // statement on the server (ExecBounded bounds the wait for one).
+        const int statementMs = m_url.statementTimeout() * 1000;
+        QStringList options{QStringLiteral("connect_timeout=%1").arg(m_url.connectTimeout()),
+            QStringLiteral("keepalives=1"), QStringLiteral("keepalives_idle=10"),
+            QStringLiteral("keepalives_interval=5"), QStringLiteral("keepalives_count=3"),
+            QStringLiteral("tcp_user_timeout=%1").arg(statementMs),
+            QStringLiteral("options='-c statement_timeout=%1'").arg(statementMs)};
         for (const auto& [key, value] : m_url.options())
             options << key + QLatin1Char('=') + value;
         m_db.setConnectOptions(options.join(QLatin1Char(';')));
@@ -156,6 +171,75 @@ bool ZWSqlLoggerConnection::Open(QString* error)
         }
     }
     return true;
+}
+
+int ZWSqlLoggerConnection::Socket() const
+{
+    if (!IsPostgres() || !m_db.isOpen() || !m_db.driver())
+        return -1;
+    // QtSql's PostgreSQL driver hands out its PGconn* (typed "pg_conn*",
+    // libpq's own name of the struct).
+    const QVariant handle = m_db.driver()->handle();
+    if (qstrcmp(handle.typeName(), "pg_conn*") != 0 && qstrcmp(handle.typeName(), "PGconn*") != 0)
+        return -1;
+    PGconn* connection = *static_cast<PGconn* const*>(handle.constData());
+    return connection ? PQsocket(connection) : -1;
+}
+
+bool ZWSqlLoggerConnection::ExecBounded(QSqlQuery& query, const ZWProgress* progress, QString* error)
+{
+    m_interrupted = false;
+    if (!IsPostgres()) {
+        if (query.exec())
+            return true;
+        if (error)
+            *error = ErrorText(query.lastError());
+        return false;
+    }
+    // A watchdog beside the blocked query: a server that keeps a statement
+    // past its timeout (stopped, or behind a network that dropped the
+    // packets) or a user who cancels gets the connection cut, which ends
+    // the wait; libpq has no timeout of its own for reading an answer.
+    enum Reason { None, TimedOut, Cancelled };
+    const int socket = Socket();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(m_url.statementTimeout() + 2);
+    std::mutex mutex;
+    std::condition_variable wake;
+    bool done = false;
+    Reason reason = None;
+    std::thread watchdog([&] {
+        std::unique_lock lock(mutex);
+        while (!done) {
+            wake.wait_for(lock, std::chrono::milliseconds(100));
+            if (done)
+                break;
+            if (progress && progress->IsCancelled())
+                reason = Cancelled;
+            else if (std::chrono::steady_clock::now() >= deadline)
+                reason = TimedOut;
+            else
+                continue;
+            if (socket >= 0)
+                ::shutdown(socket, SHUT_RDWR);
+            break;
+        }
+    });
+    const bool ok = query.exec();
+    {
+        std::lock_guard lock(mutex);
+        done = true;
+    }
+    wake.notify_all();
+    watchdog.join();
+    if (reason != None) {
+        m_interrupted = true;
+        if (error)
+            *error = reason == Cancelled ? ZWLoadString(ZWTextId::StoreReadingCancelled) : ZWLoadString(ZWTextId::StoreServerSilent).arg(m_url.statementTimeout());
+        return false;
+    }
+    if (!ok && error)
+        *error = ErrorText(query.lastError());
+    return ok;
 }
 
 void ZWSqlLoggerConnection::Close()

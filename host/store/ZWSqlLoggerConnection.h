@@ -14,6 +14,8 @@
 // makes the calling thread's connection for a store, and the connection is
 // closed and removed when that thread finishes (QThread::finished, or the
 // thread's exit for threads that Qt did not start).
+class ZWProgress;
+
 class ZWSqlLoggerConnection
 {
 public:
@@ -37,6 +39,8 @@ public:
     // statements are dropped and prepared again on next use.
     bool Reopen(QString* error);
     void Close();
+    // The socket of the connection to the server (-1 when unknown).
+    int Socket() const;
     bool IsOpen() const { return m_db.isOpen(); }
 
     // A statement prepared once per connection and kept (bound values are
@@ -44,6 +48,12 @@ public:
     QSqlQuery* Prepared(const QString& sql, QString* error);
     // Runs a statement without values.
     bool Exec(const QString& sql, QString* error);
+    // Runs a prepared query; on PostgreSQL within the URL's statement
+    // timeout (and 2 s of grace) and until `progress` is cancelled: the
+    // connection is then cut (the blocked read returns), the query fails
+    // with the reason and Interrupted() says so until the next query.
+    bool ExecBounded(QSqlQuery& query, const ZWProgress* progress, QString* error);
+    bool Interrupted() const { return m_interrupted; }
 
     QSqlDatabase& Database() { return m_db; }
     const ZWLoggerUrl& Url() const { return m_url; }
@@ -55,6 +65,7 @@ public:
 private:
     ZWLoggerUrl m_url;
     bool m_mayCreate = false;
+    bool m_interrupted = false;
     QString m_name;
     QSqlDatabase m_db;
     std::unordered_map<QString, std::unique_ptr<QSqlQuery>> m_queries;

@@ -41,6 +41,14 @@ bool WithReconnect(ZWSqlLoggerConnection& c, const std::function<bool(QString*)>
     QString why;
     if (c.Open(&why) && body(&why))
         return true;
+    // A query cut for its timeout or a cancel is not tried again; the cut
+    // connection is opened again on next use.
+    if (c.Interrupted()) {
+        c.Close();
+        if (error)
+            *error = ZWLoadString(readErrorId).arg(c.Url().Display(), why);
+        return false;
+    }
     if (!c.IsPostgres()) {
         if (error)
             *error = ZWLoadString(readErrorId).arg(c.Url().Display(), why);
@@ -261,11 +269,12 @@ bool ZWSqlLoggerStore::PeriodValues(const QStringList& names, const ZWDateTime& 
         values.assign(size_t(names.size()), ZW_NO_VALUE);
         return true;
     }
-    return PeriodValuesUtc(names, ZWLocalTime::ToUtc(start), ZWLocalTime::ToUtc(end), values, error);
+    return PeriodValuesUtc(
+        names, ZWLocalTime::ToUtc(start), ZWLocalTime::ToUtc(end), values, error, Method::Rollups, progress);
 }
 
 bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& sql, const QVariantList& binds,
-    QHash<qint64, ZWPeriodAggregate>& out, QString* error)
+    QHash<qint64, ZWPeriodAggregate>& out, const ZWProgress* progress, QString* error)
 {
     return WithReconnect(
         c,
@@ -277,10 +286,8 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
                 return false;
             for (int i = 0; i < binds.size(); ++i)
                 q->bindValue(i, binds[i]);
-            if (!q->exec()) {
-                *why = ZWSqlLoggerConnection::ErrorText(q->lastError());
+            if (!c.ExecBounded(*q, progress, why))
                 return false;
-            }
             while (q->next()) {
                 const qint64 id = q->value(0).toLongLong();
                 const int part = q->value(1).toInt();
@@ -305,8 +312,8 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
         error, ZWTextId::StoreCannotRead);
 }
 
-bool ZWSqlLoggerStore::PeriodValuesUtc(
-    const QStringList& names, qint64 start, qint64 end, std::vector<double>& values, QString* error, Method method)
+bool ZWSqlLoggerStore::PeriodValuesUtc(const QStringList& names, qint64 start, qint64 end, std::vector<double>& values,
+    QString* error, Method method, const ZWProgress* progress)
 {
     values.assign(size_t(names.size()), ZW_NO_VALUE);
     struct Item
@@ -462,7 +469,7 @@ bool ZWSqlLoggerStore::PeriodValuesUtc(
         + parts.join(QStringLiteral(" UNION ALL ")) + QStringLiteral(" ORDER BY 1, 2, 3");
 
     QHash<qint64, ZWPeriodAggregate> aggregates;
-    if (!RunPeriodQuery(c, sql, binds, aggregates, error))
+    if (!RunPeriodQuery(c, sql, binds, aggregates, progress, error))
         return false;
     for (const qint64 id : vg)
         aggregates[id].AddResetAcrossStart(end);

@@ -68,9 +68,10 @@ public:
     bool LiveValue(const QString& name, double& value) override;
     bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
         std::vector<double>& values, ZWProgress* progress, QString* error) override;
-    // The same over UTC bounds.
+    // The same over UTC bounds. The query is bounded by the URL's statement
+    // timeout and ends early when `progress` is cancelled.
     bool PeriodValuesUtc(const QStringList& names, qint64 start, qint64 end, std::vector<double>& values,
-        QString* error, Method method = Method::Rollups);
+        QString* error, Method method = Method::Rollups, const ZWProgress* progress = nullptr);
 
     // A name (plain or filtered) to its variable and reduction; false when
     // the variable is unknown or the filter is not a reduction.
@@ -90,7 +91,7 @@ private:
     struct Request;
     bool EnsureReady(ZWSqlLoggerConnection& c, QString* error);
     bool RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& sql, const QVariantList& binds,
-        QHash<qint64, ZWPeriodAggregate>& out, QString* error);
+        QHash<qint64, ZWPeriodAggregate>& out, const ZWProgress* progress, QString* error);
     bool LoadVariables(ZWSqlLoggerConnection& c, QString* error);
     std::optional<Variable> Lookup(const QString& name);
 

@@ -251,8 +251,8 @@ TEST(TemplateRoundTrip, ImageEmbedsItsBytesUnlessItHasAFile)
     ExpectCommon(i);
     EXPECT_EQ(i.bytes, png);
     EXPECT_EQ(i.ByteCount(), quint32(png.size()));
-    EXPECT_EQ(i.image.size(), QSize(8, 4));
-    EXPECT_EQ(i.drawImage.size(), QSize(8, 4));
+    EXPECT_EQ(i.PictureSize(), QSize(8, 4));
+    EXPECT_TRUE(i.HasPicture());
     EXPECT_EQ(i.horizontalAlign, 2);
     EXPECT_EQ(i.verticalAlign, 4);
     EXPECT_FALSE(i.maintainAspectRatio);
@@ -278,7 +278,7 @@ TEST(TemplateRoundTrip, ImageWithAFileWritesOnlyTheName)
     const auto copy = RoundTrip(image);
     const auto& i = static_cast<const ZWCardImage&>(*copy);
     EXPECT_EQ(i.valueFile, QStringLiteral("pictures\\logo.png"));
-    EXPECT_EQ(i.image.size(), QSize(6, 6));
+    EXPECT_EQ(i.PictureSize(), QSize(6, 6));
 
     // A file that has gone keeps its name, so that saving loses nothing.
     ASSERT_TRUE(QFile::remove(data.Path() + u"pictures/logo.png"_s));

@@ -137,16 +137,51 @@ TEST_F(ZWViewPageTest, PicturesFromTheValueDocument)
                                   .arg(png)
                                   .toUtf8();
     ASSERT_TRUE(m_view.SetUserData(values));
-    EXPECT_EQ(Find<ZWCardImage>("I")->image.size(), QSize(3, 2));
+    EXPECT_EQ(Find<ZWCardImage>("I")->PictureSize(), QSize(3, 2));
     auto* conditioned = Find<ZWCardConditioned>("C");
     EXPECT_EQ(conditioned->level, 2);
     // A picture alternative lies beneath the text cards.
     EXPECT_EQ(conditioned->layer, 0);
-    EXPECT_EQ(dynamic_cast<ZWCardImage*>(conditioned->GetCurrentControl())->image.size(), QSize(3, 2));
+    EXPECT_EQ(dynamic_cast<ZWCardImage*>(conditioned->GetCurrentControl())->PictureSize(), QSize(3, 2));
 
     // A value that decodes to nothing leaves the card empty.
     ASSERT_TRUE(m_view.SetUserData("<fields><image><id>I</id><value>!!!</value></image></fields>"));
     EXPECT_FALSE(Find<ZWCardImage>("I")->HasPicture());
+}
+
+TEST_F(ZWViewPageTest, APictureThatCannotBeDrawnIsMarkedInWindowsNotOnPaper)
+{
+    const QByteArray values = QStringLiteral("<fields><image><id>I</id><value>%1</value></image></fields>")
+                                  .arg(EncodeBase64(QByteArray("no picture at all")))
+                                  .toUtf8();
+    ASSERT_TRUE(m_view.SetUserData(values));
+    EXPECT_EQ(Find<ZWCardImage>("I")->PictureProblem(), QStringLiteral("no bmp, jpg, pcx, png, tga or tif picture"));
+    EXPECT_EQ(m_view.Page().PictureProblems(),
+        QStringList{QStringLiteral("card I: the picture is not drawn: no bmp, jpg, pcx, png, tga or tif picture")});
+    const QRgb mark = qRgb(200, 0, 0);
+    const auto marks = [this](bool window) {
+        m_view.SetMarkProblems(window);
+        m_view.SetMode(1);
+        QImage image = zwtest::WhiteImage(210 * 4, 297 * 4, 4000);
+        QPainter painter(&image);
+        if (window) {
+            const QRect all(0, 0, image.width(), image.height());
+            m_view.Draw(painter, all, all);
+        } else {
+            m_view.Print(painter);
+        }
+        painter.end();
+        return zwtest::CountColour(image, qRgb(200, 0, 0));
+    };
+    EXPECT_GT(marks(true), 0);
+    // Printing leaves the mark out, also from a window that shows it.
+    EXPECT_EQ(marks(false), 0);
+    m_view.SetMarkProblems(true);
+    QImage paper = zwtest::WhiteImage(210 * 4, 297 * 4, 4000);
+    QPainter painter(&paper);
+    m_view.Print(painter);
+    painter.end();
+    EXPECT_EQ(zwtest::CountColour(paper, mark), 0);
 }
 
 TEST_F(ZWViewPageTest, ValuesAreAppliedAgainToANewTemplate)

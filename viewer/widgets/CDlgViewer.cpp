@@ -324,7 +324,8 @@ void CDlgViewer::Gather(bool reload)
     m_notice->setText(m_data.Notice());
     m_notice->setVisible(!m_data.Notice().isEmpty());
     const ZWLoggerData* logger = m_data.LoggerData();
-    if (!ok && logger && !logger->GetVariables().isEmpty())
+    // A reading the user cancelled in the progress dialog needs no message.
+    if (!ok && logger && !logger->GetVariables().isEmpty() && !progress.IsCancelled())
         ShowMessage(ZWLoadString(ZWTextId::LoggedDataUnreadable).arg(m_data.LastError()));
     emit gathered(ok);
 }

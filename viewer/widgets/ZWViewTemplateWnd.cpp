@@ -30,6 +30,7 @@ ZWViewTemplateWnd::ZWViewTemplateWnd(QWidget* parent) : QAbstractScrollArea(pare
     setContextMenuPolicy(Qt::PreventContextMenu);
     // The page takes the keyboard, so that the keys scroll it.
     setFocusPolicy(Qt::StrongFocus);
+    m_page.SetMarkProblems(true);
 }
 
 ZWViewTemplateWnd::~ZWViewTemplateWnd() = default;

@@ -7,6 +7,7 @@
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
+#include <QHash>
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -96,6 +97,109 @@ TEST(TemplateCommands, OversizedReportsAreRefusedWithinAFewHundredMegabytes)
     ASSERT_TRUE(zwtest::WriteFile(in, full + "</design>"));
     const Result r = ZwinformesWithin(1024, {u"render-template"_s, in, u"--png"_s, dir.filePath(u"out"_s)});
     EXPECT_EQ(r.status, 0) << r.err.toStdString();
+}
+
+// A PNG of w × h pixels of one colour, made without drawing it: an indexed
+// picture whose pixels are all index 0, so that pictures of any size are
+// small and quick to make, and each colour gives other bytes.
+QByteArray SolidIndexedPng(int w, int h, QRgb colour)
+{
+    const auto crc = [](const QByteArray& data) {
+        quint32 c = 0xFFFFFFFFu;
+        for (const char byte : data) {
+            c ^= quint8(byte);
+            for (int k = 0; k < 8; ++k)
+                c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
+        }
+        return ~c;
+    };
+    const auto be32 = [](quint32 v) {
+        QByteArray out(4, '\0');
+        for (int i = 0; i < 4; ++i)
+            out[i] = char(v >> (24 - 8 * i));
+        return out;
+    };
+    const auto chunk = [&](const char* type, const QByteArray& data) {
+        const QByteArray body = QByteArray(type) + data;
+        return be32(quint32(data.size())) + body + be32(crc(body));
+    };
+    // Every row: filter 0 and w zeros; compressed once per size.
+    static QHash<QPair<int, int>, QByteArray> compressed;
+    QByteArray& idat = compressed[qMakePair(w, h)];
+    if (idat.isEmpty())
+        idat = qCompress(QByteArray(qsizetype(w + 1) * h, '\0'), 9).mid(4);
+    const QByteArray header = be32(quint32(w)) + be32(quint32(h)) + QByteArray("\x08\x03\x00\x00\x00", 5);
+    const QByteArray palette = QByteArray(1, char(qRed(colour))) + char(qGreen(colour)) + char(qBlue(colour));
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header) + chunk("PLTE", palette) + chunk("IDAT", idat)
+        + chunk("IEND", QByteArray());
+}
+
+// A page of image cards, one per picture, embedded.
+QByteArray PicturesReport(const QList<QByteArray>& pictures)
+{
+    QByteArray xml = "<design><page><width>210</width><height>297</height>";
+    for (int i = 0; i < pictures.size(); ++i)
+        xml += "<image><x>" + QByteArray::number(10 + (i % 5) * 40) + "</x><y>" + QByteArray::number(10 + (i / 5) * 40)
+            + "</y><width>30</width><height>30</height><id>P" + QByteArray::number(i) + "</id><value>"
+            + pictures[i].toBase64() + "</value></image>";
+    return xml + "</page></design>";
+}
+
+TEST(TemplateCommands, ManyLargePicturesShareOneBoundedCache)
+{
+    if (!kCanLimitMemory)
+        GTEST_SKIP() << "address space limits do not apply under AddressSanitizer";
+    // Twenty distinct 4096 × 4096 pictures: 64 MiB each once decoded, 1.25
+    // GiB together, in a template of 100 KB.
+    QList<QByteArray> pictures;
+    for (int i = 0; i < 20; ++i)
+        pictures << SolidIndexedPng(4096, 4096, qRgb(10 * i, 255 - 10 * i, 128));
+    QTemporaryDir dir;
+    const QString in = dir.filePath(u"Pictures.XRPT"_s);
+    ASSERT_TRUE(zwtest::WriteFile(in, PicturesReport(pictures)));
+
+    const Result drawn
+        = ZwinformesWithin(1024, {u"render-template"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, u"50"_s});
+    ASSERT_EQ(drawn.status, 0) << drawn.err.toStdString();
+    EXPECT_TRUE(drawn.err.isEmpty()) << drawn.err.toStdString();
+    // Every picture drawn, each in its own colour.
+    const QImage page(dir.filePath(u"Pictures-1.png"_s));
+    ASSERT_FALSE(page.isNull());
+    const double pxPerMm = 50 / 25.4;
+    for (int i = 0; i < 20; ++i) {
+        const QPoint centre(int((25 + (i % 5) * 40) * pxPerMm), int((25 + (i / 5) * 40) * pxPerMm));
+        EXPECT_EQ(page.pixel(centre), qRgb(10 * i, 255 - 10 * i, 128)) << "picture " << i;
+    }
+
+    // resave keeps the bytes, and decodes nothing to do so.
+    const QString out = dir.filePath(u"Resaved.XRPT"_s);
+    const Result resaved = ZwinformesWithin(1024, {u"resave"_s, in, out});
+    ASSERT_EQ(resaved.status, 0) << resaved.err.toStdString();
+    EXPECT_TRUE(zwtest::ReadFile(out).contains(pictures[19].toBase64()));
+}
+
+TEST(TemplateCommands, APictureBeyondTheLimitsIsNamed)
+{
+    QTemporaryDir dir;
+    // Over 32 Mi pixels (Qt's own limit refused 6000 × 6000 silently); a
+    // picture just within the limits is drawn.
+    const QList<QByteArray> pictures{SolidIndexedPng(6000, 6000, qRgb(255, 0, 0)),
+        SolidIndexedPng(5792, 5792, qRgb(0, 0, 255)), QByteArray("not a picture at all")};
+    const QString in = dir.filePath(u"Limits.XRPT"_s);
+    ASSERT_TRUE(zwtest::WriteFile(in, PicturesReport(pictures)));
+    const Result r = Zwinformes({u"render-template"_s, in, u"--png"_s, dir.path(), u"--dpi"_s, u"50"_s});
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.err.contains(u"page 1, card P0: the picture is not drawn: 6000 × 6000 pixels: more than 32767 per "
+                               u"side or 33554432 in all"_s))
+        << r.err.toStdString();
+    EXPECT_FALSE(r.err.contains(u"card P1"_s)) << r.err.toStdString();
+    EXPECT_TRUE(
+        r.err.contains(u"page 1, card P2: the picture is not drawn: no bmp, jpg, pcx, png, tga or tif picture"_s))
+        << r.err.toStdString();
+    const QImage page(dir.filePath(u"Limits-1.png"_s));
+    ASSERT_FALSE(page.isNull());
+    const double pxPerMm = 50 / 25.4;
+    EXPECT_EQ(page.pixel(int(65 * pxPerMm), int(25 * pxPerMm)), qRgb(0, 0, 255));
 }
 
 TEST(TemplateCommands, FormatNumber)

@@ -1,5 +1,6 @@
 #include "host/core/ZWLocalTime.h"
 #include "host/core/ZWNoValue.h"
+#include "host/core/ZWProgress.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/drivers/ZWLoggerData.h"
 #include "host/store/ZWLoggerSchema.h"
@@ -12,7 +13,10 @@
 #include <QSqlQuery>
 #include <QThread>
 #include <cmath>
+#include <csignal>
+#include <future>
 #include <random>
+#include <thread>
 
 using namespace zwtest;
 using Kind = ZWSqlLoggerStore::Kind;
@@ -452,4 +456,79 @@ TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
     ASSERT_TRUE(server->Start(&error)) << error.toStdString();
     ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error)) << error.toStdString();
     EXPECT_EQ(v, std::vector<double>{5.0});
+}
+
+namespace {
+
+struct CancelledProgress : ZWProgress
+{
+    void SetText(const QString&) override {}
+    void SetRange(int, int) override {}
+    void SetPos(int) override {}
+    void End(bool) override {}
+    bool IsCancelled() const override { return true; }
+};
+
+} // namespace
+
+// The server's process stopped: the connection stays up (its kernel still
+// answers) but no answer comes, as behind a network that went silent.
+TEST(SqlLoggerStorePostgres, AServerThatStopsAnsweringIsGivenUpOnAndAReadingCanBeCancelled)
+{
+    if (ZWTestPostgres::OptedOut())
+        GTEST_SKIP() << "ZW_TEST_SKIP_POSTGRES=1";
+    ZWTestPostgres* server = ZWTestPostgres::Instance();
+    ASSERT_NE(server, nullptr) << ZWTestPostgres::Error().toStdString();
+    ZWLoggerUrl url;
+    QString error;
+    ASSERT_TRUE(url.Parse(server->NewDatabaseUrl() + QStringLiteral("&statement_timeout=1"), &error))
+        << error.toStdString();
+    EXPECT_EQ(url.statementTimeout(), 1);
+    ZWSqlLoggerStore store(url, ZWSqlLoggerStore::Creation::CreateMissing);
+    ASSERT_TRUE(store.Open(&error)) << error.toStdString();
+    {
+        ZWLoggerWriter writer(store);
+        qint64 id;
+        bool created;
+        ASSERT_TRUE(writer.Begin(&error)
+            && writer.EnsureVariable(QStringLiteral("A.g"), Kind::Gauge, {}, false, id, created, &error)
+            && writer.Add(id, T0, 4.0, &error) && writer.Commit(&error))
+            << error.toStdString();
+    }
+    struct Case
+    {
+        const char* label;
+        bool cancel;
+        const char* message;
+    } cases[] = {
+        {"silence", false, "the server did not answer within 1 s"},
+        {"cancel", true, "the reading was cancelled"},
+    };
+    for (const Case& c : cases) {
+        std::vector<double> v;
+        ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error)) << error.toStdString();
+        QSqlQuery pid(store.Connection().Database());
+        ASSERT_TRUE(pid.exec(QStringLiteral("SELECT pg_backend_pid()")) && pid.next());
+        const pid_t backend = pid_t(pid.value(0).toLongLong());
+        ASSERT_GE(store.Connection().Socket(), 0) << c.label;
+        ASSERT_EQ(::kill(backend, SIGSTOP), 0) << c.label;
+        // Should the reading wait for ever, the server goes on after 60 s
+        // and the test fails instead of hanging.
+        std::promise<void> finished;
+        std::thread resume([backend, done = finished.get_future()] {
+            done.wait_for(std::chrono::seconds(60));
+            ::kill(backend, SIGCONT);
+        });
+        CancelledProgress cancelled;
+        const bool read = store.PeriodValuesUtc(
+            {QStringLiteral("A.g")}, T0, T0 + H, v, &error, Method::Rollups, c.cancel ? &cancelled : nullptr);
+        finished.set_value();
+        resume.join();
+        EXPECT_FALSE(read) << c.label;
+        EXPECT_TRUE(error.contains(QString::fromLatin1(c.message))) << c.label << ": " << error.toStdString();
+        // The next reading opens a new connection and works.
+        ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error))
+            << c.label << ": " << error.toStdString();
+        EXPECT_EQ(v, std::vector<double>{4.0});
+    }
 }

@@ -82,8 +82,7 @@ TEST_F(ReportFolder, ListsOnlyReportsAndPreselects)
     dialog.SetType(CDlgInformesList::NewName);
     dialog.SetName(QStringLiteral("Boiler"));
     dialog.show();
-    // Backups and other extensions are not reports; the extension's case
-    // does not matter.
+    // Backups are not reports; the extension counts in any letter case.
     EXPECT_EQ(Items(dialog),
         (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1"),
             QStringLiteral("lower")}));

@@ -1,4 +1,5 @@
 #include "host/core/ZWLoadString.h"
+#include "host/core/ZWTextId.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/store/ZWLoggerWriter.h"
@@ -368,7 +369,7 @@ TEST_F(ViewerDialog, GatheringRunsOnAWorkerWhileTheWindowLives)
     EXPECT_TRUE(closeRefused);
     EXPECT_NE(gate->thread, nullptr);
     EXPECT_NE(gate->thread, QThread::currentThread());
-    EXPECT_TRUE(title.startsWith(ZWLoadString(609) + QLatin1Char('|'))) << title.toStdString();
+    EXPECT_TRUE(title.startsWith(ZWLoadString(ZWTextId::GatheringTitle) + QLatin1Char('|'))) << title.toStdString();
     EXPECT_FALSE(viewer.IsGathering());
     EXPECT_EQ(Card(viewer, "E"), QStringLiteral("240"));
 
