@@ -1,8 +1,8 @@
 #include "host/store/ZWSqlLoggerConnection.h"
 
 #include "host/core/ZWLoadString.h"
-#include "host/core/ZWTextId.h"
 #include "host/core/ZWProgress.h"
+#include "host/core/ZWTextId.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -234,7 +234,8 @@ bool ZWSqlLoggerConnection::ExecBounded(QSqlQuery& query, const ZWProgress* prog
     if (reason != None) {
         m_interrupted = true;
         if (error)
-            *error = reason == Cancelled ? ZWLoadString(ZWTextId::StoreReadingCancelled) : ZWLoadString(ZWTextId::StoreServerSilent).arg(m_url.statementTimeout());
+            *error = reason == Cancelled ? ZWLoadString(ZWTextId::StoreReadingCancelled)
+                                         : ZWLoadString(ZWTextId::StoreServerSilent).arg(m_url.statementTimeout());
         return false;
     }
     if (!ok && error)

@@ -1,6 +1,6 @@
 #include "host/core/ZWLoadString.h"
-#include "host/core/ZWTextId.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWTextId.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/store/ZWLoggerWriter.h"
 #include "host/store/ZWSqlLoggerStore.h"
