@@ -9,6 +9,8 @@
 
 #include <charconv>
 
+using namespace Qt::StringLiterals;
+
 namespace zwtest {
 
 std::string CodeName(int code)
@@ -37,7 +39,7 @@ QString Postfix(const QString& formula)
 {
     ZWEvaluator evaluator(formula);
     if (evaluator.AnalizeExpression() == -1)
-        return QStringLiteral("<invalid>");
+        return u"<invalid>"_s;
     QStringList parts;
     for (const ZWToken& token : evaluator.GetPolaca().GetTranslation()) {
         if (token.GetType() == ZWToken::Constant) {
@@ -45,7 +47,7 @@ QString Postfix(const QString& formula)
             const auto r = std::to_chars(buffer, buffer + sizeof buffer, token.GetDoubleValue());
             parts << QString::fromLatin1(buffer, r.ptr - buffer);
         } else if (token.GetType() == ZWToken::UnaryMinus) {
-            parts << QStringLiteral("neg");
+            parts << u"neg"_s;
         } else if (token.GetType() == ZWToken::DeviceVariable) {
             parts << QLatin1Char('[') + token.Text() + QLatin1Char(']');
         } else {

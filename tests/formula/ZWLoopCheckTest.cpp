@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using R = ZWResultCode;
@@ -63,8 +65,8 @@ std::pair<std::vector<QString>, std::vector<QString>> Chain(int length)
 {
     std::vector<QString> names, texts;
     for (int i = 1; i <= length; ++i) {
-        names.push_back(QStringLiteral("F%1").arg(i));
-        texts.push_back(i < length ? QStringLiteral("F%1 + 1").arg(i + 1) : QStringLiteral("1"));
+        names.push_back(u"F%1"_s.arg(i));
+        texts.push_back(i < length ? u"F%1 + 1"_s.arg(i + 1) : u"1"_s);
     }
     return {names, texts};
 }
@@ -85,13 +87,13 @@ TEST(CheckBuclesLimits, SharedFormulasDoNotMultiplyTheWork)
     // G1 = G2+G3, G2 = G3+G4, ...: the number of paths grows like Fibonacci.
     std::vector<QString> names, texts;
     for (int i = 1; i <= 80; ++i) {
-        names.push_back(QStringLiteral("G%1").arg(i));
-        texts.push_back(i < 79 ? QStringLiteral("G%1 + G%2").arg(i + 1).arg(i + 2) : QStringLiteral("1"));
+        names.push_back(u"G%1"_s.arg(i));
+        texts.push_back(i < 79 ? u"G%1 + G%2"_s.arg(i + 1).arg(i + 2) : u"1"_s);
     }
     EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), R::NoLoop);
     // The same with a loop at the bottom.
-    texts.back() = QStringLiteral("G1");
-    texts[78] = QStringLiteral("G80");
+    texts.back() = u"G1"_s;
+    texts[78] = u"G80"_s;
     EXPECT_EQ(ZWEvaluator::CheckBucles(names, texts, -1), R::ReferenceLoop);
 }
 
@@ -108,40 +110,37 @@ QString Describe(const ZWTreeNode* node)
 
 TEST(Expand, GrowsTheWholeTreeDepthFirst)
 {
-    const std::vector<QString> names
-        = {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("D")};
-    const std::vector<QString> texts
-        = {QStringLiteral("B + C * B"), QStringLiteral("D"), QStringLiteral("D - 1"), QStringLiteral("2")};
-    ZWTreeNode root(nullptr, QStringLiteral("A"));
+    const std::vector<QString> names = {u"A"_s, u"B"_s, u"C"_s, u"D"_s};
+    const std::vector<QString> texts = {u"B + C * B"_s, u"D"_s, u"D - 1"_s, u"2"_s};
+    ZWTreeNode root(nullptr, u"A"_s);
     EXPECT_EQ(ZWEvaluator::Expand(&root, names, texts), R::NoLoop);
     // A formula reached on two paths is expanded on both.
-    EXPECT_EQ(Describe(&root), QStringLiteral("A(B(D) C(D))"));
+    EXPECT_EQ(Describe(&root), u"A(B(D) C(D))"_s);
 
-    ZWTreeNode missing(nullptr, QStringLiteral("Z"));
+    ZWTreeNode missing(nullptr, u"Z"_s);
     EXPECT_EQ(ZWEvaluator::Expand(&missing, names, texts), R::MissingFormula);
-    ZWTreeNode loop(nullptr, QStringLiteral("A"));
-    const std::vector<QString> loopTexts
-        = {QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("A"), QStringLiteral("1")};
+    ZWTreeNode loop(nullptr, u"A"_s);
+    const std::vector<QString> loopTexts = {u"B"_s, u"C"_s, u"A"_s, u"1"_s};
     EXPECT_EQ(ZWEvaluator::Expand(&loop, names, loopTexts), R::ReferenceLoop);
     // Grown up to the formula that closes the loop.
-    EXPECT_EQ(Describe(&loop), QStringLiteral("A(B(C))"));
+    EXPECT_EQ(Describe(&loop), u"A(B(C))"_s);
 }
 
 TEST(ZWTreeNode, IsInBranchFollowsTheParents)
 {
-    ZWTreeNode root(nullptr, QStringLiteral("A"));
-    auto* b = new ZWTreeNode(&root, QStringLiteral("B"));
+    ZWTreeNode root(nullptr, u"A"_s);
+    auto* b = new ZWTreeNode(&root, u"B"_s);
     root.AddChild(b);
-    auto* c = new ZWTreeNode(&root, QStringLiteral("C"));
+    auto* c = new ZWTreeNode(&root, u"C"_s);
     root.AddChild(c);
-    auto* d = new ZWTreeNode(b, QStringLiteral("D"));
+    auto* d = new ZWTreeNode(b, u"D"_s);
     b->AddChild(d);
-    EXPECT_TRUE(d->IsInBranch(QStringLiteral("D")));
-    EXPECT_TRUE(d->IsInBranch(QStringLiteral("B")));
-    EXPECT_TRUE(d->IsInBranch(QStringLiteral("A")));
-    EXPECT_FALSE(d->IsInBranch(QStringLiteral("C")));
-    EXPECT_FALSE(d->IsInBranch(QStringLiteral("a")));
-    EXPECT_FALSE(root.IsInBranch(QStringLiteral("B")));
+    EXPECT_TRUE(d->IsInBranch(u"D"_s));
+    EXPECT_TRUE(d->IsInBranch(u"B"_s));
+    EXPECT_TRUE(d->IsInBranch(u"A"_s));
+    EXPECT_FALSE(d->IsInBranch(u"C"_s));
+    EXPECT_FALSE(d->IsInBranch(u"a"_s));
+    EXPECT_FALSE(root.IsInBranch(u"B"_s));
     EXPECT_EQ(root.GetNumberOfChilds(), 2);
     EXPECT_EQ(root.GetChild(1), c);
     EXPECT_EQ(root.GetChild(2), nullptr);
@@ -151,12 +150,12 @@ TEST(ZWTreeNode, IsInBranchFollowsTheParents)
     ASSERT_EQ(copy.GetNumberOfChilds(), 2);
     EXPECT_NE(copy.GetChild(0), b);
     EXPECT_EQ(copy.GetChild(0)->GetParent(), &copy);
-    EXPECT_TRUE(copy.GetChild(0)->GetChild(0)->IsInBranch(QStringLiteral("A")));
+    EXPECT_TRUE(copy.GetChild(0)->GetChild(0)->IsInBranch(u"A"_s));
     ZWTreeNode assigned;
     assigned = *b;
-    EXPECT_EQ(Describe(&assigned), QStringLiteral("B(D)"));
+    EXPECT_EQ(Describe(&assigned), u"B(D)"_s);
     assigned = *assigned.GetChild(0);
-    EXPECT_EQ(Describe(&assigned), QStringLiteral("D"));
+    EXPECT_EQ(Describe(&assigned), u"D"_s);
 }
 
 } // namespace

@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 #include <numbers>
 
+using namespace Qt::StringLiterals;
+
 using zwtest::Evaluate;
 using R = ZWResultCode;
 using zwtest::Postfix;
@@ -20,6 +22,11 @@ namespace {
 // ---------------------------------------------------------------------------
 // Translation: precedence comes from the priority table, every binary
 // operator is left-associative, a unary minus binds tighter than "^".
+
+template <class Case> std::string FormulaName(const testing::TestParamInfo<Case>& info)
+{
+    return zwtest::SpelledName(QString::fromUtf8(info.param.formula));
+}
 
 struct PostfixCase
 {
@@ -46,9 +53,7 @@ INSTANTIATE_TEST_SUITE_P(Priorities, Translation,
         PostfixCase{"(1+2)*3", "1 2 + 3 *"}, PostfixCase{"atan2(1+2, 3*4)", "1 2 + 3 4 * atan2"},
         PostfixCase{"atan2(1, 2)^2", "1 2 atan2 2 ^"}, PostfixCase{"- -3", "neg 3 neg"}, PostfixCase{"!-1", "! 1 neg"},
         PostfixCase{"[a.b]*Total", "[a.b] Total *"}),
-    [](const testing::TestParamInfo<PostfixCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf8(info.param.formula));
-    });
+    FormulaName<PostfixCase>);
 
 // ---------------------------------------------------------------------------
 // Evaluation: values and result codes.
@@ -94,9 +99,7 @@ INSTANTIATE_TEST_SUITE_P(Values, Evaluation,
         EvalCase{"(1>2) || (2<3)", R::Ok, 1, 1},
         // "&&" and "||" share a priority and group from the left.
         EvalCase{"1<2 || 1<2 && 2<1", R::Ok, 0, 1}, EvalCase{"!(1<2) && (1<2)", R::Ok, 0, 1}),
-    [](const testing::TestParamInfo<EvalCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf8(info.param.formula));
-    });
+    FormulaName<EvalCase>);
 
 // An operand of the wrong value type: the code of the operator's Type column.
 INSTANTIATE_TEST_SUITE_P(TypeCodes, Evaluation,
@@ -113,9 +116,7 @@ INSTANTIATE_TEST_SUITE_P(TypeCodes, Evaluation,
         EvalCase{"atan2(1, 1<2)", R::Atan2Type},
         // Comparisons of the same priority group from the left.
         EvalCase{"1 < 2 < 3", R::LessType}),
-    [](const testing::TestParamInfo<EvalCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf8(info.param.formula));
-    });
+    FormulaName<EvalCase>);
 
 // Division and the functions with a domain.
 INSTANTIATE_TEST_SUITE_P(DomainCodes, Evaluation,
@@ -125,9 +126,7 @@ INSTANTIATE_TEST_SUITE_P(DomainCodes, Evaluation,
         EvalCase{"log10(0)", R::LogDomain}, EvalCase{"log10(-5)", R::LogDomain}, EvalCase{"asin(2)", R::AsinDomain},
         EvalCase{"asin(-1.5)", R::AsinDomain}, EvalCase{"acos(1.0001)", R::AcosDomain},
         EvalCase{"acos(-2)", R::AcosDomain}),
-    [](const testing::TestParamInfo<EvalCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf8(info.param.formula));
-    });
+    FormulaName<EvalCase>);
 
 // A sign that the translator moves out before its operand exists: the
 // Stack column is reachable from valid text for the unary operators.
@@ -136,16 +135,14 @@ INSTANTIATE_TEST_SUITE_P(ReachableStackCodes, Evaluation,
         EvalCase{"(!-1 < 2)", R::NotStack},
         // The sign moved out early negates the value below it: (-1) + (-3).
         EvalCase{"1 + (- -3)", R::Ok, -4}),
-    [](const testing::TestParamInfo<EvalCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf8(info.param.formula));
-    });
+    FormulaName<EvalCase>);
 
 TEST(ZWPolaca, NoChecksForOverflowOrNaN)
 {
-    const zwtest::Evaluation big = Evaluate(QStringLiteral("exp(1000)"));
+    const zwtest::Evaluation big = Evaluate(u"exp(1000)"_s);
     EXPECT_EQ(big.code, R::Ok);
     EXPECT_TRUE(std::isinf(big.value));
-    const zwtest::Evaluation nan = Evaluate(QStringLiteral("(-8)^0.5"));
+    const zwtest::Evaluation nan = Evaluate(u"(-8)^0.5"_s);
     EXPECT_EQ(nan.code, R::Ok);
     EXPECT_TRUE(std::isnan(nan.value));
 }
@@ -168,7 +165,7 @@ TEST(ZWPolaca, MissingOperandCodes)
     for (size_t i = 0; i < table.size(); ++i) {
         const auto [type, code] = table[i];
         ZWToken op;
-        op.Set(QStringLiteral("op"), type, 0, -1);
+        op.Set(u"op"_s, type, 0, -1);
         ZWToken end;
         end.Set(QString(), ZWToken::End, 0, -1);
         ZWPolaca alone;
@@ -201,32 +198,21 @@ TEST(ZWPolaca, EmptyTranslationIsAnEmptyFormula)
     EXPECT_EQ(empty.GetType(), -1);
 }
 
-TEST(ZWPolaca, ResultTypeFromTheLastToken)
-{
-    const std::vector<std::pair<const char*, int>> table = {{"1+2", 0}, {"1<2", 1}, {"!(1<2)", 1}, {"(1<2)+1", 0},
-        {"1==2", 1}, {"(1<2)&&(2<3)", 1}, {"[a.b]", 0}, {"sqrt(1<2)", 0}, {"Name", 0}};
-    for (const auto& [formula, type] : table) {
-        ZWEvaluator evaluator(QString::fromUtf8(formula));
-        EXPECT_EQ(evaluator.AnalizeExpression(), type) << formula;
-        EXPECT_EQ(evaluator.GetPolaca().GetType(), type) << formula;
-    }
-}
-
 TEST(ZWPolaca, ListsDeviceVariablesAndFormulasInPostfixOrder)
 {
-    ZWEvaluator evaluator(QStringLiteral("B + A * B + [x.y] * [c.d] + C + [x.y]"));
+    ZWEvaluator evaluator(u"B + A * B + [x.y] * [c.d] + C + [x.y]"_s);
     ASSERT_EQ(evaluator.AnalizeExpression(), 0);
     std::vector<QString> names;
-    names.push_back(QStringLiteral("stale"));
+    names.push_back(u"stale"_s);
     evaluator.GetFormules(names);
-    EXPECT_EQ(names, (std::vector<QString>{QStringLiteral("B"), QStringLiteral("A"), QStringLiteral("C")}));
+    EXPECT_EQ(names, (std::vector<QString>{u"B"_s, u"A"_s, u"C"_s}));
     std::vector<ZWToken> devices;
     evaluator.GetDeviceVariables(devices);
     evaluator.GetDeviceVariables(devices); // appends
     QStringList texts;
     for (const ZWToken& t : devices)
         texts << t.GetValue();
-    EXPECT_EQ(texts.join(QLatin1Char(',')), QStringLiteral("x.y,c.d,x.y,x.y,c.d,x.y"));
+    EXPECT_EQ(texts.join(QLatin1Char(',')), u"x.y,c.d,x.y,x.y,c.d,x.y"_s);
     EXPECT_FALSE(evaluator.IsOnlyOneDeviceVariable());
 
     for (const auto& [formula, only] : std::vector<std::pair<const char*, bool>>{
@@ -245,12 +231,12 @@ class DeviceVariables : public testing::Test
 protected:
     void SetUp() override
     {
-        m_live.Set(QStringLiteral("m.e"), 5.0);
-        m_live.Set(QStringLiteral("m.f"), 2.0);
-        m_live.Set(QStringLiteral("m.none"), std::nullopt);
-        m_live.Set(QStringLiteral("m.none2"), std::nullopt);
-        m_live.Set(QStringLiteral("nodot"), 3.0);
-        m_live.Set(QStringLiteral("Meter 1.Power"), 7.5);
+        m_live.Set(u"m.e"_s, 5.0);
+        m_live.Set(u"m.f"_s, 2.0);
+        m_live.Set(u"m.none"_s, std::nullopt);
+        m_live.Set(u"m.none2"_s, std::nullopt);
+        m_live.Set(u"nodot"_s, 3.0);
+        m_live.Set(u"Meter 1.Power"_s, 7.5);
     }
     zwtest::LiveValuesScope m_live;
 };
@@ -299,10 +285,10 @@ TEST_F(DeviceVariables, LiveValuesAndTheirCodes)
 
 TEST_F(DeviceVariables, ValueTypeReportedWhenOneValueIsLeft)
 {
-    zwtest::Evaluation e = Evaluate(QStringLiteral("[m.none] < 3"));
+    zwtest::Evaluation e = Evaluate(u"[m.none] < 3"_s);
     EXPECT_EQ(e.code, R::NoCurrentValue);
     EXPECT_EQ(e.valueType, 1);
-    e = Evaluate(QStringLiteral("[m.none]"));
+    e = Evaluate(u"[m.none]"_s);
     EXPECT_EQ(e.code, R::NoCurrentValue);
     EXPECT_EQ(e.valueType, 0);
 }
@@ -311,17 +297,17 @@ TEST_F(DeviceVariables, WithoutDiscriminatorsOnlyPlainNames)
 {
     zwtest::EvaluationOptions plain;
     plain.discriminators = false;
-    EXPECT_EQ(Evaluate(QStringLiteral("[m.e] + 1"), plain).code, R::Ok);
-    EXPECT_EQ(Evaluate(QStringLiteral("[Meter 1.Power]"), plain).code, R::Ok);
-    EXPECT_EQ(Evaluate(QStringLiteral("[m.e:max] + 1"), plain).code, R::UnknownDeviceVariable);
-    EXPECT_EQ(Evaluate(QStringLiteral("[nodot]"), plain).code, R::UnknownDeviceVariable);
-    EXPECT_EQ(Evaluate(QStringLiteral("[zz.q]"), plain).code, R::UnknownDeviceVariable);
+    EXPECT_EQ(Evaluate(u"[m.e] + 1"_s, plain).code, R::Ok);
+    EXPECT_EQ(Evaluate(u"[Meter 1.Power]"_s, plain).code, R::Ok);
+    EXPECT_EQ(Evaluate(u"[m.e:max] + 1"_s, plain).code, R::UnknownDeviceVariable);
+    EXPECT_EQ(Evaluate(u"[nodot]"_s, plain).code, R::UnknownDeviceVariable);
+    EXPECT_EQ(Evaluate(u"[zz.q]"_s, plain).code, R::UnknownDeviceVariable);
 }
 
 TEST_F(DeviceVariables, NoStoreMeansEveryVariableIsUnknown)
 {
     ZWDriverSupport::SetStore(nullptr);
-    EXPECT_EQ(Evaluate(QStringLiteral("[m.e]")).code, R::UnknownDeviceVariable);
+    EXPECT_EQ(Evaluate(u"[m.e]"_s).code, R::UnknownDeviceVariable);
 }
 
 TEST_F(DeviceVariables, LoggedDataTakesPrecedenceOverLiveValues)
@@ -329,36 +315,36 @@ TEST_F(DeviceVariables, LoggedDataTakesPrecedenceOverLiveValues)
     const ZWDateTime begin = ZWDateTime::FromDMY(2024, 3, 1);
     const ZWDateTime end = ZWDateTime::FromDMY(2024, 3, 2);
     ZWLoggerInfo info;
-    info.AddVariable(QStringLiteral("m.f"));
-    info.AddVariable(QStringLiteral("m.e"));
-    info.AddVariable(QStringLiteral("m.none"));
+    info.AddVariable(u"m.f"_s);
+    info.AddVariable(u"m.e"_s);
+    info.AddVariable(u"m.none"_s);
     ZWLoggerData data;
     data.Setup(info);
     data.SetData(begin, end, ZWDataRecord{begin, {20.0, 100.0, ZW_NO_VALUE}});
 
     zwtest::EvaluationOptions options;
     options.loggerData = &data;
-    zwtest::Evaluation e = Evaluate(QStringLiteral("[m.e] + [m.f]"), options);
+    zwtest::Evaluation e = Evaluate(u"[m.e] + [m.f]"_s, options);
     EXPECT_EQ(e.code, R::Ok);
     EXPECT_EQ(e.value, 120.0);
     // A loaded variable without data, or one that is not loaded: no value,
     // and with logged data that is 40, never 62.
-    e = Evaluate(QStringLiteral("[m.e] + [m.none]"), options);
+    e = Evaluate(u"[m.e] + [m.none]"_s, options);
     EXPECT_EQ(e.code, R::UndefinedValues);
-    EXPECT_EQ(e.undefined, QStringList{QStringLiteral("m.none")});
-    e = Evaluate(QStringLiteral("[m.e] + [Meter 1.Power]"), options);
+    EXPECT_EQ(e.undefined, QStringList{u"m.none"_s});
+    e = Evaluate(u"[m.e] + [Meter 1.Power]"_s, options);
     EXPECT_EQ(e.code, R::UndefinedValues);
     // Unknown to the host stays 1.
-    EXPECT_EQ(Evaluate(QStringLiteral("[zz.q]"), options).code, R::UnknownDeviceVariable);
+    EXPECT_EQ(Evaluate(u"[zz.q]"_s, options).code, R::UnknownDeviceVariable);
 
     // A record at or after the end of the period has no value.
     data.SetData(begin, end, ZWDataRecord{end, {20.0, 100.0, 1.0}});
-    EXPECT_EQ(Evaluate(QStringLiteral("[m.e]"), options).code, R::UndefinedValues);
+    EXPECT_EQ(Evaluate(u"[m.e]"_s, options).code, R::UndefinedValues);
     // No record for the period.
     ZWLoggerData empty;
     empty.Setup(info);
     options.loggerData = &empty;
-    EXPECT_EQ(Evaluate(QStringLiteral("[m.e]"), options).code, R::UndefinedValues);
+    EXPECT_EQ(Evaluate(u"[m.e]"_s, options).code, R::UndefinedValues);
 }
 
 // ---------------------------------------------------------------------------
@@ -369,24 +355,24 @@ class References : public testing::Test
 protected:
     void SetUp() override
     {
-        m_live.Set(QStringLiteral("m.e"), 5.0);
-        m_live.Set(QStringLiteral("m.none"), std::nullopt);
+        m_live.Set(u"m.e"_s, 5.0);
+        m_live.Set(u"m.none"_s, std::nullopt);
         m_library = zwtest::Library({
-            {QStringLiteral("A"), QStringLiteral("1+2")},
-            {QStringLiteral("B"), QStringLiteral("A*2")},
-            {QStringLiteral("C"), QStringLiteral("B+A")},
-            {QStringLiteral("Bool"), QStringLiteral("1<2")},
-            {QStringLiteral("Bad"), QStringLiteral("2 +")},
-            {QStringLiteral("Missing"), QStringLiteral("Nope+1")},
-            {QStringLiteral("Dev"), QStringLiteral("[m.e] * 2")},
-            {QStringLiteral("NoData"), QStringLiteral("[m.none] + 1")},
-            {QStringLiteral("Unknown"), QStringLiteral("[zz.q] + 1")},
-            {QStringLiteral("Filtered"), QStringLiteral("[m.e:max]")},
-            {QStringLiteral("Zero"), QStringLiteral("1/0")},
-            {QStringLiteral("Loop"), QStringLiteral("Loop+1")},
-            {QStringLiteral("P"), QStringLiteral("Q*2")},
-            {QStringLiteral("Q"), QStringLiteral("1+P")},
-            {QStringLiteral("UsesLoop"), QStringLiteral("A + P")},
+            {u"A"_s, u"1+2"_s},
+            {u"B"_s, u"A*2"_s},
+            {u"C"_s, u"B+A"_s},
+            {u"Bool"_s, u"1<2"_s},
+            {u"Bad"_s, u"2 +"_s},
+            {u"Missing"_s, u"Nope+1"_s},
+            {u"Dev"_s, u"[m.e] * 2"_s},
+            {u"NoData"_s, u"[m.none] + 1"_s},
+            {u"Unknown"_s, u"[zz.q] + 1"_s},
+            {u"Filtered"_s, u"[m.e:max]"_s},
+            {u"Zero"_s, u"1/0"_s},
+            {u"Loop"_s, u"Loop+1"_s},
+            {u"P"_s, u"Q*2"_s},
+            {u"Q"_s, u"1+P"_s},
+            {u"UsesLoop"_s, u"A + P"_s},
         });
         m_options.formulas = m_library.get();
     }
@@ -435,9 +421,9 @@ TEST_F(References, EvaluatedFromTheLibrary)
 
 TEST_F(References, WithoutALibraryEveryNameIsUndefined)
 {
-    const zwtest::Evaluation e = Evaluate(QStringLiteral("A + B"));
+    const zwtest::Evaluation e = Evaluate(u"A + B"_s);
     EXPECT_EQ(e.code, R::UndefinedValues);
-    EXPECT_EQ(e.undefined, (QStringList{QStringLiteral("A"), QStringLiteral("B")}));
+    EXPECT_EQ(e.undefined, (QStringList{u"A"_s, u"B"_s}));
     EXPECT_EQ(e.valueType, 0);
 }
 
@@ -446,26 +432,26 @@ TEST_F(References, ReferencedFormulasAcceptFilteredNames)
     // A referenced formula is evaluated by an evaluator of its own, built
     // afresh with discriminators enabled.
     m_options.discriminators = false;
-    const zwtest::Evaluation e = Evaluate(QStringLiteral("Filtered"), m_options);
+    const zwtest::Evaluation e = Evaluate(u"Filtered"_s, m_options);
     EXPECT_EQ(e.code, R::Ok);
     EXPECT_EQ(e.value, 5.0);
-    EXPECT_EQ(Evaluate(QStringLiteral("[m.e:max]"), m_options).code, R::UnknownDeviceVariable);
+    EXPECT_EQ(Evaluate(u"[m.e:max]"_s, m_options).code, R::UnknownDeviceVariable);
 }
 
 TEST_F(References, SelfReferenceEndsWithCode40)
 {
-    zwtest::Evaluation e = Evaluate(QStringLiteral("Loop"), m_options);
+    zwtest::Evaluation e = Evaluate(u"Loop"_s, m_options);
     EXPECT_EQ(e.code, R::UndefinedValues);
-    EXPECT_EQ(e.undefined, QStringList{QStringLiteral("Loop")});
-    e = Evaluate(QStringLiteral("2 * UsesLoop"), m_options);
+    EXPECT_EQ(e.undefined, QStringList{u"Loop"_s});
+    e = Evaluate(u"2 * UsesLoop"_s, m_options);
     EXPECT_EQ(e.code, R::UndefinedValues);
-    EXPECT_TRUE(e.undefined.contains(QStringLiteral("P")));
-    EXPECT_TRUE(e.undefined.contains(QStringLiteral("UsesLoop")));
+    EXPECT_TRUE(e.undefined.contains(u"P"_s));
+    EXPECT_TRUE(e.undefined.contains(u"UsesLoop"_s));
 }
 
 TEST_F(References, TheLibraryIsReadAgainOnEveryEvaluation)
 {
-    ZWEvaluator evaluator(QStringLiteral("B"));
+    ZWEvaluator evaluator(u"B"_s);
     ASSERT_EQ(evaluator.AnalizeExpression(), 0);
     evaluator.SetFormules(m_library.get());
     double value = 0;
@@ -473,11 +459,10 @@ TEST_F(References, TheLibraryIsReadAgainOnEveryEvaluation)
     ASSERT_EQ(evaluator.Evaluate(value, valueType), 0);
     EXPECT_EQ(value, 6.0);
     // The same document, changed: A is now 10.
-    ZWFormulaLibrary::Build(
-        {QStringLiteral("A"), QStringLiteral("B")}, {QStringLiteral("10"), QStringLiteral("A*2")}, *m_library);
+    ZWFormulaLibrary::Build({u"A"_s, u"B"_s}, {u"10"_s, u"A*2"_s}, *m_library);
     ASSERT_EQ(evaluator.Evaluate(value, valueType), 0);
     EXPECT_EQ(value, 20.0);
-    ZWFormulaLibrary::Build({QStringLiteral("B")}, {QStringLiteral("A*2")}, *m_library);
+    ZWFormulaLibrary::Build({u"B"_s}, {u"A*2"_s}, *m_library);
     EXPECT_EQ(evaluator.Evaluate(value, valueType), 40);
 }
 
@@ -485,8 +470,8 @@ std::unique_ptr<XmlDocument> Chain(int length)
 {
     std::vector<std::pair<QString, QString>> formulas;
     for (int i = 1; i < length; ++i)
-        formulas.emplace_back(QStringLiteral("F%1").arg(i), QStringLiteral("F%1+1").arg(i + 1));
-    formulas.emplace_back(QStringLiteral("F%1").arg(length), QStringLiteral("1"));
+        formulas.emplace_back(u"F%1"_s.arg(i), u"F%1+1"_s.arg(i + 1));
+    formulas.emplace_back(u"F%1"_s.arg(length), u"1"_s);
     return zwtest::Library(formulas);
 }
 
@@ -496,15 +481,15 @@ TEST(ReferenceDepth, ChainsUpToTheLimitEvaluate)
     auto library = Chain(limit);
     zwtest::EvaluationOptions options;
     options.formulas = library.get();
-    zwtest::Evaluation e = Evaluate(QStringLiteral("F1"), options);
+    zwtest::Evaluation e = Evaluate(u"F1"_s, options);
     EXPECT_EQ(e.code, R::Ok);
     EXPECT_EQ(e.value, double(limit));
 
     library = Chain(limit + 1);
     options.formulas = library.get();
-    e = Evaluate(QStringLiteral("F1"), options);
+    e = Evaluate(u"F1"_s, options);
     EXPECT_EQ(e.code, R::UndefinedValues);
-    EXPECT_TRUE(e.undefined.contains(QStringLiteral("F%1").arg(limit + 1)));
+    EXPECT_TRUE(e.undefined.contains(u"F%1"_s.arg(limit + 1)));
 }
 
 TEST(ReferenceDepth, SharedFormulasAreNotEvaluatedOncePerPath)
@@ -512,12 +497,12 @@ TEST(ReferenceDepth, SharedFormulasAreNotEvaluatedOncePerPath)
     // G1 = G2+G2, G2 = G3+G3, ...: 2^59 paths, one value each.
     std::vector<std::pair<QString, QString>> formulas;
     for (int i = 1; i < 60; ++i)
-        formulas.emplace_back(QStringLiteral("G%1").arg(i), QStringLiteral("G%1+G%1").arg(i + 1));
-    formulas.emplace_back(QStringLiteral("G60"), QStringLiteral("1"));
+        formulas.emplace_back(u"G%1"_s.arg(i), u"G%1+G%1"_s.arg(i + 1));
+    formulas.emplace_back(u"G60"_s, u"1"_s);
     const auto library = zwtest::Library(formulas);
     zwtest::EvaluationOptions options;
     options.formulas = library.get();
-    const zwtest::Evaluation e = Evaluate(QStringLiteral("G1"), options);
+    const zwtest::Evaluation e = Evaluate(u"G1"_s, options);
     EXPECT_EQ(e.code, R::Ok);
     EXPECT_EQ(e.value, std::ldexp(1.0, 59));
 }

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString Show(const ZWToken& token)
@@ -54,6 +56,11 @@ TEST_P(TokenTable, ReadsTheTokens)
         << QString::fromUtf16(c.text).toStdString();
 }
 
+std::string TextName(const testing::TestParamInfo<TokenCase>& info)
+{
+    return zwtest::SpelledName(QString::fromUtf16(info.param.text));
+}
+
 INSTANTIATE_TEST_SUITE_P(Operators, TokenTable,
     testing::Values(
         // Every operator and punctuation token, with its text and where it starts.
@@ -69,9 +76,7 @@ INSTANTIATE_TEST_SUITE_P(Operators, TokenTable,
         TokenCase{u"a< =b", R"x(2"a"@0 22"<"@1 -2@3 2"b"@4 0@5)x"}, TokenCase{u"& | =", R"x(-2@0 -2@2 -2@4 0@5)x"},
         TokenCase{u"!a", R"x(30"!"@0 2"a"@1 0@2)x"}, TokenCase{u"a!=b", R"x(2"a"@0 27"!="@1 2"b"@3 0@4)x"},
         TokenCase{u"!", R"x(30"!"@0 0@1)x"}, TokenCase{u"<", R"x(22"<"@0 0@1)x"}),
-    [](const testing::TestParamInfo<TokenCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
-    });
+    TextName);
 
 INSTANTIATE_TEST_SUITE_P(NamesAndFunctions, TokenTable,
     testing::Values(
@@ -87,9 +92,7 @@ INSTANTIATE_TEST_SUITE_P(NamesAndFunctions, TokenTable,
         TokenCase{u"a_b", R"x(2"a"@0 -2@1 -2@1)x", 3},
         // "." after a name starts a number that is not there.
         TokenCase{u"x.y", R"x(2"x"@0 -2@1 2"y"@2 0@3)x"}),
-    [](const testing::TestParamInfo<TokenCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
-    });
+    TextName);
 
 INSTANTIATE_TEST_SUITE_P(DeviceVariables, TokenTable,
     testing::Values(
@@ -100,18 +103,14 @@ INSTANTIATE_TEST_SUITE_P(DeviceVariables, TokenTable,
         TokenCase{u"[[x]]", R"x(21"[x"@1 -2@4 -2@4)x", 3}, TokenCase{u"[a.b]c", R"x(21"a.b"@1 2"c"@5 0@6)x"},
         // A missing "]" or an empty name: an error, the characters consumed.
         TokenCase{u"[abc", R"x(-2@0 0@4)x"}, TokenCase{u"[]+1", R"x(-2@0 3"+"@2 1(1)@3 0@4)x"}),
-    [](const testing::TestParamInfo<TokenCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
-    });
+    TextName);
 
 INSTANTIATE_TEST_SUITE_P(Blanks, TokenTable,
     testing::Values(TokenCase{u"", "0@0"},
         // Only the space is a blank: a tab is an error that does not advance.
         TokenCase{u"\t1", "-2@0 -2@0 -2@0", 3}, TokenCase{u"1\n", R"x(1(1)@0 -2@1 -2@1)x", 3},
         TokenCase{u"  7", R"x(1(7)@2 0@3)x"}, TokenCase{u"#", "-2@0 -2@0", 2}),
-    [](const testing::TestParamInfo<TokenCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
-    });
+    TextName);
 
 INSTANTIATE_TEST_SUITE_P(Numbers, TokenTable,
     testing::Values(TokenCase{u"12", "1(12)@0 0@2"}, TokenCase{u"3.25", "1(3.25)@0 0@4"},
@@ -131,96 +130,27 @@ INSTANTIATE_TEST_SUITE_P(Numbers, TokenTable,
         // Out of range: what the conversion gives.
         TokenCase{u"1e400", "1(inf)@0 0@5"}, TokenCase{u"1e-400", "1(0)@0 0@6"},
         TokenCase{u"2.2250738585072014e-308", "1(2.2250738585072014e-308)@0 0@23"}),
-    [](const testing::TestParamInfo<TokenCase>& info) {
-        return zwtest::SpelledName(QString::fromUtf16(info.param.text));
-    });
+    TextName);
 
-void ExpectEmpty(const ZWToken& t)
+TEST(ZWTokenProducer, AddedFunctionsSetResetClearAndTheEndTokenAgainAndAgain)
 {
-    EXPECT_EQ(t.GetType(), -1);
-    EXPECT_TRUE(t.GetValue().isEmpty());
-    EXPECT_EQ(t.GetDoubleValue(), ZW_NO_VALUE);
-    EXPECT_EQ(t.GetPosition(), 0);
-    EXPECT_EQ(t.GetValueType(), -1);
-}
-
-TEST(ZWToken, NewAndClearedTokensHoldNothing)
-{
-    ExpectEmpty(ZWToken());
-    ZWToken token;
-    token.Set(3.5, ZWToken::Constant, 4, ZWToken::Numeric);
-    const ZWToken copy = token;
-    token.Clear();
-    ExpectEmpty(token);
-    EXPECT_EQ(copy.GetDoubleValue(), 3.5);
-    EXPECT_EQ(copy.GetPosition(), 4);
-}
-
-TEST(ZWToken, TextAndNumberFormsClearEachOther)
-{
-    ZWToken token;
-    token.Set(2.0, ZWToken::Constant, 1, ZWToken::Numeric);
-    token.Set(QStringLiteral("x"), ZWToken::Variable, 1, ZWToken::Numeric);
-    EXPECT_EQ(token.GetDoubleValue(), ZW_NO_VALUE);
-    token.Set(2.0, ZWToken::Constant, 1, ZWToken::Numeric);
-    EXPECT_TRUE(token.GetValue().isEmpty());
-}
-
-TEST(ZWTokenProducer, FunctionTableInRegistrationOrder)
-{
-    const ZWTokenProducer producer;
-    const std::vector<std::pair<QString, int>> expected = {{QStringLiteral("sqrt"), 11}, {QStringLiteral("log"), 12},
-        {QStringLiteral("exp"), 13}, {QStringLiteral("sin"), 14}, {QStringLiteral("cos"), 15},
-        {QStringLiteral("tan"), 16}, {QStringLiteral("asin"), 17}, {QStringLiteral("acos"), 18},
-        {QStringLiteral("atan"), 19}, {QStringLiteral("atan2"), 31}, {QStringLiteral("log10"), 20}};
-    ASSERT_EQ(producer.NumberOfFunctions(), int(expected.size()));
-    for (int i = 0; i < producer.NumberOfFunctions(); ++i) {
-        QString name;
-        producer.GetFunction(i, name);
-        EXPECT_EQ(name, expected[size_t(i)].first);
-        EXPECT_EQ(producer.GetFunctionId(i), expected[size_t(i)].second);
-    }
-    EXPECT_EQ(producer.GetFunctionId(11), -2);
-    EXPECT_EQ(producer.GetFunctionId(-1), -2);
-}
-
-TEST(ZWTokenProducer, AddedFunctionsAreRecognised)
-{
-    ZWTokenProducer producer(QStringLiteral("Cube(2)"));
-    producer.AddFunction(QStringLiteral("cube"), 77);
+    ZWTokenProducer producer(u"Cube(2)"_s);
+    producer.AddFunction(u"cube"_s, 77);
     ZWToken token;
     producer.GetToken(token);
     EXPECT_EQ(token.GetType(), 77);
-    EXPECT_EQ(token.GetValue(), QStringLiteral("Cube"));
-    // Set rebuilds the table from the built-in functions only.
-    producer.Set(QStringLiteral("cube"));
-    producer.Reset();
-    producer.GetToken(token);
-    EXPECT_EQ(token.GetType(), ZWToken::Variable);
-}
-
-TEST(ZWTokenProducer, SetKeepsThePositionAndResetRewinds)
-{
-    ZWTokenProducer producer(QStringLiteral("12+3"));
-    ZWToken token;
-    producer.GetToken(token);
-    producer.Set(QStringLiteral("ab*cd"));
+    EXPECT_EQ(token.GetValue(), u"Cube"_s);
+    // Set rebuilds the table from the built-in functions only, and keeps
+    // the position; Reset rewinds.
+    producer.Set(u"cube*cd"_s);
     producer.GetToken(token);
     EXPECT_EQ(token.GetType(), ZWToken::Multiply);
     producer.Reset();
     producer.GetToken(token);
-    EXPECT_EQ(token.GetValue(), QStringLiteral("ab"));
+    EXPECT_EQ(token.GetType(), ZWToken::Variable);
+    EXPECT_EQ(token.GetValue(), u"cube"_s);
     producer.Clear();
     EXPECT_EQ(producer.NumberOfFunctions(), 0);
-    producer.GetToken(token);
-    EXPECT_EQ(token.GetType(), ZWToken::End);
-}
-
-TEST(ZWTokenProducer, KeepsReturningTheEndToken)
-{
-    ZWTokenProducer producer(QStringLiteral("1"));
-    ZWToken token;
-    producer.GetToken(token);
     for (int i = 0; i < 3; ++i) {
         producer.GetToken(token);
         EXPECT_EQ(token.GetType(), ZWToken::End);

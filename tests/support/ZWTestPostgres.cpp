@@ -14,6 +14,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace zwtest {
 
 namespace {
@@ -35,12 +37,12 @@ QString FindBin()
         return env;
     QString best;
     QVersionNumber bestVersion;
-    const QDir root(QStringLiteral("/usr/lib/postgresql"));
+    const QDir root(u"/usr/lib/postgresql"_s);
     for (const QString& v : root.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         const QVersionNumber version = QVersionNumber::fromString(v);
-        if (QFile::exists(root.filePath(v + QStringLiteral("/bin/initdb"))) && version > bestVersion) {
+        if (QFile::exists(root.filePath(v + u"/bin/initdb"_s)) && version > bestVersion) {
             bestVersion = version;
-            best = root.filePath(v + QStringLiteral("/bin"));
+            best = root.filePath(v + u"/bin"_s);
         }
     }
     return best;
@@ -100,17 +102,16 @@ bool ZWTestPostgres::Run(const QStringList& command, QString* error, int timeout
     QStringList full = command;
     QString program = full.takeFirst();
     if (IsRoot()) {
-        full = QStringList{QStringLiteral("-u"), QStringLiteral("postgres"), QStringLiteral("--"), program} + full;
-        program = QStringLiteral("runuser");
+        full = QStringList{u"-u"_s, u"postgres"_s, u"--"_s, program} + full;
+        program = u"runuser"_s;
     }
     QProcess p;
     p.setProcessChannelMode(QProcess::MergedChannels);
     p.start(program, full);
     if (!p.waitForFinished(timeoutMs) || p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
         if (error)
-            *error = QStringLiteral("%1 %2 failed: %3")
-                         .arg(program, full.join(QLatin1Char(' ')),
-                             QString::fromLocal8Bit(p.readAll()).trimmed() + p.errorString());
+            *error = u"%1 %2 failed: %3"_s.arg(
+                program, full.join(QLatin1Char(' ')), QString::fromLocal8Bit(p.readAll()).trimmed() + p.errorString());
         p.kill();
         p.waitForFinished(1000);
         return false;
@@ -121,33 +122,31 @@ bool ZWTestPostgres::Run(const QStringList& command, QString* error, int timeout
 bool ZWTestPostgres::Init(QString* error)
 {
     m_bin = FindBin();
-    if (m_bin.isEmpty() || !QFile::exists(m_bin + QStringLiteral("/initdb"))) {
+    if (m_bin.isEmpty() || !QFile::exists(m_bin + u"/initdb"_s)) {
         *error = QStringLiteral("PostgreSQL server binaries not found (install the Debian package postgresql, "
                                 "or set ZW_PG_BIN; ZW_TEST_SKIP_POSTGRES=1 skips these tests)");
         return false;
     }
-    m_dir = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/zwpg-XXXXXX"));
+    m_dir = std::make_unique<QTemporaryDir>(QDir::tempPath() + u"/zwpg-XXXXXX"_s);
     if (!m_dir->isValid()) {
-        *error = QStringLiteral("cannot make a temporary folder");
+        *error = u"cannot make a temporary folder"_s;
         return false;
     }
     if (IsRoot()) {
         QProcess chown;
-        chown.start(QStringLiteral("chown"), {QStringLiteral("postgres:"), m_dir->path()});
+        chown.start(u"chown"_s, {u"postgres:"_s, m_dir->path()});
         if (!chown.waitForFinished(10000) || chown.exitCode() != 0) {
-            *error
-                = QStringLiteral("cannot give %1 to the user postgres (is PostgreSQL installed?)").arg(m_dir->path());
+            *error = u"cannot give %1 to the user postgres (is PostgreSQL installed?)"_s.arg(m_dir->path());
             return false;
         }
     }
-    const QString data = m_dir->path() + QStringLiteral("/data");
-    if (!Run({m_bin + QStringLiteral("/initdb"), QStringLiteral("-D"), data, QStringLiteral("-U"), QStringLiteral("zw"),
-                 QStringLiteral("--auth=trust"), QStringLiteral("-E"), QStringLiteral("UTF8"),
-                 QStringLiteral("--locale=C"), QStringLiteral("--no-sync")},
+    const QString data = m_dir->path() + u"/data"_s;
+    if (!Run({m_bin + u"/initdb"_s, u"-D"_s, data, u"-U"_s, u"zw"_s, u"--auth=trust"_s, u"-E"_s, u"UTF8"_s,
+                 u"--locale=C"_s, u"--no-sync"_s},
             error))
         return false;
     {
-        QFile conf(data + QStringLiteral("/postgresql.conf"));
+        QFile conf(data + u"/postgresql.conf"_s);
         if (!conf.open(QIODevice::Append)) {
             *error = conf.errorString();
             return false;
@@ -168,31 +167,28 @@ bool ZWTestPostgres::Init(QString* error)
     if (!m_port)
         return false;
     // Stops the server if this process dies without doing it.
-    const QString script
-        = QStringLiteral(
-            "while kill -0 %1 2>/dev/null; do sleep 1; done; "
-            "if [ -f '%2/postmaster.pid' ]; then %3 '%4/pg_ctl' -D '%2' -m immediate stop >/dev/null 2>&1; fi; "
-            "rm -rf '%5'")
-              .arg(QCoreApplication::applicationPid())
-              .arg(data, IsRoot() ? QStringLiteral("runuser -u postgres --") : QString(), m_bin, m_dir->path());
-    QProcess::startDetached(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}, QString(), &m_watchdog);
+    const QString script = QStringLiteral(
+        "while kill -0 %1 2>/dev/null; do sleep 1; done; "
+        "if [ -f '%2/postmaster.pid' ]; then %3 '%4/pg_ctl' -D '%2' -m immediate stop >/dev/null 2>&1; fi; "
+        "rm -rf '%5'")
+                               .arg(QCoreApplication::applicationPid())
+                               .arg(data, IsRoot() ? u"runuser -u postgres --"_s : QString(), m_bin, m_dir->path());
+    QProcess::startDetached(u"/bin/sh"_s, {u"-c"_s, script}, QString(), &m_watchdog);
     return true;
 }
 
 bool ZWTestPostgres::Start(QString* error)
 {
-    const QString data = m_dir->path() + QStringLiteral("/data");
-    return Run({m_bin + QStringLiteral("/pg_ctl"), QStringLiteral("-D"), data, QStringLiteral("-o"),
-                   QStringLiteral("-p %1").arg(m_port), QStringLiteral("-l"), m_dir->path() + QStringLiteral("/log"),
-                   QStringLiteral("-w"), QStringLiteral("-t"), QStringLiteral("60"), QStringLiteral("start")},
+    const QString data = m_dir->path() + u"/data"_s;
+    return Run({m_bin + u"/pg_ctl"_s, u"-D"_s, data, u"-o"_s, u"-p %1"_s.arg(m_port), u"-l"_s,
+                   m_dir->path() + u"/log"_s, u"-w"_s, u"-t"_s, u"60"_s, u"start"_s},
         error, 90000);
 }
 
 bool ZWTestPostgres::Stop(QString* error)
 {
-    return Run({m_bin + QStringLiteral("/pg_ctl"), QStringLiteral("-D"), m_dir->path() + QStringLiteral("/data"),
-                   QStringLiteral("-m"), QStringLiteral("fast"), QStringLiteral("-w"), QStringLiteral("stop")},
-        error);
+    return Run(
+        {m_bin + u"/pg_ctl"_s, u"-D"_s, m_dir->path() + u"/data"_s, u"-m"_s, u"fast"_s, u"-w"_s, u"stop"_s}, error);
 }
 
 bool ZWTestPostgres::Restart(QString* error)
@@ -209,22 +205,22 @@ ZWTestPostgres::~ZWTestPostgres()
 
 QString ZWTestPostgres::NewDatabaseUrl()
 {
-    const QString name = QStringLiteral("zwtest%1").arg(++m_databases);
-    const QString connection = QStringLiteral("zwtest-admin");
+    const QString name = u"zwtest%1"_s.arg(++m_databases);
+    const QString connection = u"zwtest-admin"_s;
     {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), connection);
-        db.setHostName(QStringLiteral("127.0.0.1"));
+        QSqlDatabase db = QSqlDatabase::addDatabase(u"QPSQL"_s, connection);
+        db.setHostName(u"127.0.0.1"_s);
         db.setPort(m_port);
-        db.setUserName(QStringLiteral("zw"));
-        db.setDatabaseName(QStringLiteral("postgres"));
+        db.setUserName(u"zw"_s);
+        db.setDatabaseName(u"postgres"_s);
         if (db.open()) {
             QSqlQuery q(db);
-            q.exec(QStringLiteral("CREATE DATABASE %1").arg(name));
+            q.exec(u"CREATE DATABASE %1"_s.arg(name));
         }
         db.close();
     }
     QSqlDatabase::removeDatabase(connection);
-    return QStringLiteral("postgresql://zw@127.0.0.1:%1/%2?connect_timeout=5").arg(m_port).arg(name);
+    return u"postgresql://zw@127.0.0.1:%1/%2?connect_timeout=5"_s.arg(m_port).arg(name);
 }
 
 } // namespace zwtest

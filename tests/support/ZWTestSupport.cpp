@@ -8,11 +8,13 @@
 #include <QDir>
 #include <QFile>
 
+using namespace Qt::StringLiterals;
+
 namespace zwtest {
 
 QString FuzzRegressionsDir()
 {
-    return SourcePath(QStringLiteral("tests/data/qt-fuzz-regressions"));
+    return SourcePath(u"tests/data/qt-fuzz-regressions"_s);
 }
 
 QString SourcePath(const QString& relative)

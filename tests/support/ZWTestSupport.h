@@ -27,4 +27,16 @@ std::string CaseName(const char* description);
 // out as the name of a parameterised test, one distinct word per symbol.
 std::string SpelledName(const QString& text);
 
+// Parameterised cases with a description print as it (bring it in with
+// `using zwtest::PrintTo;` where the case type is declared).
+template <class Case>
+requires requires(const Case& c)
+{
+    c.what;
+}
+void PrintTo(const Case& c, std::ostream* os)
+{
+    *os << c.what;
+}
+
 } // namespace zwtest

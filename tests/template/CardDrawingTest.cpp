@@ -56,10 +56,7 @@ TEST(DrawMapping, CardRectangles)
         draw.scrollY = c.scrollY;
         EXPECT_EQ(draw.CardRect(c.x, c.y, c.w, c.h), c.expected) << c.x << "," << c.y;
     }
-}
-
-TEST(DrawMapping, PageRectangleIsOnePixelLarger)
-{
+    // The page's own rectangle is one pixel larger.
     tagDraw draw = PageDraw(2.0);
     draw.left = 10.4;
     draw.top = 20.6;
@@ -75,15 +72,8 @@ TEST(DrawMapping, VisibilityCountsTouchingEdges)
         ZWRect rect;
         bool visible;
     };
-    const Case cases[] = {
-        {{0, 0, 9, 9}, false},
-        {{0, 0, 10, 10}, true},
-        {{20, 20, 30, 30}, true},
-        {{21, 0, 30, 30}, false},
-        {{0, 21, 30, 30}, false},
-        {{12, 12, 14, 14}, true},
-        {{0, 0, 100, 100}, true},
-    };
+    const Case cases[] = {{{0, 0, 9, 9}, false}, {{0, 0, 10, 10}, true}, {{20, 20, 30, 30}, true},
+        {{21, 0, 30, 30}, false}, {{0, 21, 30, 30}, false}, {{12, 12, 14, 14}, true}, {{0, 0, 100, 100}, true}};
     for (const Case& c : cases)
         EXPECT_EQ(tagDraw::IsVisible(area, c.rect), c.visible)
             << c.rect.left << "," << c.rect.top << "," << c.rect.right << "," << c.rect.bottom;
@@ -152,8 +142,8 @@ TEST(DrawBorder, SolidThinAndThickIncludeBothEnds)
 
     const QImage thick = Border(rect, true, false, false, 0);
     EXPECT_EQ(InkBounds(thick), QRect(QPoint(5, 6), QPoint(16, 14)));
-    EXPECT_EQ(Column(thick, 10, 6, 9), QStringLiteral("111000111"));
-    EXPECT_EQ(TopRow(thick, 5, 10, 12), QStringLiteral("111000000111"));
+    EXPECT_EQ(Column(thick, 10, 6, 9), u"111000111"_s);
+    EXPECT_EQ(TopRow(thick, 5, 10, 12), u"111000000111"_s);
 }
 
 TEST(DrawBorder, DashedPatternsForEveryPhase)
@@ -202,7 +192,7 @@ TEST(DrawBorder, ThickDashesSetAllThreeLines)
     const QImage image = Border(ZWRect{4, 4, 15, 15}, true, true, false, 0);
     // Top row pattern 011000011000, three lines deep.
     for (int k = 0; k < 3; ++k)
-        EXPECT_EQ(TopRow(image, 4, 4 + k, 12).mid(3, 6), QStringLiteral("000011")) << k;
+        EXPECT_EQ(TopRow(image, 4, 4 + k, 12).mid(3, 6), u"000011"_s) << k;
     EXPECT_EQ(image.pixel(5, 4), qRgb(255, 0, 0));
     EXPECT_EQ(image.pixel(5, 6), qRgb(255, 0, 0));
 }
@@ -224,6 +214,14 @@ protected:
         return image;
     }
 
+    static ZWCardLabel Label(const QString& text, double size)
+    {
+        ZWCardLabel label;
+        label.value = text;
+        label.size = size;
+        return label;
+    }
+
     // The extent the label measures for its text on such a picture.
     QSizeF Extent(const ZWCardLabel& label, const tagDraw& draw)
     {
@@ -237,12 +235,12 @@ protected:
 TEST_F(LabelDrawing, ArialIsDrawnWithTheMetricCompatibleLiberationSans)
 {
     QImage device = WhiteImage(1, 1);
-    const QFont font = EzCreateFont(&device, QStringLiteral("Arial"), 100, 0, 3, true);
-    EXPECT_EQ(QFontInfo(font).family(), QStringLiteral("Liberation Sans"));
+    const QFont font = EzCreateFont(&device, u"Arial"_s, 100, 0, 3, true);
+    EXPECT_EQ(QFontInfo(font).family(), u"Liberation Sans"_s);
     EXPECT_TRUE(font.bold());
     EXPECT_TRUE(font.italic());
     EXPECT_DOUBLE_EQ(font.pointSizeF(), 10.0);
-    const QFont plain = EzCreateFont(&device, QStringLiteral("Arial"), 125, 0, 4, true); // bit 2 means nothing
+    const QFont plain = EzCreateFont(&device, u"Arial"_s, 125, 0, 4, true); // bit 2 means nothing
     EXPECT_FALSE(plain.bold());
     EXPECT_FALSE(plain.italic());
     EXPECT_DOUBLE_EQ(plain.pointSizeF(), 12.5);
@@ -311,13 +309,8 @@ TEST_F(LabelDrawing, InkLiesWhereTheAlignmentPutsIt)
     const Case cases[] = {{1, 4}, {2, 4}, {16, 16}, {1, 8}, {2, 8}, {0, 0}};
     const tagDraw draw = PageDraw(5.0);
     for (const Case& c : cases) {
-        ZWCardLabel label;
-        label.value = QStringLiteral("HHHH");
-        label.size = 20.0;
-        label.x = 10.0;
-        label.y = 10.0;
-        label.width = 50.0;
-        label.height = 30.0;
+        ZWCardLabel label = Label(u"HHHH"_s, 20.0);
+        zwtest::Place(label, 10.0, 10.0, 50.0, 30.0);
         label.horizontalAlign = c.horizontal;
         label.verticalAlign = c.vertical;
         const QImage image = Draw(label, draw);
@@ -347,13 +340,8 @@ TEST_F(LabelDrawing, InkLiesWhereTheAlignmentPutsIt)
 
 TEST_F(LabelDrawing, NinetyDegreesCentredSitsInTheMiddleOfTheCard)
 {
-    ZWCardLabel label;
-    label.value = QStringLiteral("HHHHHH");
-    label.size = 16.0;
-    label.x = 10.0;
-    label.y = 5.0;
-    label.width = 20.0;
-    label.height = 50.0;
+    ZWCardLabel label = Label(u"HHHHHH"_s, 16.0);
+    zwtest::Place(label, 10.0, 5.0, 20.0, 50.0);
     label.orientation = 90.0;
     const tagDraw draw = PageDraw(5.0);
     const QImage image = Draw(label, draw);
@@ -370,13 +358,8 @@ TEST_F(LabelDrawing, NinetyDegreesCentredSitsInTheMiddleOfTheCard)
 
 TEST_F(LabelDrawing, EscapementTurnsTheTextByWholeTenths)
 {
-    ZWCardLabel label;
-    label.value = QStringLiteral("________________");
-    label.size = 14.0;
-    label.x = 5.0;
-    label.y = 5.0;
-    label.width = 70.0;
-    label.height = 40.0;
+    ZWCardLabel label = Label(u"________________"_s, 14.0);
+    zwtest::Place(label, 5.0, 5.0, 70.0, 40.0);
     label.orientation = 12.37;
     const QImage image = Draw(label, PageDraw(5.0));
     // The underscores make one line: its slope is the angle drawn.
@@ -393,46 +376,24 @@ TEST_F(LabelDrawing, EscapementTurnsTheTextByWholeTenths)
     EXPECT_NEAR(std::atan(slope) * 180.0 / M_PI, 12.3, 0.6);
 }
 
-TEST_F(LabelDrawing, TextIsClippedToTheCard)
+TEST_F(LabelDrawing, TextIsClippedToTheCardTheVisibleAreaAndTheRoundedPage)
 {
-    ZWCardLabel label;
-    label.value = QStringLiteral("A text much wider than its card");
-    label.size = 20.0;
-    label.x = 20.0;
-    label.y = 20.0;
-    label.width = 20.0;
-    label.height = 4.0;
-    const tagDraw draw = PageDraw(5.0);
-    const QImage image = Draw(label, draw);
-    const QRect ink = InkBounds(image);
+    ZWCardLabel label = Label(u"A text much wider than its card"_s, 20.0);
+    zwtest::Place(label, 20.0, 20.0, 20.0, 4.0);
+    tagDraw draw = PageDraw(5.0);
+    const QRect ink = InkBounds(Draw(label, draw));
     ASSERT_FALSE(ink.isNull());
     EXPECT_TRUE(draw.CardRect(20, 20, 20, 4).ToQRect().contains(ink));
-}
-
-TEST_F(LabelDrawing, OutsideTheVisibleAreaNothingIsDrawn)
-{
-    ZWCardLabel label;
-    label.value = QStringLiteral("HH");
-    tagDraw draw = PageDraw(5.0);
     const ZWRect area{200, 200, 300, 300};
     draw.visibleArea = &area;
     EXPECT_TRUE(InkBounds(Draw(label, draw)).isNull());
-}
 
-TEST_F(LabelDrawing, PageClippingCutsTheRoundedCorner)
-{
-    ZWCardLabel label;
-    label.value = QStringLiteral("█████");
-    label.size = 30.0;
-    label.x = 0.0;
-    label.y = 0.0;
-    label.width = 40.0;
-    label.height = 20.0;
+    label = Label(u"█████"_s, 30.0);
+    zwtest::Place(label, 0.0, 0.0, 40.0, 20.0);
     label.horizontalAlign = 1;
     label.verticalAlign = 4;
-    tagDraw draw = PageDraw(5.0, 80.0, 60.0);
-    draw.roundWidthPx = 100.0;
-    draw.roundHeightPx = 100.0;
+    draw = PageDraw(5.0, 80.0, 60.0);
+    draw.roundWidthPx = draw.roundHeightPx = 100.0;
     const QImage open = Draw(label, draw);
     draw.clipToPage = true;
     const QImage clipped = Draw(label, draw);
@@ -482,10 +443,7 @@ protected:
     ZWCardImage Card(QColor colour, int w, int h)
     {
         ZWCardImage card;
-        card.x = 10.0;
-        card.y = 20.0;
-        card.width = 40.0;
-        card.height = 30.0;
+        zwtest::Place(card, 10.0, 20.0, 40.0, 30.0);
         EXPECT_TRUE(card.SetPictureBytes(zwtest::SolidPng(w, h, colour)));
         return card;
     }
@@ -551,10 +509,7 @@ TEST_F(ImageDrawing, RepaintingAtOneZoomResamplesOnce)
 TEST_F(ImageDrawing, BackgroundColourOnlyWithoutPictureAndWhenAllowed)
 {
     ZWCardImage empty;
-    empty.x = 10.0;
-    empty.y = 20.0;
-    empty.width = 40.0;
-    empty.height = 30.0;
+    zwtest::Place(empty, 10.0, 20.0, 40.0, 30.0);
     empty.backcolor = ZWRGB(0, 255, 0);
     tagDraw draw = PageDraw(5.0);
     EXPECT_EQ(zwtest::CountColour(Draw(empty, draw), qRgb(0, 255, 0)), 200 * 150);
@@ -577,10 +532,7 @@ TEST_F(ImageDrawing, BackgroundColourOnlyWithoutPictureAndWhenAllowed)
 TEST_F(ImageDrawing, PageClippingCutsTheRoundedCorner)
 {
     ZWCardImage fill;
-    fill.x = 0.0;
-    fill.y = 0.0;
-    fill.width = 80.0;
-    fill.height = 60.0;
+    zwtest::Place(fill, 0.0, 0.0, 80.0, 60.0);
     fill.backcolor = ZWRGB(0, 0, 255);
     tagDraw draw = PageDraw(5.0, 80.0, 60.0);
     draw.roundWidthPx = 100.0;
@@ -613,18 +565,15 @@ TEST_F(ImageDrawing, EditorClipsARealSizePictureToItsCard)
 TEST(ConditionedDrawing, DrawsOnlyTheCurrentAlternativeInItsOwnRectangle)
 {
     ZWCardConditioned card;
-    card.x = 10.0;
-    card.y = 10.0;
-    card.width = 20.0;
-    card.height = 10.0;
+    zwtest::Place(card, 10.0, 10.0, 20.0, 10.0);
     auto red = std::make_unique<ZWCardImage>();
     red->backcolor = ZWRGB(255, 0, 0);
     red->x = 100.0; // moved with the conditioned card when drawn
     auto picture = std::make_unique<ZWCardImage>();
     picture->maintainAspectRatio = false;
     picture->SetPictureBytes(zwtest::SolidPng(4, 4, Qt::blue));
-    card.AddCondition(QStringLiteral("a"), std::move(red));
-    card.AddCondition(QStringLiteral("b"), std::move(picture));
+    card.AddCondition(u"a"_s, std::move(red));
+    card.AddCondition(u"b"_s, std::move(picture));
 
     const auto draw = [&card]() {
         QImage image = WhiteImage(200, 200);
@@ -656,18 +605,12 @@ TEST(PageRendering, LayersPutTextOverPictures)
     page.properties.width = 40.0;
     page.properties.height = 20.0;
     auto label = std::make_unique<ZWCardLabel>();
-    label->value = QStringLiteral("█████████");
+    label->value = u"█████████"_s;
     label->size = 40.0;
-    label->x = 0.0;
-    label->y = 0.0;
-    label->width = 40.0;
-    label->height = 20.0;
+    zwtest::Place(*label, 0.0, 0.0, 40.0, 20.0);
     label->color = ZWRGB(255, 0, 0);
     auto fill = std::make_unique<ZWCardImage>();
-    fill->x = 0.0;
-    fill->y = 0.0;
-    fill->width = 40.0;
-    fill->height = 20.0;
+    zwtest::Place(*fill, 0.0, 0.0, 40.0, 20.0);
     fill->backcolor = ZWRGB(0, 0, 255);
     // The label comes first in the list, yet lies over the picture card.
     page.cards.push_back(std::move(label));

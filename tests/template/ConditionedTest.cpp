@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 std::unique_ptr<ZWCardConditioned> WithAlternatives(const QString& kinds)
@@ -17,8 +19,8 @@ std::unique_ptr<ZWCardConditioned> WithAlternatives(const QString& kinds)
             control = std::make_unique<ZWCardLabel>();
         else
             control = std::make_unique<ZWCardImage>();
-        control->id = QStringLiteral("alt%1").arg(card->GetNumberOfConditions());
-        card->AddCondition(QStringLiteral("c%1").arg(card->GetNumberOfConditions()), std::move(control));
+        control->id = u"alt%1"_s.arg(card->GetNumberOfConditions());
+        card->AddCondition(u"c%1"_s.arg(card->GetNumberOfConditions()), std::move(control));
     }
     return card;
 }
@@ -31,15 +33,8 @@ TEST(Conditioned, LayerFollowsTheCurrentAlternative)
         int level;
         int layer;
     };
-    const Case cases[] = {
-        {"", -1, 1},
-        {"LI", 1, 0},
-        {"LI", 0, 1},
-        {"LI", -1, 1},
-        {"LI", 2, 1},
-        {"I", 0, 0},
-        {"IL", 1, 1},
-    };
+    const Case cases[]
+        = {{"", -1, 1}, {"LI", 1, 0}, {"LI", 0, 1}, {"LI", -1, 1}, {"LI", 2, 1}, {"I", 0, 0}, {"IL", 1, 1}};
     for (const Case& c : cases) {
         auto card = WithAlternatives(QString::fromLatin1(c.kinds));
         card->level = c.level;
@@ -82,32 +77,22 @@ TEST(Conditioned, DeleteCondition)
     }
 }
 
-TEST(Conditioned, DeletingThePictureMakesTheLabelCurrent)
+TEST(Conditioned, DeletingThePictureMakesTheLabelCurrentAndOnlyPlainCardsAreAlternatives)
 {
-    auto card = WithAlternatives(QStringLiteral("IL"));
+    auto card = WithAlternatives(u"IL"_s);
     card->level = 0;
     card->ActualizeLevel();
     EXPECT_EQ(card->layer, 0);
     ASSERT_TRUE(card->DeleteCondition(0));
     EXPECT_EQ(card->level, 0);
     EXPECT_EQ(card->layer, 1);
-}
 
-TEST(Conditioned, OnlyPlainCardsCanBeAlternatives)
-{
-    ZWCardConditioned card;
-    EXPECT_FALSE(card.AddCondition(QStringLiteral("1"), std::make_unique<ZWCardConditioned>()));
-    EXPECT_FALSE(card.AddCondition(QStringLiteral("1"), std::make_unique<ZWCardControl>()));
-    EXPECT_FALSE(card.AddCondition(QStringLiteral("1"), nullptr));
-    EXPECT_EQ(card.GetNumberOfConditions(), 0);
-    EXPECT_EQ(card.FindControl(QStringLiteral("x")), -1);
-}
-
-TEST(Conditioned, FindControlById)
-{
-    auto card = WithAlternatives(QStringLiteral("LIL"));
-    EXPECT_EQ(card->FindControl(QStringLiteral("alt2")), 2);
-    EXPECT_EQ(card->FindControl(QStringLiteral("alt9")), -1);
+    EXPECT_FALSE(card->AddCondition(u"1"_s, std::make_unique<ZWCardConditioned>()));
+    EXPECT_FALSE(card->AddCondition(u"1"_s, std::make_unique<ZWCardControl>()));
+    EXPECT_FALSE(card->AddCondition(u"1"_s, nullptr));
+    EXPECT_EQ(card->GetNumberOfConditions(), 1);
+    EXPECT_EQ(WithAlternatives(u"LIL"_s)->FindControl(u"alt2"_s), 2);
+    EXPECT_EQ(card->FindControl(u"alt9"_s), -1);
 }
 
 } // namespace

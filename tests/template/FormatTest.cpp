@@ -7,14 +7,16 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Tests run in the "C" locale: "." decimal and "," thousands separators.
 class FormatTest : public ::testing::Test
 {
 protected:
-    void SetUp() override { ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("C"))); }
-    void TearDown() override { ZWSetLocaleOverride(QStringLiteral("C")); }
+    void SetUp() override { ASSERT_TRUE(ZWSetLocaleOverride(u"C"_s)); }
+    void TearDown() override { ZWSetLocaleOverride(u"C"_s); }
 };
 
 TEST_F(FormatTest, FormatNumberRoundsTiesAwayFromZero)
@@ -51,10 +53,10 @@ TEST_F(FormatTest, FormatNumberRoundsTiesAwayFromZero)
 
 TEST_F(FormatTest, FormatNumberUsesTheLocaleSeparators)
 {
-    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("de_DE")));
+    ASSERT_TRUE(ZWSetLocaleOverride(u"de_DE"_s));
     QString out;
     FormatNumber(out, 1234567.5, 2, true);
-    EXPECT_EQ(out, QStringLiteral("1.234.567,50"));
+    EXPECT_EQ(out, u"1.234.567,50"_s);
 }
 
 TEST_F(FormatTest, FormatIntegerZeroFillsAndNeverShortens)
@@ -65,16 +67,8 @@ TEST_F(FormatTest, FormatIntegerZeroFillsAndNeverShortens)
         int width;
         const char* expected;
     };
-    const Case cases[] = {
-        {5, 2, "05"},
-        {5, 1, "5"},
-        {2024, 2, "2024"},
-        {2024, 4, "2024"},
-        {7, 0, "7"},
-        {-7, 3, "-07"},
-        {0, 3, "000"},
-        {std::numeric_limits<qint64>::min(), 1, "-9223372036854775808"},
-    };
+    const Case cases[] = {{5, 2, "05"}, {5, 1, "5"}, {2024, 2, "2024"}, {2024, 4, "2024"}, {7, 0, "7"}, {-7, 3, "-07"},
+        {0, 3, "000"}, {std::numeric_limits<qint64>::min(), 1, "-9223372036854775808"}};
     for (const Case& c : cases) {
         QString out;
         FormatInteger(out, c.value, c.width);
@@ -181,9 +175,9 @@ TEST_F(FormatTest, FormatDouble)
 
 TEST_F(FormatTest, FormatDoubleInASpanishLocale)
 {
-    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("es_ES")));
-    EXPECT_EQ(ZWFormat::FormatDouble(1234567.5, -1, 2, true, false, true), QStringLiteral("1.234.567,50"));
-    EXPECT_EQ(ZWFormat::FormatDouble(1234.5, 3, 2, false, false, false), QStringLiteral("***,**"));
+    ASSERT_TRUE(ZWSetLocaleOverride(u"es_ES"_s));
+    EXPECT_EQ(ZWFormat::FormatDouble(1234567.5, -1, 2, true, false, true), u"1.234.567,50"_s);
+    EXPECT_EQ(ZWFormat::FormatDouble(1234.5, 3, 2, false, false, false), u"***,**"_s);
 }
 
 TEST_F(FormatTest, ParseDate)
@@ -194,32 +188,18 @@ TEST_F(FormatTest, ParseDate)
         const char* pattern;
         const char* expected;
     };
-    const Case cases[] = {
-        {"dd/MM/yyyy", "05/03/2024"},
-        {"d/M/yy", "5/3/2024"},
-        {"hh:mm:ss", "09:05:07"},
-        {"h", "9"},
-        {"MMm", "035"},
-        {"dd/MM/yyyy hh:mm:ss", "05/03/2024 09:05:07"},
-        {"yyyyMMdd", "20240305"},
-        {"\"day\" d", "day 5"},
-        {"\"unclosed d M y", "unclosed d M y"},
-        {"\"say \\\"hi\\\"\" d", "say \"hi\" 5"},
-        {"\"a\\\\b\"", "a\\b"},
-        {"\"x\\", "x\\"},
-        {"d\\M", "5\\3"},
-        {"dM", "53"},
-        {"ddd", "005"},
-        {"", ""},
-        {"Y-D", "Y-D"},
-    };
+    const Case cases[]
+        = {{"dd/MM/yyyy", "05/03/2024"}, {"d/M/yy", "5/3/2024"}, {"hh:mm:ss", "09:05:07"}, {"h", "9"}, {"MMm", "035"},
+            {"dd/MM/yyyy hh:mm:ss", "05/03/2024 09:05:07"}, {"yyyyMMdd", "20240305"}, {"\"day\" d", "day 5"},
+            {"\"unclosed d M y", "unclosed d M y"}, {"\"say \\\"hi\\\"\" d", "say \"hi\" 5"}, {"\"a\\\\b\"", "a\\b"},
+            {"\"x\\", "x\\"}, {"d\\M", "5\\3"}, {"dM", "53"}, {"ddd", "005"}, {"", ""}, {"Y-D", "Y-D"}};
     for (const Case& c : cases)
         EXPECT_EQ(ZWFormat::ParseDate(QString::fromUtf8(c.pattern), date), QString::fromUtf8(c.expected)) << c.pattern;
 }
 
 TEST_F(FormatTest, ParseDateOfAnInvalidDateWritesZeros)
 {
-    EXPECT_EQ(ZWFormat::ParseDate(QStringLiteral("dd/MM/yyyy"), ZWDateTime()), QStringLiteral("00/00/0000"));
+    EXPECT_EQ(ZWFormat::ParseDate(u"dd/MM/yyyy"_s, ZWDateTime()), u"00/00/0000"_s);
 }
 
 } // namespace

@@ -23,73 +23,23 @@ namespace {
 
 TEST(TemplateBadInput, NumbersThatAreNotNumbersReadAsZero)
 {
-    struct DoubleCase
-    {
-        const char* text;
-        double value;
-    };
-    const DoubleCase doubles[] = {
-        {"12.50", 12.5},
-        {"  7", 7.0},
-        {"12.5mm", 12.5},
-        {"+3", 3.0},
-        {"-2.25", -2.25},
-        {".5", 0.5},
-        {"1e3", 1000.0},
-        {"abc", 0.0},
-        {"", 0.0},
-        {"-", 0.0},
-        {"--1", 0.0},
-        {"nan", 0.0},
-        {"inf", 0.0},
-        {"-inf", 0.0},
-        {"1e400", 0.0},
-        {"0x10", 0.0},
-        {"12,5", 12.0},
-        {"\xd9\xa1\xd9\xa2", 0.0},
-    };
-    for (const DoubleCase& c : doubles)
-        EXPECT_EQ(ZWXmlFields::ReadDouble(QString::fromUtf8(c.text)), c.value) << c.text;
-
-    struct IntCase
-    {
-        const char* text;
-        int value;
-    };
-    const IntCase ints[] = {
-        {"16", 16},
-        {"-5", -5},
-        {"12.7", 12},
-        {"x", 0},
-        {"99999999999", 0},
-        {" 4 ", 4},
-        {"2147483647", 2147483647},
-    };
-    for (const IntCase& c : ints)
-        EXPECT_EQ(ZWXmlFields::ReadInt(QString::fromUtf8(c.text)), c.value) << c.text;
-
-    struct ColourCase
-    {
-        const char* text;
-        quint32 value;
-    };
-    const ColourCase colours[] = {
-        {"FF0000", 0xFF0000u},
-        {"ff", 0xFFu},
-        {"0x0000FF", 0xFFu},
-        {"FFFFFFFF", 0xFFFFFFFFu},
-        {"zz", 0u},
-        {"-1", 0xFFFFFFFFu},
-        {"123456789", 0u},
-        {"", 0u},
-        {"00FF00xyz", 0x00FF00u},
-    };
-    for (const ColourCase& c : colours)
-        EXPECT_EQ(ZWXmlFields::ReadColor(QString::fromUtf8(c.text)), c.value) << c.text;
-
+    const std::pair<const char*, double> doubles[] = {{"12.50", 12.5}, {"  7", 7.0}, {"12.5mm", 12.5}, {"+3", 3.0},
+        {"-2.25", -2.25}, {".5", 0.5}, {"1e3", 1000.0}, {"abc", 0.0}, {"", 0.0}, {"-", 0.0}, {"--1", 0.0}, {"nan", 0.0},
+        {"inf", 0.0}, {"-inf", 0.0}, {"1e400", 0.0}, {"0x10", 0.0}, {"12,5", 12.0}, {"\xd9\xa1\xd9\xa2", 0.0}};
+    for (const auto& [text, value] : doubles)
+        EXPECT_EQ(ZWXmlFields::ReadDouble(QString::fromUtf8(text)), value) << text;
+    const std::pair<const char*, int> ints[]
+        = {{"16", 16}, {"-5", -5}, {"12.7", 12}, {"x", 0}, {"99999999999", 0}, {" 4 ", 4}, {"2147483647", 2147483647}};
+    for (const auto& [text, value] : ints)
+        EXPECT_EQ(ZWXmlFields::ReadInt(QString::fromUtf8(text)), value) << text;
+    const std::pair<const char*, quint32> colours[]
+        = {{"FF0000", 0xFF0000u}, {"ff", 0xFFu}, {"0x0000FF", 0xFFu}, {"FFFFFFFF", 0xFFFFFFFFu}, {"zz", 0u},
+            {"-1", 0xFFFFFFFFu}, {"123456789", 0u}, {"", 0u}, {"00FF00xyz", 0x00FF00u}};
+    for (const auto& [text, value] : colours)
+        EXPECT_EQ(ZWXmlFields::ReadColor(QString::fromUtf8(text)), value) << text;
     for (const char* text : {"t", "true", "TRUE", " T", "T ", "", "1"})
         EXPECT_FALSE(ZWXmlFields::ReadBool(QString::fromUtf8(text))) << text;
-    EXPECT_TRUE(ZWXmlFields::ReadBool(QStringLiteral("T")));
+    EXPECT_TRUE(ZWXmlFields::ReadBool(u"T"_s));
 }
 
 TEST(TemplateBadInput, CardWithGarbageEverywhere)
@@ -124,22 +74,15 @@ TEST(TemplateBadInput, Base64ThatIsNotBase64)
         bool ok;
         const char* decoded;
     };
-    const Case cases[] = {
-        {"aGVsbG8=", true, "hello"},
-        {"aGVsbG8", true, "hello"},
-        {"aGVs\n bG8=", true, "hello"},
-        {"", true, ""},
-        {"a", false, ""},
-        {"aGVs!G8=", false, ""},
-        {"aGVsbG8=aGVs", false, ""},
-        {"\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9", false, ""},
-    };
+    const Case cases[] = {{"aGVsbG8=", true, "hello"}, {"aGVsbG8", true, "hello"}, {"aGVs\n bG8=", true, "hello"},
+        {"", true, ""}, {"a", false, ""}, {"aGVs!G8=", false, ""}, {"aGVsbG8=aGVs", false, ""},
+        {"\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9", false, ""}};
     for (const Case& c : cases) {
         QByteArray out("stale");
         EXPECT_EQ(DecodeBase64(QString::fromUtf8(c.text), out), c.ok) << c.text;
         EXPECT_EQ(out, QByteArray(c.decoded)) << c.text;
     }
-    EXPECT_GE(DecodedBase64Size(QStringLiteral("aGVs bG8=")), 5);
+    EXPECT_GE(DecodedBase64Size(u"aGVs bG8="_s), 5);
 
     XmlDocument document;
     ASSERT_TRUE(document.Parse("<image><value>%%% not base64 %%%</value></image>"));
@@ -153,7 +96,7 @@ TEST(TemplateBadInput, BytesThatAreNoPictureAreKeptAndWrittenBack)
 {
     const QByteArray bytes("%PDF-1.4 this is not a picture at all");
     XmlDocument document;
-    ASSERT_TRUE(document.Parse(QStringLiteral("<image><value>%1</value></image>").arg(EncodeBase64(bytes))));
+    ASSERT_TRUE(document.Parse(u"<image><value>%1</value></image>"_s.arg(EncodeBase64(bytes))));
     ZWCardImage card;
     card.GetFromXml(document.Root());
     EXPECT_FALSE(card.HasPicture());
@@ -183,7 +126,7 @@ TEST(TemplateBadInput, FilesThatAreNoTemplate)
         const QString path = dir.filePath(QString::fromLatin1(c.name));
         ASSERT_TRUE(zwtest::WriteFile(path, c.bytes));
         ZWTemplate report;
-        report.name = QStringLiteral("before");
+        report.name = u"before"_s;
         QString error;
         EXPECT_FALSE(report.Load(path, &error)) << c.name;
         EXPECT_FALSE(error.isEmpty()) << c.name;

@@ -3,6 +3,9 @@
 #include "host/core/ZWMarentaSetup.h"
 
 #include <QBuffer>
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
 
 namespace zwtest {
 
@@ -67,9 +70,15 @@ tagDraw PageDraw(double pxPerMm, double widthMm, double heightMm)
 
 XmlDocument::XmlNode WriteCard(const ZWCardControl& card, XmlDocument& document)
 {
-    document.Create(QStringLiteral("page"));
+    document.Create(u"page"_s);
     card.SaveTemplate(document.Root(), true);
     return document.Root().Children().front();
+}
+
+QString CardXml(const ZWCardControl& card)
+{
+    XmlDocument document;
+    return QString::fromUtf8(WriteCard(card, document).ToXml()).remove(QRegularExpression(u"\n *"_s)).trimmed();
 }
 
 std::unique_ptr<ZWCardControl> RoundTrip(const ZWCardControl& card)

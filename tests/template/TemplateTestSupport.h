@@ -26,8 +26,20 @@ QByteArray SolidPng(int w, int h, QColor colour);
 // the device origin.
 tagDraw PageDraw(double pxPerMm, double widthMm = 210.0, double heightMm = 297.0);
 
+// Puts `card` at (x, y) mm with a size of w × h mm.
+template <class Card> Card& Place(Card& card, double x, double y, double w, double h)
+{
+    card.x = x;
+    card.y = y;
+    card.width = w;
+    card.height = h;
+    return card;
+}
+
 // Writes `card` under a fresh "page" element and returns the card's element.
 XmlDocument::XmlNode WriteCard(const ZWCardControl& card, XmlDocument& document);
+// The element `card` writes, as one line without indentation.
+QString CardXml(const ZWCardControl& card);
 // Writes `card`, reads it back into a new card of the same kind.
 std::unique_ptr<ZWCardControl> RoundTrip(const ZWCardControl& card);
 

@@ -23,7 +23,7 @@ protected:
     ZWCardLabel Plain()
     {
         ZWCardLabel label;
-        label.font = QStringLiteral("Courier New");
+        label.font = u"Courier New"_s;
         label.size = 8.0;
         label.color = 0x111111;
         label.style = 0;
@@ -33,39 +33,33 @@ protected:
     zwtest::TempDataDir m_data;
 };
 
-TEST_F(TextStyle, AStyleFileSetsTheLook)
+TEST_F(TextStyle, AStyleFileSetsTheLookOnlyByTheElementsPresentAndABadOneChangesNothing)
 {
     Write("Heading",
         "<design><id>x</id><name>Heading</name><font>Arial</font><style>1</style>"
         "<orientation>90.00</orientation><size>16.50</size><color>0000FF</color></design>");
-    ZWCardLabel label = Plain();
-    EXPECT_TRUE(label.GetStyleFromFile(QStringLiteral("Heading")));
-    EXPECT_EQ(label.font, QStringLiteral("Arial"));
-    EXPECT_EQ(label.style, 1);
-    EXPECT_DOUBLE_EQ(label.orientation, 90.0);
-    EXPECT_DOUBLE_EQ(label.size, 16.5);
-    EXPECT_EQ(label.color, 0x0000FFu);
-}
-
-TEST_F(TextStyle, OnlyTheElementsPresentChangeTheLabel)
-{
     Write("Partial", "<design><size>12</size></design>");
-    ZWCardLabel label = Plain();
-    EXPECT_TRUE(label.GetStyleFromFile(QStringLiteral("Partial")));
-    EXPECT_DOUBLE_EQ(label.size, 12.0);
-    EXPECT_DOUBLE_EQ(label.orientation, 30.0); // no "orientation": unchanged
-    EXPECT_EQ(label.font, QStringLiteral("Courier New"));
-    EXPECT_EQ(label.color, 0x111111u);
-}
-
-TEST_F(TextStyle, UnreadableOrMissingStylesChangeNothing)
-{
     Write("Broken", "<design><size>12</design>");
-    for (const char* name : {"Missing", "Broken", "", "../Broken", "sub/Heading"}) {
+    const auto look = [](const ZWCardLabel& l) {
+        return u"%1 %2 %3 %4 %5"_s.arg(l.font)
+            .arg(l.style)
+            .arg(l.orientation)
+            .arg(l.size)
+            .arg(l.color, 6, 16, QLatin1Char('0'));
+    };
+    const std::pair<const char*, const char*> cases[] = {
+        {"Heading", "Arial 1 90 16.5 0000ff"},
+        {"Partial", "Courier New 0 30 12 111111"}, // no "orientation": unchanged
+        {"Missing", nullptr},
+        {"Broken", nullptr},
+        {"", nullptr},
+        {"../Broken", nullptr},
+        {"sub/Heading", nullptr},
+    };
+    for (const auto& [name, expected] : cases) {
         ZWCardLabel label = Plain();
-        EXPECT_FALSE(label.GetStyleFromFile(QString::fromLatin1(name))) << name;
-        EXPECT_DOUBLE_EQ(label.size, 8.0) << name;
-        EXPECT_EQ(label.font, QStringLiteral("Courier New")) << name;
+        EXPECT_EQ(label.GetStyleFromFile(QString::fromLatin1(name)), expected != nullptr) << name;
+        EXPECT_EQ(look(label), QString::fromLatin1(expected ? expected : "Courier New 0 30 8 111111")) << name;
     }
 }
 
@@ -73,24 +67,24 @@ TEST_F(TextStyle, UpdateStyleFromFileUsesTheCardsStyle)
 {
     Write("Value", "<design><font>Times New Roman</font><size>14</size></design>");
     ZWCardFormule formule;
-    formule.styleFile = QStringLiteral("Value");
+    formule.styleFile = u"Value"_s;
     EXPECT_TRUE(formule.UpdateStyleFromFile());
-    EXPECT_EQ(formule.font, QStringLiteral("Times New Roman"));
+    EXPECT_EQ(formule.font, u"Times New Roman"_s);
 
     ZWCardLabel none = Plain();
     EXPECT_FALSE(none.UpdateStyleFromFile()); // no style: keeps its own look
     EXPECT_DOUBLE_EQ(none.size, 8.0);
 
     ZWCardLabel missing = Plain();
-    missing.styleFile = QStringLiteral("Gone");
+    missing.styleFile = u"Gone"_s;
     EXPECT_FALSE(missing.UpdateStyleFromFile());
     EXPECT_DOUBLE_EQ(missing.size, 8.0);
 
     ZWCardConditioned conditioned;
     auto alternative = std::make_unique<ZWCardLabel>();
-    alternative->styleFile = QStringLiteral("Value");
-    conditioned.AddCondition(QStringLiteral("1==1"), std::move(alternative));
-    conditioned.AddCondition(QStringLiteral("1==0"), std::make_unique<ZWCardLabel>());
+    alternative->styleFile = u"Value"_s;
+    conditioned.AddCondition(u"1==1"_s, std::move(alternative));
+    conditioned.AddCondition(u"1==0"_s, std::make_unique<ZWCardLabel>());
     EXPECT_TRUE(conditioned.UpdateStyleFromFile());
     EXPECT_DOUBLE_EQ(static_cast<ZWCardLabel*>(conditioned.GetControl(0))->size, 14.0);
     EXPECT_TRUE(ZWCardControl().UpdateStyleFromFile());
@@ -99,8 +93,8 @@ TEST_F(TextStyle, UpdateStyleFromFileUsesTheCardsStyle)
 TEST_F(TextStyle, WritingAStyleFile)
 {
     ZWTextStyle style;
-    style.name = QStringLiteral("Total");
-    style.font = QStringLiteral("Arial");
+    style.name = u"Total"_s;
+    style.font = u"Arial"_s;
     style.style = 3;
     style.orientation = 12.345;
     style.size = 11.0;
@@ -111,10 +105,10 @@ TEST_F(TextStyle, WritingAStyleFile)
     QStringList names;
     for (const auto& child : first.Root().Children())
         names << child.Name();
-    EXPECT_EQ(first.Root().Name(), QStringLiteral("design"));
+    EXPECT_EQ(first.Root().Name(), u"design"_s);
     EXPECT_EQ(names, QStringList({u"id"_s, u"name"_s, u"font"_s, u"style"_s, u"orientation"_s, u"size"_s, u"color"_s}));
-    EXPECT_EQ(first.Value(u"/orientation"_s), QStringLiteral("12.35"));
-    EXPECT_EQ(first.Value(u"/color"_s), QStringLiteral("00FF00"));
+    EXPECT_EQ(first.Value(u"/orientation"_s), u"12.35"_s);
+    EXPECT_EQ(first.Value(u"/color"_s), u"00FF00"_s);
     const QString firstId = first.Value(u"/id"_s);
 
     ASSERT_TRUE(style.SaveByName());
@@ -123,18 +117,18 @@ TEST_F(TextStyle, WritingAStyleFile)
     EXPECT_NE(second.Value(u"/id"_s), firstId); // a new GUID at every save
 
     ZWTextStyle read;
-    ASSERT_TRUE(read.LoadByName(QStringLiteral("Total")));
-    EXPECT_EQ(read.name, QStringLiteral("Total"));
+    ASSERT_TRUE(read.LoadByName(u"Total"_s));
+    EXPECT_EQ(read.name, u"Total"_s);
     EXPECT_EQ(read.style, 3);
     EXPECT_DOUBLE_EQ(read.orientation, 12.35);
     EXPECT_EQ(read.color, 0x00FF00u);
 
     ZWTextStyle other;
-    other.name = QStringLiteral("Another");
+    other.name = u"Another"_s;
     ASSERT_TRUE(other.SaveByName());
     EXPECT_EQ(ZWTextStyle::List(), QStringList({u"Another"_s, u"Total"_s}));
     ZWTextStyle bad;
-    bad.name = QStringLiteral("../escape");
+    bad.name = u"../escape"_s;
     EXPECT_FALSE(bad.SaveByName());
 }
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 TEST(ZWActionTexts, EveryEntryOfAMenuGetsAMnemonicOfItsOwn)
@@ -13,20 +15,15 @@ TEST(ZWActionTexts, EveryEntryOfAMenuGetsAMnemonicOfItsOwn)
         QStringList expected;
     } cases[] = {
         // First letters of words first.
-        {{QStringLiteral("Report"), QStringLiteral("Period"), QStringLiteral("View")},
-            {QStringLiteral("&Report"), QStringLiteral("&Period"), QStringLiteral("&View")}},
-        {{QStringLiteral("Zoom in"), QStringLiteral("Zoom out"), QStringLiteral("Fit to window")},
-            {QStringLiteral("&Zoom in"), QStringLiteral("Zoom &out"), QStringLiteral("&Fit to window")}},
+        {{u"Report"_s, u"Period"_s, u"View"_s}, {u"&Report"_s, u"&Period"_s, u"&View"_s}},
+        {{u"Zoom in"_s, u"Zoom out"_s, u"Fit to window"_s}, {u"&Zoom in"_s, u"Zoom &out"_s, u"&Fit to window"_s}},
         // Then any free letter, letter case aside.
-        {{QStringLiteral("Open"), QStringLiteral("other"), QStringLiteral("Oo")},
-            {QStringLiteral("&Open"), QStringLiteral("o&ther"), QStringLiteral("Oo")}},
-        {{QStringLiteral("Group by"), QStringLiteral("Go to date"), QStringLiteral("Gtb")},
-            {QStringLiteral("&Group by"), QStringLiteral("Go &to date"), QStringLiteral("Gt&b")}},
+        {{u"Open"_s, u"other"_s, u"Oo"_s}, {u"&Open"_s, u"o&ther"_s, u"Oo"_s}},
+        {{u"Group by"_s, u"Go to date"_s, u"Gtb"_s}, {u"&Group by"_s, u"Go &to date"_s, u"Gt&b"_s}},
         // Digits count; an ampersand of the text stays one.
-        {{QStringLiteral("Heat & power"), QStringLiteral("200 %")},
-            {QStringLiteral("&Heat && power"), QStringLiteral("&200 %")}},
-        {{QStringLiteral("A&B"), QStringLiteral("a")}, {QStringLiteral("&A&&B"), QStringLiteral("a")}},
-        {{QString(), QStringLiteral("…")}, {QString(), QStringLiteral("…")}},
+        {{u"Heat & power"_s, u"200 %"_s}, {u"&Heat && power"_s, u"&200 %"_s}},
+        {{u"A&B"_s, u"a"_s}, {u"&A&&B"_s, u"a"_s}},
+        {{QString(), u"…"_s}, {QString(), u"…"_s}},
     };
     for (const Case& c : cases) {
         const QStringList marked = ZWActionTexts::Assign(c.texts);

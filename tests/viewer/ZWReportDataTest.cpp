@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct RecordingProgress : ZWProgress
@@ -20,28 +22,17 @@ struct RecordingProgress : ZWProgress
     std::vector<int> positions;
 };
 
-QString Card(const QString& kind, const QString& id, const QString& body)
-{
-    return QStringLiteral("<%1><id>%2</id>%3</%1>").arg(kind, id, body);
-}
-
-QString Formule(const QString& id, const QString& formula, const QString& extra = QString())
-{
-    return Card(
-        QStringLiteral("formule"), id, QStringLiteral("<value>%1</value>").arg(formula.toHtmlEscaped()) + extra);
-}
-
 class ZWReportDataTest : public testing::Test
 {
 protected:
     void SetUp() override
     {
-        ZWSetLocaleOverride(QStringLiteral("C"));
+        ZWSetLocaleOverride(u"C"_s);
         m_live = std::make_shared<ZWLiveValues>();
-        m_live->Set(QStringLiteral("Main meter.Active energy"), 12345.678);
-        m_live->Set(QStringLiteral("Office.Temperature"), 21.5);
-        m_live->Set(QStringLiteral("Gas meter.Volume"), 1234.5);
-        m_live->Set(QStringLiteral("Empty.Value"), std::nullopt);
+        m_live->Set(u"Main meter.Active energy"_s, 12345.678);
+        m_live->Set(u"Office.Temperature"_s, 21.5);
+        m_live->Set(u"Gas meter.Volume"_s, 1234.5);
+        m_live->Set(u"Empty.Value"_s, std::nullopt);
         ZWDriverSupport::SetStore(m_live);
     }
     void TearDown() override { ZWDriverSupport::SetStore(nullptr); }
@@ -68,98 +59,78 @@ protected:
 TEST_F(ZWReportDataTest, NoPagesGivesAnEmptyDocumentAndAnEmptyRange)
 {
     RecordingProgress progress;
-    EXPECT_EQ(Gather(QStringLiteral("<design><name>x</name></design>"), &progress), QStringLiteral("<fields/>"));
+    EXPECT_EQ(Gather(u"<design><name>x</name></design>"_s, &progress), u"<fields/>"_s);
     EXPECT_EQ(progress.range, std::make_pair(0, 0));
     EXPECT_EQ(m_data.LoggerInfo().GetCount(), 0);
 }
 
 TEST_F(ZWReportDataTest, VariablesAreCollectedOnceAndOnlyFromTheFirstCondition)
 {
-    const QString design = QStringLiteral("<design><formules>"
-                                          "<formule><name>Cost</name><text>[Gas meter.Volume] * 0.95</text></formule>"
-                                          "<formule><name>Bad</name><text>[Lib.Broken] +</text></formule>"
-                                          "</formules><page>")
-        + Formule(QStringLiteral("1"), QStringLiteral("[Main meter.Active energy]"))
-        + Formule(QStringLiteral("2"), QStringLiteral("[Main meter.Active energy] * 2"))
-        + Formule(QStringLiteral("3"), QStringLiteral("[Bool.Formula] > 1")) // not a value: nothing
-        + QStringLiteral(
-            "<conditioned><id>C</id>"
-            "<control><condition>[Office.Temperature] &gt; 19</condition><label><id>a</id></label></control>"
-            "<control><condition>[Second.Condition] &gt; 1</condition><label><id>b</id></label></control>"
-            "</conditioned>"
-            "<conditioned><id>D</id>"
-            "<control><condition>[Numeric.Condition] + 1</condition><label><id>c</id></label></control>"
-            "</conditioned></page></design>");
-    Gather(design);
+    Gather(uR"(<design><formules>
+        <formule><name>Cost</name><text>[Gas meter.Volume] * 0.95</text></formule>
+        <formule><name>Bad</name><text>[Lib.Broken] +</text></formule></formules><page>
+        <formule><id>1</id><value>[Main meter.Active energy]</value></formule>
+        <formule><id>2</id><value>[Main meter.Active energy] * 2</value></formule>
+        <formule><id>3</id><value>[Bool.Formula] &gt; 1</value></formule>
+        <conditioned><id>C</id>
+        <control><condition>[Office.Temperature] &gt; 19</condition><label><id>a</id></label></control>
+        <control><condition>[Second.Condition] &gt; 1</condition><label><id>b</id></label></control></conditioned>
+        <conditioned><id>D</id>
+        <control><condition>[Numeric.Condition] + 1</condition><label><id>c</id></label></control></conditioned>
+        </page></design>)"_s);
+    // Not a value ("> 1"), nor a condition after the first, nor a numeric one.
     EXPECT_EQ(m_data.LoggerInfo().Variables(),
-        (QStringList{QStringLiteral("Gas meter.Volume"), QStringLiteral("Main meter.Active energy"),
-            QStringLiteral("Office.Temperature")}));
+        (QStringList{u"Gas meter.Volume"_s, u"Main meter.Active energy"_s, u"Office.Temperature"_s}));
 }
 
-TEST_F(ZWReportDataTest, FormulaValuesAndTheirFormats)
+TEST_F(ZWReportDataTest, FormulaValuesAndTheirFormatsAndTheDatesOfThePeriod)
 {
-    const QString design = QStringLiteral("<design><formules>"
-                                          "<formule><name>Cost</name><text>[Gas meter.Volume] * 2</text></formule>"
-                                          "</formules><page>")
-        + Formule(QStringLiteral("default"), QStringLiteral("[Main meter.Active energy]")) // ".3"
-        + Formule(QStringLiteral("T"), QStringLiteral("[Main meter.Active energy]"),
-            QStringLiteral("<format>.1</format><thousandSeparator>T</thousandSeparator>"))
-        + Formule(QStringLiteral("t"), QStringLiteral("[Main meter.Active energy]"),
-            QStringLiteral("<format>.1</format><thousandSeparator>t</thousandSeparator>"))
-        + Formule(QStringLiteral("true"), QStringLiteral("[Main meter.Active energy]"),
-            QStringLiteral("<format>.1</format><thousandSeparator>true</thousandSeparator>"))
-        + Formule(QStringLiteral("lib"), QStringLiteral("Cost"), QStringLiteral("<format>.02</format>"))
-        + Formule(QStringLiteral("nodata"), QStringLiteral("[Empty.Value] + 1"))
-        + Formule(QStringLiteral("div0"), QStringLiteral("1/0"))
-        + Formule(QStringLiteral("syntax"), QStringLiteral("2 +"))
-        + Card(QStringLiteral("formule"), QStringLiteral("novalue"), QString())
-        + QStringLiteral("<formule><value>1</value></formule>") // no id: nothing
-        + QStringLiteral("</page></design>");
     XmlDocument values;
-    ASSERT_TRUE(values.Parse(Gather(design)));
-    const auto value = [&values](const char* id) {
-        return values.Node(QStringLiteral("/formule?id=%s?"), QString::fromLatin1(id))
-            .Value(QStringLiteral("/value"), QStringLiteral("<none>"));
+    ASSERT_TRUE(values.Parse(Gather(uR"(<design><formules>
+        <formule><name>Cost</name><text>[Gas meter.Volume] * 2</text></formule></formules><page>
+        <formule><id>default</id><value>[Main meter.Active energy]</value></formule>
+        <formule><id>T</id><value>[Main meter.Active energy]</value><format>.1</format>
+            <thousandSeparator>T</thousandSeparator></formule>
+        <formule><id>t</id><value>[Main meter.Active energy]</value><format>.1</format>
+            <thousandSeparator>t</thousandSeparator></formule>
+        <formule><id>true</id><value>[Main meter.Active energy]</value><format>.1</format>
+            <thousandSeparator>true</thousandSeparator></formule>
+        <formule><id>lib</id><value>Cost</value><format>.02</format></formule>
+        <formule><id>nodata</id><value>[Empty.Value] + 1</value></formule>
+        <formule><id>div0</id><value>1/0</value></formule>
+        <formule><id>syntax</id><value>2 +</value></formule>
+        <formule><id>novalue</id></formule>
+        <formule><value>1</value></formule>
+        <date><id>begin</id><field>BEGIN_DATE</field></date>
+        <date><id>end</id><field>END_DATE</field><format>dd/MM/yyyy</format></date>
+        <date><id>now</id><field>ACTUAL_DATE</field><format>"at" hh:mm</format></date>
+        <date><id>other</id><field>begin_date</field></date>
+        <date><id>fixed</id><value>2024-03-05T09:05:07</value><format>d/M/yyyy</format></date>
+        <date><id>text</id><value>end of season</value></date>
+        </page></design>)"_s)));
+    const std::pair<const char*, const char*> cases[] = {
+        {"formule?id=default", "12345.678"}, // ".3"
+        {"formule?id=T", "12,345.7"},
+        {"formule?id=t", "12345.7"},
+        {"formule?id=true", "12345.7"},
+        {"formule?id=lib", "2469.00"},
+        // A formula that fails shows its own text; one that is no formula shows nothing.
+        {"formule?id=nodata", "[Empty.Value] + 1"},
+        {"formule?id=div0", "1/0"},
+        {"formule?id=syntax", "<none>"},
+        {"formule?id=novalue", "<none>"},
+        {"date?id=begin", "01/02/2026 00:00:00"},
+        // The end is exclusive: February's report ends on 1 March.
+        {"date?id=end", "01/03/2026"},
+        {"date?id=now", "at 10:30"},
+        {"date?id=other", "<none>"},
+        {"date?id=fixed", "5/3/2024"},
+        {"date?id=text", "end of season"},
     };
-    EXPECT_EQ(value("default"), QStringLiteral("12345.678"));
-    EXPECT_EQ(value("T"), QStringLiteral("12,345.7"));
-    EXPECT_EQ(value("t"), QStringLiteral("12345.7"));
-    EXPECT_EQ(value("true"), QStringLiteral("12345.7"));
-    EXPECT_EQ(value("lib"), QStringLiteral("2469.00"));
-    // A formula that fails shows its own text; one that is no formula shows nothing.
-    EXPECT_EQ(value("nodata"), QStringLiteral("[Empty.Value] + 1"));
-    EXPECT_EQ(value("div0"), QStringLiteral("1/0"));
-    EXPECT_EQ(value("syntax"), QStringLiteral("<none>"));
-    EXPECT_EQ(value("novalue"), QStringLiteral("<none>"));
-    EXPECT_EQ(values.Root().Children().size(), 7u);
-}
-
-TEST_F(ZWReportDataTest, DatesOfThePeriod)
-{
-    const QString design = QStringLiteral("<design><page>")
-        + Card(QStringLiteral("date"), QStringLiteral("begin"), QStringLiteral("<field>BEGIN_DATE</field>"))
-        + Card(QStringLiteral("date"), QStringLiteral("end"),
-            QStringLiteral("<field>END_DATE</field><format>dd/MM/yyyy</format>"))
-        + Card(QStringLiteral("date"), QStringLiteral("now"),
-            QStringLiteral("<field>ACTUAL_DATE</field><format>\"at\" hh:mm</format>"))
-        + Card(QStringLiteral("date"), QStringLiteral("other"), QStringLiteral("<field>begin_date</field>"))
-        + Card(QStringLiteral("date"), QStringLiteral("fixed"),
-            QStringLiteral("<value>2024-03-05T09:05:07</value><format>d/M/yyyy</format>"))
-        + Card(QStringLiteral("date"), QStringLiteral("text"), QStringLiteral("<value>end of season</value>"))
-        + QStringLiteral("</page></design>");
-    XmlDocument values;
-    ASSERT_TRUE(values.Parse(Gather(design)));
-    const auto value = [&values](const char* id) {
-        return values.Node(QStringLiteral("/date?id=%s?"), QString::fromLatin1(id))
-            .Value(QStringLiteral("/value"), QStringLiteral("<none>"));
-    };
-    EXPECT_EQ(value("begin"), QStringLiteral("01/02/2026 00:00:00"));
-    // The end is exclusive: February's report ends on 1 March.
-    EXPECT_EQ(value("end"), QStringLiteral("01/03/2026"));
-    EXPECT_EQ(value("now"), QStringLiteral("at 10:30"));
-    EXPECT_EQ(value("other"), QStringLiteral("<none>"));
-    EXPECT_EQ(value("fixed"), QStringLiteral("5/3/2024"));
-    EXPECT_EQ(value("text"), QStringLiteral("end of season"));
+    for (const auto& [card, value] : cases)
+        EXPECT_EQ(values.Value(u"/"_s + QLatin1String(card) + u"?/value"_s, u"<none>"_s), QString::fromUtf8(value))
+            << card;
+    EXPECT_EQ(values.Root().Nodes(u"formule"_s).size(), 7u);
 }
 
 TEST_F(ZWReportDataTest, TheFirstAlternativeThatHoldsWins)
@@ -195,9 +166,9 @@ TEST_F(ZWReportDataTest, TheFirstAlternativeThatHoldsWins)
 TEST_F(ZWReportDataTest, ProgressRunsOverPagesAndCards)
 {
     RecordingProgress progress;
-    const QString design = QStringLiteral("<design><page>") + Formule(QStringLiteral("a"), QStringLiteral("1"))
-        + Formule(QStringLiteral("b"), QStringLiteral("2")) + QStringLiteral("<label><id>x</id></label></page><page>")
-        + Formule(QStringLiteral("c"), QStringLiteral("3")) + QStringLiteral("</page></design>");
+    const QString design = u"<design><page><formule><id>a</id><value>1</value></formule><formule><id>b</id>"
+                           u"<value>2</value></formule><label><id>x</id></label></page><page><formule><id>c</id>"
+                           u"<value>3</value></formule></page></design>"_s;
     Gather(design, &progress);
     EXPECT_EQ(progress.range, std::make_pair(0, 200));
     EXPECT_EQ(progress.positions, (std::vector<int>{0, 33, 66, 100, 200}));

@@ -7,6 +7,8 @@
 #include <QDir>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class ZWReportFilesTest : public testing::Test
@@ -23,8 +25,8 @@ protected:
         for (const char* file : {"Upper.XRPT", "lower.xrpt", "Mixed.Xrpt", "Upper.XRPT.bak", "notes.txt", "Both.XRPT",
                  "Both.xrpt", "Far.XRPT"})
             ASSERT_TRUE(zwtest::WriteFile(Folder() + QString::fromLatin1(file), "<design/>"));
-        ASSERT_TRUE(QDir(Folder()).mkdir(QStringLiteral("sub.XRPT")));
-        ASSERT_TRUE(zwtest::WriteFile(m_cwd.filePath(QStringLiteral("Here.xrpt")), "<design/>"));
+        ASSERT_TRUE(QDir(Folder()).mkdir(u"sub.XRPT"_s));
+        ASSERT_TRUE(zwtest::WriteFile(m_cwd.filePath(u"Here.xrpt"_s), "<design/>"));
     }
     void TearDown() override
     {
@@ -44,9 +46,7 @@ TEST_F(ZWReportFilesTest, TheExtensionIsMatchedInAnyCaseAndBackupsAreNotReports)
     // (The order is the locale's; compared here as a set.)
     QStringList names = ZWReportFiles::ReportNames();
     names.sort();
-    EXPECT_EQ(names,
-        (QStringList{QStringLiteral("Both"), QStringLiteral("Far"), QStringLiteral("Mixed"), QStringLiteral("Upper"),
-            QStringLiteral("lower")}));
+    EXPECT_EQ(names, (QStringList{u"Both"_s, u"Far"_s, u"Mixed"_s, u"Upper"_s, u"lower"_s}));
 }
 
 struct PathCase

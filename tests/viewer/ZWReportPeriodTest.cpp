@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 ZWDateTime T(int y, int m, int d, int h = 0, int mi = 0, int s = 0)
@@ -16,8 +18,8 @@ ZWDateTime T(int y, int m, int d, int h = 0, int mi = 0, int s = 0)
 class ZWReportPeriodTest : public testing::Test
 {
 protected:
-    void SetUp() override { ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("es_ES"))); } // weeks start on Monday
-    void TearDown() override { ZWSetLocaleOverride(QStringLiteral("C")); }
+    void SetUp() override { ASSERT_TRUE(ZWSetLocaleOverride(u"es_ES"_s)); } // weeks start on Monday
+    void TearDown() override { ZWSetLocaleOverride(u"C"_s); }
 };
 
 TEST_F(ZWReportPeriodTest, AdjustToGroupBy)
@@ -52,7 +54,7 @@ TEST_F(ZWReportPeriodTest, AdjustToGroupBy)
 
 TEST_F(ZWReportPeriodTest, WeekFollowsTheLocalesFirstDay)
 {
-    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("en_US"))); // Sunday
+    ASSERT_TRUE(ZWSetLocaleOverride(u"en_US"_s)); // Sunday
     EXPECT_EQ(ZWReportPeriod::AdjustToGroupBy(T(2024, 3, 5, 9), ID_GROUPBY_WEEK), T(2024, 3, 3));
     EXPECT_EQ(ZWReportPeriod::AdjustToGroupBy(T(2024, 3, 3, 9), ID_GROUPBY_WEEK), T(2024, 3, 3));
     EXPECT_EQ(ZWReportPeriod::AdjustToGroupBy(T(2024, 3, 2, 9), ID_GROUPBY_WEEK), T(2024, 2, 25));
@@ -211,7 +213,7 @@ TEST(ZWUserInterval, Checks)
 TEST(ZWUserInterval, SettingsRoundTripAndBadValues)
 {
     QTemporaryDir dir;
-    QSettings settings(dir.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
+    QSettings settings(dir.filePath(u"s.ini"_s), QSettings::IniFormat);
     const ZWDateTime now = T(2026, 11, 21, 12, 34, 56);
 
     ZWUserInterval defaults = ZWUserInterval::Load(settings, now);
@@ -222,33 +224,33 @@ TEST(ZWUserInterval, SettingsRoundTripAndBadValues)
     saved.from = T(2025, 2, 3, 4, 5, 6);
     saved.to = T(2025, 12, 31, 23, 59, 59);
     saved.Save(settings);
-    EXPECT_EQ(settings.value(QStringLiteral("ZWIToSecond")).toInt(), 59);
+    EXPECT_EQ(settings.value(u"ZWIToSecond"_s).toInt(), 59);
     const ZWUserInterval loaded = ZWUserInterval::Load(settings, now);
     EXPECT_EQ(loaded.from, saved.from);
     EXPECT_EQ(loaded.to, saved.to);
 
     // A part missing keeps the default's part; garbage and impossible dates
     // keep the default.
-    settings.remove(QStringLiteral("ZWIFromHour"));
+    settings.remove(u"ZWIFromHour"_s);
     EXPECT_EQ(ZWUserInterval::Load(settings, now).from, T(2025, 2, 3, 0, 5, 6));
-    settings.setValue(QStringLiteral("ZWIFromMonth"), QStringLiteral("abc"));
+    settings.setValue(u"ZWIFromMonth"_s, u"abc"_s);
     EXPECT_EQ(ZWUserInterval::Load(settings, now).from, T(2025, 11, 3, 0, 5, 6));
-    settings.setValue(QStringLiteral("ZWIToDay"), 31);
-    settings.setValue(QStringLiteral("ZWIToMonth"), 2);
+    settings.setValue(u"ZWIToDay"_s, 31);
+    settings.setValue(u"ZWIToMonth"_s, 2);
     EXPECT_EQ(ZWUserInterval::Load(settings, now).to, now);
 }
 
 TEST(ZWReportPeriodSettings, LastReportGroup)
 {
     QTemporaryDir dir;
-    QSettings settings(dir.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
+    QSettings settings(dir.filePath(u"s.ini"_s), QSettings::IniFormat);
     EXPECT_FALSE(ZWReportPeriod::ReadLastReportGroup(settings).has_value());
     ZWReportPeriod::WriteLastReportGroup(settings, ID_GROUPBY_3MONTH);
-    EXPECT_EQ(settings.value(QStringLiteral("LastReportGroup")).toString(), QStringLiteral("3MONTH"));
+    EXPECT_EQ(settings.value(u"LastReportGroup"_s).toString(), u"3MONTH"_s);
     EXPECT_EQ(ZWReportPeriod::ReadLastReportGroup(settings), ID_GROUPBY_3MONTH);
     ZWReportPeriod::WriteLastReportGroup(settings, ID_GROUPBY_USER); // never stored
-    EXPECT_EQ(settings.value(QStringLiteral("LastReportGroup")).toString(), QStringLiteral("3MONTH"));
-    settings.setValue(QStringLiteral("LastReportGroup"), QStringLiteral("FORTNIGHT"));
+    EXPECT_EQ(settings.value(u"LastReportGroup"_s).toString(), u"3MONTH"_s);
+    settings.setValue(u"LastReportGroup"_s, u"FORTNIGHT"_s);
     EXPECT_FALSE(ZWReportPeriod::ReadLastReportGroup(settings).has_value());
 }
 

@@ -1,19 +1,14 @@
 #include "viewer/ZWViewZoom.h"
 #include "host/core/ZWNoValue.h"
 
+#include "tests/support/ZWTestSupport.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
 namespace {
 
-// A test name from a sentence: its words joined by underscores.
-std::string SentenceName(const char* what)
-{
-    std::string out;
-    for (const char* c = what; *c; ++c)
-        out += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
-    return out;
-}
+using zwtest::PrintTo;
 
 TEST(ZWViewZoom, Steps)
 {
@@ -87,11 +82,6 @@ struct KeepCase
     int scrollAfter;
 };
 
-void PrintTo(const KeepCase& c, std::ostream* os)
-{
-    *os << c.what;
-}
-
 class ZoomAnchor : public testing::TestWithParam<KeepCase>
 {};
 
@@ -112,6 +102,6 @@ INSTANTIATE_TEST_SUITE_P(Zoom, ZoomAnchor,
         KeepCase{"a point near the top cannot scroll above the page", 1000, 0, 800, 500, 100, 0.1, 0},
         KeepCase{"a point near the end stops at the last position", 1000, 500, 800, 500, 100, 0.6, 300},
         KeepCase{"a page that fits after the zoom does not scroll", 1000, 300, 400, 500, 250, 0.55, 0}),
-    [](const testing::TestParamInfo<KeepCase>& info) { return SentenceName(info.param.what); });
+    [](const testing::TestParamInfo<KeepCase>& info) { return zwtest::CaseName(info.param.what); });
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "viewer/ZWWindowPlacement.h"
 
+#include "tests/support/ZWTestSupport.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
@@ -11,6 +13,8 @@ static void PrintTo(const QRect& r, std::ostream* os)
 
 namespace {
 
+using zwtest::PrintTo;
+
 struct PlaceCase
 {
     const char* what;
@@ -19,11 +23,6 @@ struct PlaceCase
     QMargins frame;
     QRect expected;
 };
-
-void PrintTo(const PlaceCase& c, std::ostream* os)
-{
-    *os << c.what;
-}
 
 class WindowPlacement : public testing::TestWithParam<PlaceCase>
 {};
@@ -49,11 +48,6 @@ INSTANTIATE_TEST_SUITE_P(Viewer, WindowPlacement,
             QRect(2000, 100, 800, 600)},
         PlaceCase{"a title bar and a full-height window", QRect(), QRect(0, 0, 1280, 800), QMargins(4, 30, 4, 4),
             QRect(140, 30, 1000, 766)}),
-    [](const testing::TestParamInfo<PlaceCase>& info) {
-        std::string out;
-        for (const char* c = info.param.what; *c; ++c)
-            out += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
-        return out;
-    });
+    [](const testing::TestParamInfo<PlaceCase>& info) { return zwtest::CaseName(info.param.what); });
 
 } // namespace

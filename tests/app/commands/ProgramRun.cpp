@@ -5,8 +5,19 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 namespace zwtest {
+
+std::ostream& operator<<(std::ostream& os, const ProgramResult& r)
+{
+    return os << "status " << r.status << "\nout: " << r.out.toStdString() << "\nerr: " << r.err.toStdString();
+}
+
+QStringList Args(const QString& commandLine)
+{
+    return QProcess::splitCommand(commandLine);
+}
 
 QJsonValue ProgramResult::Json() const
 {
@@ -27,6 +38,13 @@ ProgramResult RunProgram(const QStringList& args, const RunOptions& options, con
             environment.insert(name, value);
     }
     process.setProcessEnvironment(environment);
+    if (options.addressSpaceMb > 0) {
+        const rlim_t bytes = rlim_t(options.addressSpaceMb) * 1024 * 1024;
+        process.setChildProcessModifier([bytes] {
+            const struct rlimit limit = {bytes, bytes};
+            ::setrlimit(RLIMIT_AS, &limit);
+        });
+    }
     process.start(program.isEmpty() ? QStringLiteral(ZW_PROGRAM) : program, args);
     if (!options.input.isNull()) {
         process.write(options.input);

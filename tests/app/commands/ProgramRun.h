@@ -4,6 +4,7 @@
 #include <QJsonValue>
 #include <QString>
 #include <QStringList>
+#include <ostream>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,9 @@ struct ProgramResult
     QJsonValue Json() const;
 };
 
+// A failed expectation about a run shows its status and both outputs.
+std::ostream& operator<<(std::ostream& os, const ProgramResult& r);
+
 struct RunOptions
 {
     // Environment entries to set; an empty value removes the entry.
@@ -29,9 +33,15 @@ struct RunOptions
     // Given on standard input, which is then closed.
     QByteArray input;
     int timeoutMs = 120000;
+    // The program's address space limit, in MiB (0: none).
+    int addressSpaceMb = 0;
 };
 
 // Runs `program` (the zwinformes program when empty) with `args`.
 ProgramResult RunProgram(const QStringList& args, const RunOptions& options = {}, const QString& program = QString());
+
+// A command line split into arguments as a shell splits it: at spaces,
+// with double quotes around an argument that holds spaces.
+QStringList Args(const QString& commandLine);
 
 } // namespace zwtest

@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class ViewerCommands : public testing::Test
@@ -14,130 +16,85 @@ class ViewerCommands : public testing::Test
 protected:
     using Result = zwtest::ProgramResult;
 
-    void SetUp() override { ASSERT_TRUE(m_dir.isValid()); }
-
-    Result Run(const QStringList& args, bool display = true)
+    Result Run(const QString& commandLine, bool display = true)
     {
         zwtest::RunOptions options;
-        options.environment = {{QStringLiteral("ZWINFORMES_LOCALE"), QStringLiteral("C")},
-            {QStringLiteral("QT_QPA_PLATFORM"), display ? QStringLiteral("offscreen") : QString()},
-            {QStringLiteral("ZWINFORMES_SETTINGS"), m_dir.filePath(QStringLiteral("settings.ini"))}};
-        if (!display) {
-            options.environment.push_back({QStringLiteral("DISPLAY"), QString()});
-            options.environment.push_back({QStringLiteral("WAYLAND_DISPLAY"), QString()});
-        }
-        return zwtest::RunProgram(args, options);
+        options.environment
+            = {{u"ZWINFORMES_LOCALE"_s, u"C"_s}, {u"QT_QPA_PLATFORM"_s, display ? u"offscreen"_s : QString()},
+                {u"ZWINFORMES_SETTINGS"_s, m_dir.filePath(u"settings.ini"_s)}};
+        if (!display)
+            options.environment.insert(options.environment.end(), {{u"DISPLAY"_s, {}}, {u"WAYLAND_DISPLAY"_s, {}}});
+        return zwtest::RunProgram(zwtest::Args(commandLine), options);
     }
-
-    QString Db() const { return QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("demo.sqlite")); }
-    // A small logger database at Db(), made as a user makes one.
-    void MakeDb()
-    {
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("a.csv")), "time,A.b\n2025-01-01T00:00:00Z,1\n"));
-        const Result r
-            = Run({QStringLiteral("import"), QStringLiteral("--db"), Db(), m_dir.filePath(QStringLiteral("a.csv"))});
-        ASSERT_EQ(r.status, 0) << r.err.toStdString();
-    }
-    static QString Report() { return zwtest::SourcePath(QStringLiteral("examples/reports/MonthlyEnergy.XRPT")); }
 
     QTemporaryDir m_dir;
+    const QString m_db = u"sqlite:"_s + m_dir.filePath(u"demo.sqlite"_s);
+    const QString m_png = m_dir.filePath(u"shot.png"_s);
+    const QString m_report = zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s);
 };
 
-TEST_F(ViewerCommands, ScreenshotOfTheViewer)
+TEST_F(ViewerCommands, ScreenshotOfTheViewerOnThePeriodTheOtherCommandsShow)
 {
-    ASSERT_EQ(Run({QStringLiteral("demo-db"), QStringLiteral("--db"), Db(), QStringLiteral("--months"),
-                      QStringLiteral("2"), QStringLiteral("--step"), QStringLiteral("15m")})
-                  .status,
-        0);
-    const QString png = m_dir.filePath(QStringLiteral("shot.png"));
-    const Result r
-        = Run({QStringLiteral("screenshot"), Report(), QStringLiteral("--db"), Db(), QStringLiteral("--unit"),
-            QStringLiteral("month"), QStringLiteral("--size"), QStringLiteral("800x600"), QStringLiteral("--zoom"),
-            QStringLiteral("100"), QStringLiteral("--page"), QStringLiteral("2"), QStringLiteral("-o"), png});
-    ASSERT_EQ(r.status, 0) << r.err.toStdString();
-    const QImage image(png);
-    ASSERT_FALSE(image.isNull());
-    EXPECT_EQ(image.size(), QSize(800, 600));
+    ASSERT_EQ(Run(u"demo-db --db %1 --months 2 --step 15m"_s.arg(m_db)).status, 0);
+    const Result r = Run(
+        u"screenshot %1 --db %2 --unit month --size 800x600 --zoom 100 --page 2 -o %3"_s.arg(m_report, m_db, m_png));
+    ASSERT_EQ(r.status, 0) << r;
+    const QImage image(m_png);
+    ASSERT_EQ(image.size(), QSize(800, 600));
     // The page (white) fills part of the window at 100 %.
     int white = 0;
     for (int y = 100; y < image.height(); y += 4)
         for (int x = 0; x < image.width(); x += 4)
             white += image.pixel(x, y) == qRgb(255, 255, 255);
     EXPECT_GT(white, 1000);
-}
 
-TEST_F(ViewerCommands, ADateOnABoundaryShowsTheUnitBeforeItAsTheOtherCommandsDo)
-{
-    ASSERT_EQ(Run({QStringLiteral("demo-db"), QStringLiteral("--db"), Db(), QStringLiteral("--months"),
-                      QStringLiteral("1"), QStringLiteral("--step"), QStringLiteral("15m")})
-                  .status,
-        0);
-    const QString png = m_dir.filePath(QStringLiteral("shot.png"));
-    struct Case
-    {
-        const char* unit;
-        const char* date;
-        const char* period;
-    } cases[] = {
-        {"month", "2025-10-01T00:00:00", "period 2025-09-01T00:00:00 2025-10-01T00:00:00"},
-        {"month", "2025-10-01T00:00:01", "period 2025-10-01T00:00:00 2025-11-01T00:00:00"},
-        {"day", "2025-03-05T00:00:00", "period 2025-03-04T00:00:00 2025-03-05T00:00:00"},
-        {"year", "2025-01-01T00:00:00", "period 2024-01-01T00:00:00 2025-01-01T00:00:00"},
+    // A date on a boundary shows the unit before it.
+    const std::pair<const char*, const char*> cases[] = {
+        {"month --date 2025-10-01T00:00:00", "period 2025-09-01T00:00:00 2025-10-01T00:00:00"},
+        {"month --date 2025-10-01T00:00:01", "period 2025-10-01T00:00:00 2025-11-01T00:00:00"},
+        {"day --date 2025-03-05T00:00:00", "period 2025-03-04T00:00:00 2025-03-05T00:00:00"},
+        {"year --date 2025-01-01T00:00:00", "period 2024-01-01T00:00:00 2025-01-01T00:00:00"},
     };
-    for (const Case& c : cases) {
-        const Result r
-            = Run({QStringLiteral("screenshot"), Report(), QStringLiteral("--db"), Db(), QStringLiteral("--unit"),
-                QString::fromLatin1(c.unit), QStringLiteral("--date"), QString::fromLatin1(c.date),
-                QStringLiteral("--size"), QStringLiteral("400x300"), QStringLiteral("-o"), png});
-        ASSERT_EQ(r.status, 0) << r.err.toStdString();
-        EXPECT_TRUE(r.out.contains(QString::fromLatin1(c.period))) << c.unit << " " << c.date << "\n"
-                                                                   << r.out.toStdString();
+    for (const auto& [unit, period] : cases) {
+        const Result shot = Run(u"screenshot %1 --db %2 --size 400x300 -o %3 --unit %4"_s.arg(
+            m_report, m_db, m_png, QString::fromLatin1(unit)));
+        ASSERT_EQ(shot.status, 0) << shot;
+        EXPECT_TRUE(shot.out.contains(QString::fromLatin1(period))) << unit << "\n" << shot;
     }
 }
 
 TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
 {
-    const QString png = m_dir.filePath(QStringLiteral("x.png"));
-    const QString typo = QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("typo/demo.sqlite"));
-    {
-        const Result r = Run({QStringLiteral("view"), Report(), QStringLiteral("--db"), typo});
-        EXPECT_EQ(r.status, 1) << r.err.toStdString();
-        EXPECT_TRUE(r.err.contains(QStringLiteral("the file does not exist"))) << r.err.toStdString();
-        EXPECT_FALSE(QFileInfo::exists(m_dir.filePath(QStringLiteral("typo"))));
-    }
-    MakeDb();
+    // A mistyped database path makes no database (nor its folder).
+    const Result typo = Run(u"view %1 --db sqlite:%2"_s.arg(m_report, m_dir.filePath(u"typo/demo.sqlite"_s)));
+    EXPECT_EQ(typo.status, 1) << typo;
+    EXPECT_TRUE(typo.err.contains(u"the file does not exist"_s)) << typo;
+    EXPECT_FALSE(QFileInfo::exists(m_dir.filePath(u"typo"_s)));
+
+    ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"a.csv"_s), "time,A.b\n2025-01-01T00:00:00Z,1\n"));
+    ASSERT_EQ(Run(u"import --db %1 %2"_s.arg(m_db, m_dir.filePath(u"a.csv"_s))).status, 0);
     struct Case
     {
-        QStringList args;
+        QString line;
         int status;
         const char* message;
     } cases[] = {
-        {{QStringLiteral("view")}, 2, "expected one REPORT"},
-        {{QStringLiteral("view"), Report(), QStringLiteral("--unit"), QStringLiteral("fortnight")}, 2,
-            "unknown unit 'fortnight'"},
-        {{QStringLiteral("view"), Report(), QStringLiteral("--unit"), QStringLiteral("user")}, 2,
-            "--unit user needs --from and --to"},
-        {{QStringLiteral("view"), Report(), QStringLiteral("--date"), QStringLiteral("yesterday")}, 2,
-            "is not a date-time"},
-        {{QStringLiteral("view"), Report(), QStringLiteral("--unit"), QStringLiteral("user"), QStringLiteral("--from"),
-             QStringLiteral("2025-01-01T10:00:00"), QStringLiteral("--to"), QStringLiteral("2025-01-01T10:59:59")},
-            1, "at least one hour"},
-        {{QStringLiteral("view"), Report(), QStringLiteral("--db"), QStringLiteral("mysql://h/d")}, 1, "is not valid"},
-        {{QStringLiteral("view"), m_dir.filePath(QStringLiteral("Missing.XRPT")), QStringLiteral("--db"), Db()}, 1,
-            "cannot read the report"},
-        {{QStringLiteral("screenshot"), Report(), QStringLiteral("-o"), png, QStringLiteral("--zoom"),
-             QStringLiteral("33")},
-            2, "--zoom must be"},
-        {{QStringLiteral("screenshot"), Report(), QStringLiteral("--db"), Db(), QStringLiteral("-o"), png,
-             QStringLiteral("--page"), QStringLiteral("9")},
-            1, "the report has 2 page(s)"},
-        {{QStringLiteral("gui"), QStringLiteral("extra")}, 2, "takes no arguments"},
+        {u"view"_s, 2, "expected one REPORT"},
+        {u"view %1 --unit fortnight"_s.arg(m_report), 2, "unknown unit 'fortnight'"},
+        {u"view %1 --unit user"_s.arg(m_report), 2, "--unit user needs --from and --to"},
+        {u"view %1 --date yesterday"_s.arg(m_report), 2, "is not a date-time"},
+        {u"view %1 --unit user --from 2025-01-01T10:00:00 --to 2025-01-01T10:59:59"_s.arg(m_report), 1,
+            "at least one hour"},
+        {u"view %1 --db mysql://h/d"_s.arg(m_report), 1, "is not valid"},
+        {u"view %1 --db %2"_s.arg(m_dir.filePath(u"Missing.XRPT"_s), m_db), 1, "cannot read the report"},
+        {u"screenshot %1 -o %2 --zoom 33"_s.arg(m_report, m_png), 2, "--zoom must be"},
+        {u"screenshot %1 --db %2 -o %3 --page 9"_s.arg(m_report, m_db, m_png), 1, "the report has 2 page(s)"},
+        {u"gui extra"_s, 2, "takes no arguments"},
     };
     for (const Case& c : cases) {
-        const Result r = Run(c.args);
-        EXPECT_EQ(r.status, c.status) << c.args.join(QLatin1Char(' ')).toStdString() << "\n" << r.err.toStdString();
-        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message))) << c.args.join(QLatin1Char(' ')).toStdString() << "\n"
-                                                                  << r.err.toStdString();
+        const Result r = Run(c.line);
+        EXPECT_EQ(r.status, c.status) << c.line.toStdString() << "\n" << r;
+        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message))) << c.line.toStdString() << "\n" << r;
     }
 }
 
@@ -145,10 +102,9 @@ TEST_F(ViewerCommands, WithoutADisplayWindowsAreRefusedButHelpIsGiven)
 {
     const Result gui = Run({}, false);
     EXPECT_EQ(gui.status, 1);
-    EXPECT_TRUE(gui.err.contains(QStringLiteral("there is no display"))) << gui.err.toStdString();
-    const Result view = Run({QStringLiteral("view"), Report()}, false);
-    EXPECT_EQ(view.status, 1);
-    EXPECT_EQ(Run({QStringLiteral("view"), QStringLiteral("--help")}, false).status, 0);
+    EXPECT_TRUE(gui.err.contains(u"there is no display"_s)) << gui;
+    EXPECT_EQ(Run(u"view "_s + m_report, false).status, 1);
+    EXPECT_EQ(Run(u"view --help"_s, false).status, 0);
 }
 
 } // namespace

@@ -20,6 +20,8 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class TestDatabaseDialog : public CDlgLoggerDatabase
@@ -81,13 +83,13 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(m_dir.isValid());
-        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
-        ZWMarentaSetup::instance().SetReportDirectory(m_dir.filePath(QStringLiteral("reports")));
+        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(u"settings.ini"_s));
+        ZWMarentaSetup::instance().SetReportDirectory(m_dir.filePath(u"reports"_s));
         ZWMarentaSetup::instance().SetLoggerDatabase(QString());
-        QDir().mkpath(m_dir.filePath(QStringLiteral("reports")));
+        QDir().mkpath(m_dir.filePath(u"reports"_s));
         for (const char* name : {"Boiler", "Annual", "Zeta"})
             AddReport(QString::fromLatin1(name));
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("reports/Old.XRPT.bak")), "<design/>"));
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"reports/Old.XRPT.bak"_s), "<design/>"));
     }
     void TearDown() override
     {
@@ -98,10 +100,10 @@ protected:
     }
     void AddReport(const QString& name)
     {
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("reports/%1.XRPT").arg(name)),
-            QString::fromLatin1(kReport).arg(name).toUtf8()));
+        ASSERT_TRUE(zwtest::WriteFile(
+            m_dir.filePath(u"reports/%1.XRPT"_s.arg(name)), QString::fromLatin1(kReport).arg(name).toUtf8()));
     }
-    QString SqliteUrl(const QString& file) const { return QStringLiteral("sqlite:") + m_dir.filePath(file); }
+    QString SqliteUrl(const QString& file) const { return u"sqlite:"_s + m_dir.filePath(file); }
     // A new logger database, as import or demo-db make one.
     QString NewDatabase(const QString& file) const
     {
@@ -115,23 +117,23 @@ protected:
 
 TEST_F(MainWindow, ListsReportsAndOpensTheChosenOneWithTheLastUnit)
 {
-    ZWMarentaSetup::instance().OpenSettings()->setValue(QStringLiteral("LastInforme"), QStringLiteral("Boiler"));
-    ZWMarentaSetup::instance().OpenSettings()->setValue(QStringLiteral("LastReportGroup"), QStringLiteral("WEEK"));
-    ASSERT_TRUE(ZWLoggerDatabase::Install(NewDatabase(QStringLiteral("logger.sqlite")), nullptr));
+    ZWMarentaSetup::instance().OpenSettings()->setValue(u"LastInforme"_s, u"Boiler"_s);
+    ZWMarentaSetup::instance().OpenSettings()->setValue(u"LastReportGroup"_s, u"WEEK"_s);
+    ASSERT_TRUE(ZWLoggerDatabase::Install(NewDatabase(u"logger.sqlite"_s), nullptr));
 
     TestMainWindow window;
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     QListWidget* list = window.List();
-    EXPECT_EQ(Items(list), (QStringList{QStringLiteral("Annual"), QStringLiteral("Boiler"), QStringLiteral("Zeta")}));
+    EXPECT_EQ(Items(list), (QStringList{u"Annual"_s, u"Boiler"_s, u"Zeta"_s}));
     ASSERT_NE(list->currentItem(), nullptr);
-    EXPECT_EQ(list->currentItem()->text(), QStringLiteral("Boiler"));
+    EXPECT_EQ(list->currentItem()->text(), u"Boiler"_s);
 
     // A report added meanwhile shows after a refresh; the selection stays.
-    AddReport(QStringLiteral("Chiller"));
+    AddReport(u"Chiller"_s);
     window.Refresh();
     EXPECT_EQ(Items(list).size(), 4);
-    EXPECT_EQ(list->currentItem()->text(), QStringLiteral("Boiler"));
+    EXPECT_EQ(list->currentItem()->text(), u"Boiler"_s);
 
     // Enter on a report opens it in a viewer with the unit last chosen.
     list->setCurrentRow(3);
@@ -139,64 +141,62 @@ TEST_F(MainWindow, ListsReportsAndOpensTheChosenOneWithTheLastUnit)
     ASSERT_EQ(window.Viewers().size(), 1);
     CDlgViewer* viewer = window.Viewers().front();
     EXPECT_TRUE(viewer->isVisible());
-    EXPECT_EQ(viewer->Frame()->Title(), QStringLiteral("Zeta"));
+    EXPECT_EQ(viewer->Frame()->Title(), u"Zeta"_s);
     EXPECT_EQ(viewer->Data().Period().Unit(), ID_GROUPBY_WEEK);
     EXPECT_EQ(viewer->GatheringCount(), 1);
-    EXPECT_EQ(ZWReportFiles::LastReport(), QStringLiteral("Zeta"));
+    EXPECT_EQ(ZWReportFiles::LastReport(), u"Zeta"_s);
     EXPECT_TRUE(window.messages.empty());
     viewer->close();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(window.Viewers().isEmpty());
 
     // A report that went away: a message, no viewer, the last report kept.
-    ASSERT_TRUE(QFile::remove(m_dir.filePath(QStringLiteral("reports/Annual.XRPT"))));
+    ASSERT_TRUE(QFile::remove(m_dir.filePath(u"reports/Annual.XRPT"_s)));
     list->setCurrentRow(0);
     window.OnOpen();
     ASSERT_EQ(window.messages.size(), 1u);
-    EXPECT_TRUE(window.messages[0].startsWith(QStringLiteral("The report \"Annual\" could not be read")))
+    EXPECT_TRUE(window.messages[0].startsWith(u"The report \"Annual\" could not be read"_s))
         << window.messages[0].toStdString();
-    EXPECT_EQ(ZWReportFiles::LastReport(), QStringLiteral("Zeta"));
+    EXPECT_EQ(ZWReportFiles::LastReport(), u"Zeta"_s);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(window.Viewers().isEmpty());
 }
 
 TEST_F(MainWindow, WhatIsNoReportIsRefusedBeforeAViewerOpens)
 {
-    ASSERT_TRUE(ZWLoggerDatabase::Install(NewDatabase(QStringLiteral("logger.sqlite")), nullptr));
-    ZWReportFiles::RememberReport(QStringLiteral("Boiler"));
-    const QByteArray report = QString::fromLatin1(kReport).arg(QStringLiteral("Cut")).toUtf8();
-    ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("reports/Cut.XRPT")), report.left(report.size() - 20)));
-    ASSERT_TRUE(
-        zwtest::WriteFile(m_dir.filePath(QStringLiteral("reports/Style.XRPT")), "<style><size>10</size></style>"));
+    ASSERT_TRUE(ZWLoggerDatabase::Install(NewDatabase(u"logger.sqlite"_s), nullptr));
+    ZWReportFiles::RememberReport(u"Boiler"_s);
+    const QByteArray report = QString::fromLatin1(kReport).arg(u"Cut"_s).toUtf8();
+    ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"reports/Cut.XRPT"_s), report.left(report.size() - 20)));
+    ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"reports/Style.XRPT"_s), "<style><size>10</size></style>"));
     TestMainWindow window;
     for (const char* name : {"Cut", "Style"}) {
         window.messages.clear();
         EXPECT_EQ(window.OpenReport(QString::fromLatin1(name)), nullptr);
         ASSERT_EQ(window.messages.size(), 1u) << name;
-        EXPECT_TRUE(window.messages[0].startsWith(
-            QStringLiteral("The report \"%1\" could not be read").arg(QLatin1String(name))))
+        EXPECT_TRUE(window.messages[0].startsWith(u"The report \"%1\" could not be read"_s.arg(QLatin1String(name))))
             << window.messages[0].toStdString();
     }
-    EXPECT_TRUE(window.messages[0].contains(QStringLiteral("not \"design\""))) << window.messages[0].toStdString();
+    EXPECT_TRUE(window.messages[0].contains(u"not \"design\""_s)) << window.messages[0].toStdString();
     EXPECT_EQ(window.viewersMade, 0);
-    EXPECT_EQ(ZWReportFiles::LastReport(), QStringLiteral("Boiler"));
+    EXPECT_EQ(ZWReportFiles::LastReport(), u"Boiler"_s);
 }
 
 TEST_F(MainWindow, ChoosingTheLoggerDatabase)
 {
-    ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("garbage.sqlite")), QByteArray(4096, 'x')));
-    NewDatabase(QStringLiteral("chosen.sqlite"));
+    ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"garbage.sqlite"_s), QByteArray(4096, 'x')));
+    NewDatabase(u"chosen.sqlite"_s);
     struct Case
     {
         QString url;
         const char* message; // a part of the refusal; null: accepted
     } cases[] = {
-        {QStringLiteral("mysql://host/db"), "The logger database 'mysql://host/db' is not valid"},
-        {SqliteUrl(QStringLiteral("garbage.sqlite")), "garbage.sqlite"},
-        {QStringLiteral("sqlite:"), "The logger database 'sqlite:' is not valid"},
+        {u"mysql://host/db"_s, "The logger database 'mysql://host/db' is not valid"},
+        {SqliteUrl(u"garbage.sqlite"_s), "garbage.sqlite"},
+        {u"sqlite:"_s, "The logger database 'sqlite:' is not valid"},
         // A mistyped path is not made into a new, empty database.
-        {SqliteUrl(QStringLiteral("nowhere/typo.sqlite")), "the file does not exist"},
-        {SqliteUrl(QStringLiteral("chosen.sqlite")), nullptr},
+        {SqliteUrl(u"nowhere/typo.sqlite"_s), "the file does not exist"},
+        {SqliteUrl(u"chosen.sqlite"_s), nullptr},
     };
     for (const Case& c : cases) {
         TestDatabaseDialog dialog;
@@ -214,12 +214,12 @@ TEST_F(MainWindow, ChoosingTheLoggerDatabase)
             EXPECT_EQ(dialog.result(), QDialog::Accepted);
         }
     }
-    EXPECT_FALSE(QFileInfo::exists(m_dir.filePath(QStringLiteral("nowhere"))));
+    EXPECT_FALSE(QFileInfo::exists(m_dir.filePath(u"nowhere"_s)));
     // The accepted database is in use and remembered.
     EXPECT_NE(ZWDriverSupport::Store(), nullptr);
-    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LoggerDatabase")).toString(),
-        SqliteUrl(QStringLiteral("chosen.sqlite")));
-    EXPECT_EQ(ZWMarentaSetup::instance().GetLoggerDatabase(), SqliteUrl(QStringLiteral("chosen.sqlite")));
+    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(u"LoggerDatabase"_s).toString(),
+        SqliteUrl(u"chosen.sqlite"_s));
+    EXPECT_EQ(ZWMarentaSetup::instance().GetLoggerDatabase(), SqliteUrl(u"chosen.sqlite"_s));
 
     // The main window opens the remembered database and shows it; a broken
     // one is reported.
@@ -229,32 +229,32 @@ TEST_F(MainWindow, ChoosingTheLoggerDatabase)
     EXPECT_TRUE(window.OpenDatabase());
     EXPECT_NE(ZWDriverSupport::Store(), nullptr);
     EXPECT_TRUE(window.messages.empty());
-    ZWMarentaSetup::instance().SetLoggerDatabase(QStringLiteral("postgresql://host:99999/db"));
+    ZWMarentaSetup::instance().SetLoggerDatabase(u"postgresql://host:99999/db"_s);
     EXPECT_FALSE(window.OpenDatabase());
     ASSERT_EQ(window.messages.size(), 1u);
-    EXPECT_TRUE(window.messages[0].contains(QStringLiteral("port"))) << window.messages[0].toStdString();
+    EXPECT_TRUE(window.messages[0].contains(u"port"_s)) << window.messages[0].toStdString();
 }
 
 TEST_F(MainWindow, TheReportFolderIsChosenFromTheKeyboardAndKept)
 {
-    const QString other = m_dir.filePath(QStringLiteral("other"));
+    const QString other = m_dir.filePath(u"other"_s);
     QDir().mkpath(other);
-    ASSERT_TRUE(zwtest::WriteFile(other + QStringLiteral("/Heating.XRPT"), "<design/>"));
+    ASSERT_TRUE(zwtest::WriteFile(other + u"/Heating.XRPT"_s, "<design/>"));
     TestMainWindow window;
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    EXPECT_EQ(window.ReportFolderAction()->toolTip(), QStringLiteral("Report folder (Ctrl+Shift+O)"));
+    EXPECT_EQ(window.ReportFolderAction()->toolTip(), u"Report folder (Ctrl+Shift+O)"_s);
 
     // Cancelled: nothing changes.
     QTest::keyClick(window.List(), Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(window.folderShown, m_dir.filePath(QStringLiteral("reports/")));
+    EXPECT_EQ(window.folderShown, m_dir.filePath(u"reports/"_s));
     EXPECT_EQ(Items(window.List()).size(), 3);
 
     window.chosenFolder = other;
     QTest::keyClick(window.List(), Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(Items(window.List()), QStringList{QStringLiteral("Heating")});
+    EXPECT_EQ(Items(window.List()), QStringList{u"Heating"_s});
     EXPECT_TRUE(window.FolderLabel()->toolTip().contains(other)) << window.FolderLabel()->toolTip().toStdString();
-    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("ReportDirectory")).toString(), other);
+    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(u"ReportDirectory"_s).toString(), other);
     // The next session, without a folder given, takes the one kept.
     ZWMarentaSetup::instance().SetReportDirectory(QString());
     EXPECT_EQ(ZWMarentaSetup::instance().GetReportDirectory(), other + QLatin1Char('/'));
@@ -275,7 +275,7 @@ TEST_F(MainWindow, LongFolderAndDatabaseTextsAreShownWhole)
                                                        "of/sub-folders/that/keep/going/reports-of-the-site"));
     QDir().mkpath(deep);
     ZWMarentaSetup::instance().SetReportDirectory(deep);
-    ZWMarentaSetup::instance().SetLoggerDatabase(QStringLiteral("sqlite:") + deep + QStringLiteral("/logger.sqlite"));
+    ZWMarentaSetup::instance().SetLoggerDatabase(u"sqlite:"_s + deep + u"/logger.sqlite"_s);
     TestMainWindow window;
     window.resize(360, 400);
     window.show();
@@ -296,17 +296,17 @@ TEST_F(MainWindow, LongFolderAndDatabaseTextsAreShownWhole)
 TEST_F(MainWindow, EnterInTheDatabaseDialogMeansOkEvenAfterChoosingAFile)
 {
     TestDatabaseDialog dialog;
-    dialog.chosenFile = m_dir.filePath(QStringLiteral("picked.sqlite"));
+    dialog.chosenFile = m_dir.filePath(u"picked.sqlite"_s);
     dialog.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
     QPushButton* browse = nullptr;
     for (QPushButton* button : dialog.findChildren<QPushButton*>())
-        if (button->text() == QStringLiteral("SQLite file…"))
+        if (button->text() == u"SQLite file…"_s)
             browse = button;
     ASSERT_NE(browse, nullptr);
     QTest::mouseClick(browse, Qt::LeftButton);
     EXPECT_EQ(dialog.fileChoosers, 1);
-    EXPECT_EQ(dialog.Url(), QStringLiteral("sqlite:") + dialog.chosenFile);
+    EXPECT_EQ(dialog.Url(), u"sqlite:"_s + dialog.chosenFile);
 
     // Enter accepts the chosen file (a new SQLite file is refused with a
     // message or accepted: either way no file chooser opens again).

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 TEST(ZWDateTime, CivilCalendarRoundTrip)
@@ -12,26 +14,14 @@ TEST(ZWDateTime, CivilCalendarRoundTrip)
     {
         int y, m, d;
         int dayOfWeek;
-    } cases[] = {
-        {1970, 1, 1, Qt::Thursday},
-        {2000, 2, 29, Qt::Tuesday},
-        {2024, 3, 5, Qt::Tuesday},
-        {1969, 12, 31, Qt::Wednesday},
-        {2100, 3, 1, Qt::Monday},
-        {1900, 1, 1, Qt::Monday},
-    };
+    } cases[] = {{1970, 1, 1, Qt::Thursday}, {2000, 2, 29, Qt::Tuesday}, {2024, 3, 5, Qt::Tuesday},
+        {1969, 12, 31, Qt::Wednesday}, {2100, 3, 1, Qt::Monday}, {1900, 1, 1, Qt::Monday}};
     for (const Case& c : cases) {
         const ZWDateTime t = ZWDateTime::FromDMY(c.y, c.m, c.d, 13, 4, 5);
-        ASSERT_TRUE(t.IsValid());
         int y, m, d;
         t.DateTime2DMY(y, m, d);
-        EXPECT_EQ(y, c.y);
-        EXPECT_EQ(m, c.m);
-        EXPECT_EQ(d, c.d);
-        EXPECT_EQ(t.Hour(), 13);
-        EXPECT_EQ(t.Minute(), 4);
-        EXPECT_EQ(t.Second(), 5);
-        EXPECT_EQ(t.DayOfWeek(), c.dayOfWeek) << c.y << "-" << c.m << "-" << c.d;
+        EXPECT_EQ(std::tuple(y, m, d, t.Hour(), t.Minute(), t.Second(), t.DayOfWeek()),
+            std::tuple(c.y, c.m, c.d, 13, 4, 5, c.dayOfWeek));
         EXPECT_EQ(t.Date(), ZWDateTime::FromDMY(c.y, c.m, c.d));
     }
 }
@@ -101,17 +91,17 @@ TEST(ZWMath, RoundHalfAwayFromZero)
 
 TEST(ZWLocale, OverrideSetsSeparatorsAndFirstDay)
 {
-    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("es_ES")));
-    EXPECT_EQ(LocaleInformationWide().decimalSeparator, QStringLiteral(","));
-    EXPECT_EQ(LocaleInformationWide().thousandSeparator, QStringLiteral("."));
+    ASSERT_TRUE(ZWSetLocaleOverride(u"es_ES"_s));
+    EXPECT_EQ(LocaleInformationWide().decimalSeparator, u","_s);
+    EXPECT_EQ(LocaleInformationWide().thousandSeparator, u"."_s);
     EXPECT_EQ(LocaleInformationWide().firstDayOfWeek, Qt::Monday);
-    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("en_US")));
-    EXPECT_EQ(LocaleInformationWide().decimalSeparator, QStringLiteral("."));
+    ASSERT_TRUE(ZWSetLocaleOverride(u"en_US"_s));
+    EXPECT_EQ(LocaleInformationWide().decimalSeparator, u"."_s);
     EXPECT_EQ(LocaleInformationWide().firstDayOfWeek, Qt::Sunday);
-    EXPECT_FALSE(ZWSetLocaleOverride(QStringLiteral("xx_notalocale")));
+    EXPECT_FALSE(ZWSetLocaleOverride(u"xx_notalocale"_s));
     EXPECT_EQ(LocaleInformationWide().firstDayOfWeek, Qt::Sunday);
-    ASSERT_TRUE(ZWSetLocaleOverride(QStringLiteral("C")));
-    EXPECT_EQ(LocaleInformationWide().decimalSeparator, QStringLiteral("."));
+    ASSERT_TRUE(ZWSetLocaleOverride(u"C"_s));
+    EXPECT_EQ(LocaleInformationWide().decimalSeparator, u"."_s);
 }
 
 } // namespace

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Result = ZWRegularFile::Result;
@@ -26,12 +28,12 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(m_dir.isValid());
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("plain.xml")), "<design/>"));
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("big.xml")), QByteArray(2000, ' ')));
-        ASSERT_TRUE(QDir(m_dir.path()).mkdir(QStringLiteral("folder.xml")));
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"plain.xml"_s), "<design/>"));
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"big.xml"_s), QByteArray(2000, ' ')));
+        ASSERT_TRUE(QDir(m_dir.path()).mkdir(u"folder.xml"_s));
         // Nobody ever writes into this FIFO: opening it for reading the
         // usual way would wait for ever.
-        ASSERT_EQ(::mkfifo(QFile::encodeName(m_dir.filePath(QStringLiteral("fifo.xml"))).constData(), 0600), 0);
+        ASSERT_EQ(::mkfifo(QFile::encodeName(m_dir.filePath(u"fifo.xml"_s)).constData(), 0600), 0);
     }
     QString Path(const char* name) const
     {
@@ -53,14 +55,11 @@ TEST_P(RegularFileRead, Path)
     EXPECT_EQ(doc.Load(Path(GetParam().path)), GetParam().result == Result::Ok);
 }
 
-const FileCase kFileCases[] = {
-    {"ARegularFileIsRead", "plain.xml", Result::Ok},
-    {"AFifoIsRefusedAtOnce", "fifo.xml", Result::NotRegular},
-    {"AFolderIsRefused", "folder.xml", Result::NotRegular},
-    {"ADeviceIsRefused", "/dev/zero", Result::NotRegular},
-    {"AMissingFileCannotBeOpened", "missing.xml", Result::CannotOpen},
-    {"AFileOverTheBoundIsRefused", "big.xml", Result::TooLarge},
-};
+const FileCase kFileCases[]
+    = {{"ARegularFileIsRead", "plain.xml", Result::Ok}, {"AFifoIsRefusedAtOnce", "fifo.xml", Result::NotRegular},
+        {"AFolderIsRefused", "folder.xml", Result::NotRegular}, {"ADeviceIsRefused", "/dev/zero", Result::NotRegular},
+        {"AMissingFileCannotBeOpened", "missing.xml", Result::CannotOpen},
+        {"AFileOverTheBoundIsRefused", "big.xml", Result::TooLarge}};
 
 INSTANTIATE_TEST_SUITE_P(Files, RegularFileRead, testing::ValuesIn(kFileCases),
     [](const testing::TestParamInfo<FileCase>& info) { return std::string(info.param.label); });

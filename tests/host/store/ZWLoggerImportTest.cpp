@@ -3,6 +3,8 @@
 #include "tests/host/store/ZWStoreTestSupport.h"
 #include "tests/support/ZWTestSupport.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace zwtest;
 using Method = ZWSqlLoggerStore::Method;
 
@@ -13,7 +15,7 @@ class LoggerImport : public StoreTest
 protected:
     bool Import(const QByteArray& csv, QString* error, const QStringList& counters = {})
     {
-        const QString path = m_dir.path() + QStringLiteral("/in%1.csv").arg(++m_files);
+        const QString path = m_dir.path() + u"/in%1.csv"_s.arg(++m_files);
         EXPECT_TRUE(WriteFile(path, csv));
         ZWLoggerImport import(*m_store);
         import.SetCounters(counters);
@@ -45,19 +47,18 @@ TEST_P(LoggerImport, ReadsInstantsLocalTimesQuotedNamesAndSkipsEmptyCells)
                        "2025-01-06T00:30:00.750Z,102,21\r\n"
                        "\r\n"
                        "2025-01-06T02:00:00,103,-1e1\r\n", // local (Madrid, UTC+1): 01:00Z
-        &error, {QStringLiteral("Main meter.Active energy")}))
+        &error, {u"Main meter.Active energy"_s}))
         << error.toStdString();
-    const QString room = QStringLiteral("Room \"A\", north.Temp, \u00B0C");
-    const auto energy = m_store->FindVariable(QStringLiteral("Main meter.Active energy"));
+    const QString room = u"Room \"A\", north.Temp, \u00B0C"_s;
+    const auto energy = m_store->FindVariable(u"Main meter.Active energy"_s);
     const auto temp = m_store->FindVariable(room);
     ASSERT_TRUE(energy && temp);
     EXPECT_EQ(energy->kind, ZWSqlLoggerStore::Kind::Counter);
     EXPECT_EQ(temp->kind, ZWSqlLoggerStore::Kind::Gauge);
-    EXPECT_EQ(CountRows(QStringLiteral("samples")), 3 + 3);
+    EXPECT_EQ(CountRows(u"samples"_s), 3 + 3);
     const std::vector<double> v
-        = Values({QStringLiteral("Main meter.Active energy"), room, QStringLiteral("Main meter.Active energy:first"),
-                     room + QStringLiteral(":count")},
-            T0, T0 + 2 * 3600);
+        = Values({u"Main meter.Active energy"_s, room, u"Main meter.Active energy:first"_s, room + u":count"_s}, T0,
+            T0 + 2 * 3600);
     EXPECT_EQ(v, (std::vector<double>{103.0 - 101.5, (20.0 + 21.0 - 10.0) / 3.0, 101.5, 3.0}));
 }
 
@@ -68,11 +69,11 @@ TEST_P(LoggerImport, LinesMayEndWithACarriageReturnAlone)
                        "2025-01-06T03:00:00Z,4",
         &error))
         << error.toStdString();
-    EXPECT_EQ(CountRows(QStringLiteral("samples")), 4);
-    EXPECT_EQ(Value(QStringLiteral("A.x:sum"), T0, T0 + 86400), 10.0);
+    EXPECT_EQ(CountRows(u"samples"_s), 4);
+    EXPECT_EQ(Value(u"A.x:sum"_s, T0, T0 + 86400), 10.0);
     // A bad row after CR line ends is named by its line.
     EXPECT_FALSE(Import("time,A.x\r2025-01-06T00:00:00Z,1\rbad,2\r", &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("line 3: 'bad'"))) << error.toStdString();
+    EXPECT_TRUE(error.contains(u"line 3: 'bad'"_s)) << error.toStdString();
 }
 
 TEST_P(LoggerImport, ABadRowStopsTheImportAndKeepsNothing)
@@ -116,10 +117,10 @@ TEST_P(LoggerImport, ABadRowStopsTheImportAndKeepsNothing)
         EXPECT_TRUE(error.contains(QString::fromUtf8(c.message)))
             << error.left(300).toStdString() << " / " << c.message.toStdString();
         // Nothing of the file: not B.y, not the good rows before the bad one.
-        EXPECT_EQ(CountRows(QStringLiteral("samples")), 1) << c.message.toStdString();
-        EXPECT_EQ(CountRows(QStringLiteral("variables")), 1) << c.message.toStdString();
-        EXPECT_EQ(CountRows(QStringLiteral("rollup_hour")), 1) << c.message.toStdString();
-        EXPECT_FALSE(m_store->HasVariable(QStringLiteral("B.y")));
+        EXPECT_EQ(CountRows(u"samples"_s), 1) << c.message.toStdString();
+        EXPECT_EQ(CountRows(u"variables"_s), 1) << c.message.toStdString();
+        EXPECT_EQ(CountRows(u"rollup_hour"_s), 1) << c.message.toStdString();
+        EXPECT_FALSE(m_store->HasVariable(u"B.y"_s));
     }
 }
 
@@ -127,30 +128,28 @@ TEST_P(LoggerImport, ImportingAgainReplacesValuesAndRollupsFollow)
 {
     QByteArray csv = "time,Meter.E,Room.T\n";
     for (int i = 0; i < 200; ++i)
-        csv += QStringLiteral("2025-01-06T%1:%2:00Z,%3,%4\n")
-                   .arg(i / 60, 2, 10, QLatin1Char('0'))
+        csv += u"2025-01-06T%1:%2:00Z,%3,%4\n"_s.arg(i / 60, 2, 10, QLatin1Char('0'))
                    .arg(i % 60, 2, 10, QLatin1Char('0'))
                    .arg(1000 + i)
                    .arg(i % 7)
                    .toUtf8();
     QString error;
-    ASSERT_TRUE(Import(csv, &error, {QStringLiteral("Meter.E")})) << error.toStdString();
+    ASSERT_TRUE(Import(csv, &error, {u"Meter.E"_s})) << error.toStdString();
     const qint64 s = T0 - 3600, e = T0 + 86400;
-    EXPECT_EQ(Value(QStringLiteral("Meter.E"), s, e), 199.0);
+    EXPECT_EQ(Value(u"Meter.E"_s, s, e), 199.0);
     // Two readings rewritten at 01:40 and 01:41 as if a new meter had been
     // fitted: a reset, then the old meter's readings again, which count as a
     // rise from the new meter's.
     ASSERT_TRUE(Import("time,Meter.E,Room.T\n2025-01-06T01:40:00Z,0.5,100\n2025-01-06T01:41:00Z,1.5,\n", &error))
         << error.toStdString();
-    EXPECT_EQ(CountRows(QStringLiteral("samples")), 400);
-    EXPECT_EQ(
-        Value(QStringLiteral("Meter.E"), s, e), (1099.0 - 1000.0) + 0.5 + 1.0 + (1102.0 - 1.5) + (1199.0 - 1102.0));
-    EXPECT_EQ(Value(QStringLiteral("Meter.E"), s, e), Value(QStringLiteral("Meter.E"), s, e, Method::Raw));
-    EXPECT_EQ(Value(QStringLiteral("Room.T:max"), s, e), 100.0);
-    EXPECT_EQ(Value(QStringLiteral("Room.T:max"), T0 + 7200, e), 6.0);
-    EXPECT_NEAR(Value(QStringLiteral("Room.T"), s, e), Value(QStringLiteral("Room.T"), s, e, Method::Raw), 1e-12);
+    EXPECT_EQ(CountRows(u"samples"_s), 400);
+    EXPECT_EQ(Value(u"Meter.E"_s, s, e), (1099.0 - 1000.0) + 0.5 + 1.0 + (1102.0 - 1.5) + (1199.0 - 1102.0));
+    EXPECT_EQ(Value(u"Meter.E"_s, s, e), Value(u"Meter.E"_s, s, e, Method::Raw));
+    EXPECT_EQ(Value(u"Room.T:max"_s, s, e), 100.0);
+    EXPECT_EQ(Value(u"Room.T:max"_s, T0 + 7200, e), 6.0);
+    EXPECT_NEAR(Value(u"Room.T"_s, s, e), Value(u"Room.T"_s, s, e, Method::Raw), 1e-12);
     // Still a counter: the import names no kind for known variables.
-    EXPECT_EQ(m_store->FindVariable(QStringLiteral("Meter.E"))->kind, ZWSqlLoggerStore::Kind::Counter);
+    EXPECT_EQ(m_store->FindVariable(u"Meter.E"_s)->kind, ZWSqlLoggerStore::Kind::Counter);
 }
 
 TEST(LoggerImportText, TimesAndCells)
@@ -183,7 +182,7 @@ TEST(LoggerImportText, TimesAndCells)
         }
     }
     QStringList cells;
-    ASSERT_TRUE(ZWLoggerImport::SplitCsvLine(QStringLiteral(" a , \"b,\"\"c\"\"\" ,,\"\" "), cells));
-    EXPECT_EQ(cells, (QStringList{QStringLiteral("a"), QStringLiteral("b,\"c\""), QString(), QString()}));
-    EXPECT_FALSE(ZWLoggerImport::SplitCsvLine(QStringLiteral("a,\"b"), cells));
+    ASSERT_TRUE(ZWLoggerImport::SplitCsvLine(u" a , \"b,\"\"c\"\"\" ,,\"\" "_s, cells));
+    EXPECT_EQ(cells, (QStringList{u"a"_s, u"b,\"c\""_s, QString(), QString()}));
+    EXPECT_FALSE(ZWLoggerImport::SplitCsvLine(u"a,\"b"_s, cells));
 }

@@ -18,6 +18,8 @@
 #include <random>
 #include <thread>
 
+using namespace Qt::StringLiterals;
+
 using namespace zwtest;
 using Kind = ZWSqlLoggerStore::Kind;
 using Method = ZWSqlLoggerStore::Method;
@@ -102,23 +104,23 @@ INSTANTIATE_TEST_SUITE_P(Backends, SqlLoggerStore, testing::Values(Backend::SQLi
 
 TEST_P(SqlLoggerStore, GaugeMeanTakesStartAndLeavesEnd)
 {
-    Write(QStringLiteral("Office.Temperature"), Kind::Gauge,
+    Write(u"Office.Temperature"_s, Kind::Gauge,
         {{T0 - 60, 100.0}, {T0, 20.0}, {T0 + 600, 22.0}, {T0 + 1200, 24.0}, {T0 + H, 50.0}});
-    EXPECT_DOUBLE_EQ(Value(QStringLiteral("Office.Temperature"), T0, T0 + H), 22.0);
+    EXPECT_DOUBLE_EQ(Value(u"Office.Temperature"_s, T0, T0 + H), 22.0);
     // One second later at both ends: the sample at T0 leaves, the one at T0 + H enters.
-    EXPECT_DOUBLE_EQ(Value(QStringLiteral("Office.Temperature"), T0 + 1, T0 + H + 1), (22.0 + 24.0 + 50.0) / 3.0);
+    EXPECT_DOUBLE_EQ(Value(u"Office.Temperature"_s, T0 + 1, T0 + H + 1), (22.0 + 24.0 + 50.0) / 3.0);
     // Whole days of rollups, edges of raw samples: same mean.
-    EXPECT_DOUBLE_EQ(Value(QStringLiteral("Office.Temperature"), T0 - 2 * D + 17, T0 + 3 * D + 5),
-        (100.0 + 20.0 + 22.0 + 24.0 + 50.0) / 5.0);
+    EXPECT_DOUBLE_EQ(
+        Value(u"Office.Temperature"_s, T0 - 2 * D + 17, T0 + 3 * D + 5), (100.0 + 20.0 + 22.0 + 24.0 + 50.0) / 5.0);
 }
 
 TEST_P(SqlLoggerStore, CounterIncreaseCountsResetsAndEdgeSamples)
 {
     // Readings; at T0+3H the meter was replaced and restarted from zero.
-    Write(QStringLiteral("Main meter.Active energy"), Kind::Counter,
+    Write(u"Main meter.Active energy"_s, Kind::Counter,
         {{T0, 1000.0}, {T0 + H, 1010.0}, {T0 + 2 * H, 1025.0}, {T0 + 3 * H, 4.0}, {T0 + 4 * H, 9.0},
             {T0 + 5 * H, 15.0}});
-    const QString name = QStringLiteral("Main meter.Active energy");
+    const QString name = u"Main meter.Active energy"_s;
     struct Case
     {
         qint64 start, end;
@@ -138,31 +140,30 @@ TEST_P(SqlLoggerStore, CounterIncreaseCountsResetsAndEdgeSamples)
             EXPECT_EQ(v, c.increase) << "period " << c.start - T0 << ".." << c.end - T0 << " method " << int(m);
         }
     }
-    EXPECT_EQ(CountRows(QStringLiteral("counter_resets")), 1);
+    EXPECT_EQ(CountRows(u"counter_resets"_s), 1);
 }
 
 TEST_P(SqlLoggerStore, PeriodWithoutDataAndUnknownNamesHaveNoValue)
 {
-    Write(QStringLiteral("Office.Temperature"), Kind::Gauge, {{T0, 20.0}, {T0 + 60, 21.0}});
-    const std::vector<double> v = Values({QStringLiteral("Office.Temperature"), QStringLiteral("Nowhere.Nothing"),
-                                             QStringLiteral("Office.Temperature:median"), QStringLiteral("NoDot")},
-        T0 + D, T0 + 2 * D);
+    Write(u"Office.Temperature"_s, Kind::Gauge, {{T0, 20.0}, {T0 + 60, 21.0}});
+    const std::vector<double> v
+        = Values({u"Office.Temperature"_s, u"Nowhere.Nothing"_s, u"Office.Temperature:median"_s, u"NoDot"_s}, T0 + D,
+            T0 + 2 * D);
     ASSERT_EQ(v.size(), 4u);
     for (const double x : v)
         EXPECT_TRUE(IsNoValue(x));
-    EXPECT_FALSE(m_store->HasVariable(QStringLiteral("Nowhere.Nothing")));
-    EXPECT_FALSE(m_store->HasVariable(QStringLiteral("Office.Temperature:median")));
-    EXPECT_TRUE(m_store->HasVariable(QStringLiteral("Office.Temperature:MAX")));
+    EXPECT_FALSE(m_store->HasVariable(u"Nowhere.Nothing"_s));
+    EXPECT_FALSE(m_store->HasVariable(u"Office.Temperature:median"_s));
+    EXPECT_TRUE(m_store->HasVariable(u"Office.Temperature:MAX"_s));
     // An empty or reversed period has no data either.
-    EXPECT_TRUE(IsNoValue(Value(QStringLiteral("Office.Temperature"), T0 + 60, T0)));
+    EXPECT_TRUE(IsNoValue(Value(u"Office.Temperature"_s, T0 + 60, T0)));
 }
 
 TEST_P(SqlLoggerStore, EveryReductionFilter)
 {
-    Write(QStringLiteral("Pump.Pressure"), Kind::Gauge,
+    Write(u"Pump.Pressure"_s, Kind::Gauge,
         {{T0 - 10, 9.0}, {T0, 3.0}, {T0 + 100, 7.0}, {T0 + H + 5, 1.0}, {T0 + 2 * H, 6.0}, {T0 + 3 * H, 2.0}});
-    Write(QStringLiteral("Pump.Energy"), Kind::Counter,
-        {{T0, 50.0}, {T0 + H, 55.0}, {T0 + 2 * H, 1.5}, {T0 + 3 * H, 2.0}});
+    Write(u"Pump.Energy"_s, Kind::Counter, {{T0, 50.0}, {T0 + H, 55.0}, {T0 + 2 * H, 1.5}, {T0 + 3 * H, 2.0}});
     const qint64 s = T0, e = T0 + 3 * H;
     struct Case
     {
@@ -203,26 +204,20 @@ TEST_P(SqlLoggerStore, EveryReductionFilter)
 
 TEST_P(SqlLoggerStore, NamesAreValuesNeverSql)
 {
-    const QString quoted = QStringLiteral("O'Brien's meter.Active \"energy\"");
-    const QString bracketed = QStringLiteral("[Bay 1].Power [kW]");
-    const QString colon = QStringLiteral("Pump.State:on");
-    const QString hostile = QStringLiteral("x.y'); DROP TABLE samples; --");
+    const QString quoted = u"O'Brien's meter.Active \"energy\""_s;
+    const QString bracketed = u"[Bay 1].Power [kW]"_s;
+    const QString colon = u"Pump.State:on"_s;
+    const QString hostile = u"x.y'); DROP TABLE samples; --"_s;
     Write(quoted, Kind::Counter, {{T0, 1.0}, {T0 + 60, 3.5}});
     Write(bracketed, Kind::Gauge, {{T0, 2.0}, {T0 + 60, 4.0}});
     Write(colon, Kind::Gauge, {{T0, 7.0}, {T0 + 60, 9.0}});
     Write(hostile, Kind::Gauge, {{T0, 1.0}});
-    const std::vector<double> v = Values({quoted, bracketed, colon, colon + QStringLiteral(":max"), hostile,
-                                             bracketed + QStringLiteral(":min"), quoted + QStringLiteral(":first")},
-        T0, T0 + H);
-    ASSERT_EQ(v.size(), 7u);
-    EXPECT_EQ(v[0], 2.5);
-    EXPECT_EQ(v[1], 3.0);
-    EXPECT_EQ(v[2], 8.0); // the stored name is taken whole, not as "Pump.State" with a filter
-    EXPECT_EQ(v[3], 9.0);
-    EXPECT_EQ(v[4], 1.0);
-    EXPECT_EQ(v[5], 2.0);
-    EXPECT_EQ(v[6], 1.0);
-    EXPECT_EQ(CountRows(QStringLiteral("samples")), 7);
+    const std::vector<double> v
+        = Values({quoted, bracketed, colon, colon + u":max"_s, hostile, bracketed + u":min"_s, quoted + u":first"_s},
+            T0, T0 + H);
+    // The stored name "Pump.State:on" is taken whole, not as "Pump.State" with a filter.
+    EXPECT_EQ(v, (std::vector<double>{2.5, 3.0, 8.0, 9.0, 1.0, 2.0, 1.0}));
+    EXPECT_EQ(CountRows(u"samples"_s), 7);
     double live = 0.0;
     EXPECT_TRUE(m_store->LiveValue(quoted, live));
     EXPECT_EQ(live, 3.5);
@@ -240,26 +235,21 @@ TEST_P(SqlLoggerStore, DaylightSavingDaysHave23And25Hours)
             gauge.push_back({from + i * H, 1.0});
             counter.push_back({from + i * H, double(i)});
         }
-        Write(QStringLiteral("Site.Hourly %1").arg(QLatin1String(label)), Kind::Gauge, gauge);
-        Write(QStringLiteral("Site.Meter %1").arg(QLatin1String(label)), Kind::Counter, counter);
+        Write(u"Site.Hourly %1"_s.arg(QLatin1String(label)), Kind::Gauge, gauge);
+        Write(u"Site.Meter %1"_s.arg(QLatin1String(label)), Kind::Counter, counter);
     }
     struct Case
     {
         ZWDateTime day;
         const char* label;
         double hours;
-    } cases[] = {
-        {ZWDateTime::FromDMY(2025, 3, 30), "spring", 23.0},
-        {ZWDateTime::FromDMY(2025, 3, 29), "spring", 24.0},
-        {ZWDateTime::FromDMY(2025, 10, 26), "autumn", 25.0},
-        {ZWDateTime::FromDMY(2025, 10, 27), "autumn", 24.0},
-    };
+    } cases[] = {{ZWDateTime::FromDMY(2025, 3, 30), "spring", 23.0}, {ZWDateTime::FromDMY(2025, 3, 29), "spring", 24.0},
+        {ZWDateTime::FromDMY(2025, 10, 26), "autumn", 25.0}, {ZWDateTime::FromDMY(2025, 10, 27), "autumn", 24.0}};
     for (const Case& c : cases) {
         std::vector<double> v;
         QString error;
         const QString label = QLatin1String(c.label);
-        ASSERT_TRUE(m_store->PeriodValues(
-            {QStringLiteral("Site.Hourly %1:count").arg(label), QStringLiteral("Site.Meter %1").arg(label)}, c.day,
+        ASSERT_TRUE(m_store->PeriodValues({u"Site.Hourly %1:count"_s.arg(label), u"Site.Meter %1"_s.arg(label)}, c.day,
             c.day + ZWDateTimeSpan(1, 0, 0, 0), v, nullptr, &error))
             << error.toStdString();
         EXPECT_EQ(v[0], c.hours) << c.day.ToIso().toStdString();
@@ -287,17 +277,16 @@ TEST_P(SqlLoggerStore, RollupsGiveTheRawValuesForRandomPeriods)
         t += u(rng) < 0.1 ? H - ZWDateTime::FloorMod(t, H) : gap(rng);
     }
     ASSERT_GT(resets, 1);
-    Write(QStringLiteral("Random.Gauge"), Kind::Gauge, gauge);
-    Write(QStringLiteral("Random.Counter"), Kind::Counter, counter);
+    Write(u"Random.Gauge"_s, Kind::Gauge, gauge);
+    Write(u"Random.Counter"_s, Kind::Counter, counter);
     const Reference refGauge(gauge), refCounter(counter);
 
     const QStringList reductions
-        = {QStringLiteral("avg"), QStringLiteral("min"), QStringLiteral("max"), QStringLiteral("sum"),
-            QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("count"), QStringLiteral("delta")};
+        = {u"avg"_s, u"min"_s, u"max"_s, u"sum"_s, u"first"_s, u"last"_s, u"count"_s, u"delta"_s};
     QStringList names;
     std::vector<const Reference*> refs;
-    for (const auto& [variable, ref] : {std::pair{QStringLiteral("Random.Gauge"), &refGauge},
-             std::pair{QStringLiteral("Random.Counter"), &refCounter}}) {
+    for (const auto& [variable, ref] :
+        {std::pair{u"Random.Gauge"_s, &refGauge}, std::pair{u"Random.Counter"_s, &refCounter}}) {
         for (const QString& r : reductions) {
             names << variable + QLatin1Char(':') + r;
             refs.push_back(ref);
@@ -339,48 +328,46 @@ TEST_P(SqlLoggerStore, RollupsGiveTheRawValuesForRandomPeriods)
 
 TEST_P(SqlLoggerStore, RewritingSamplesKeepsRollupsAndResetsRight)
 {
-    const QString name = QStringLiteral("Main meter.Active energy");
+    const QString name = u"Main meter.Active energy"_s;
     Samples first;
     for (qint64 i = 0; i < 300; ++i)
         first.push_back({T0 + i * 600, 100.0 + double(i)});
     Write(name, Kind::Counter, first);
-    EXPECT_EQ(CountRows(QStringLiteral("counter_resets")), 0);
+    EXPECT_EQ(CountRows(u"counter_resets"_s), 0);
     // A dip in the middle makes a reset; the sample after it is a plain rise again.
     Write(name, Kind::Counter, {{T0 + 100 * 600, 3.0}});
-    EXPECT_EQ(CountRows(QStringLiteral("counter_resets")), 1);
+    EXPECT_EQ(CountRows(u"counter_resets"_s), 1);
     EXPECT_EQ(Value(name, T0, T0 + 299 * 600), (199.0 - 100.0) + 3.0 + (399.0 - 3.0));
-    EXPECT_EQ(Value(name + QStringLiteral(":min"), T0, T0 + 2 * D), 3.0);
+    EXPECT_EQ(Value(name + u":min"_s, T0, T0 + 2 * D), 3.0);
     // Put right again: no reset, and the rollups forget the dip.
     Write(name, Kind::Counter, {{T0 + 100 * 600, 200.0}});
-    EXPECT_EQ(CountRows(QStringLiteral("counter_resets")), 0);
+    EXPECT_EQ(CountRows(u"counter_resets"_s), 0);
     EXPECT_EQ(Value(name, T0, T0 + 299 * 600), 299.0);
-    EXPECT_EQ(Value(name + QStringLiteral(":min"), T0, T0 + 2 * D), 100.0);
-    EXPECT_EQ(Value(name + QStringLiteral(":count"), T0, T0 + 2 * D), 288.0);
-    EXPECT_EQ(Value(name + QStringLiteral(":sum"), T0, T0 + 2 * D),
-        Value(name + QStringLiteral(":sum"), T0, T0 + 2 * D, Method::Raw));
+    EXPECT_EQ(Value(name + u":min"_s, T0, T0 + 2 * D), 100.0);
+    EXPECT_EQ(Value(name + u":count"_s, T0, T0 + 2 * D), 288.0);
+    EXPECT_EQ(Value(name + u":sum"_s, T0, T0 + 2 * D), Value(name + u":sum"_s, T0, T0 + 2 * D, Method::Raw));
 }
 
 TEST_P(SqlLoggerStore, OneQueryPerGathering)
 {
-    Write(QStringLiteral("A.g"), Kind::Gauge, {{T0, 1.0}, {T0 + 2 * H, 2.0}});
-    Write(QStringLiteral("A.c"), Kind::Counter, {{T0, 1.0}, {T0 + 2 * H, 2.0}});
+    Write(u"A.g"_s, Kind::Gauge, {{T0, 1.0}, {T0 + 2 * H, 2.0}});
+    Write(u"A.c"_s, Kind::Counter, {{T0, 1.0}, {T0 + 2 * H, 2.0}});
     const int before = m_store->PeriodQueryCount();
-    const std::vector<double> v = Values({QStringLiteral("A.g"), QStringLiteral("A.c"), QStringLiteral("A.g:delta"),
-                                             QStringLiteral("A.c:first"), QStringLiteral("A.g:max")},
-        T0 - 1234, T0 + D + 77);
+    const std::vector<double> v
+        = Values({u"A.g"_s, u"A.c"_s, u"A.g:delta"_s, u"A.c:first"_s, u"A.g:max"_s}, T0 - 1234, T0 + D + 77);
     EXPECT_EQ(m_store->PeriodQueryCount() - before, 1);
     EXPECT_EQ(v, (std::vector<double>{1.5, 1.0, 1.0, 1.0, 2.0}));
 }
 
 TEST_P(SqlLoggerStore, LoggerDataReadsThroughTheStore)
 {
-    Write(QStringLiteral("Office.Temperature"), Kind::Gauge, {{T0, 20.0}, {T0 + H, 22.0}, {T0 + 2 * H, 30.0}});
+    Write(u"Office.Temperature"_s, Kind::Gauge, {{T0, 20.0}, {T0 + H, 22.0}, {T0 + 2 * H, 30.0}});
     auto shared = std::shared_ptr<ZWSqlLoggerStore>(std::move(m_store));
     ZWDriverSupport::SetStore(shared);
     ZWLoggerInfo info;
-    info.AddVariable(QStringLiteral("Office.Temperature"));
-    info.AddVariable(QStringLiteral("Office.Temperature:max"));
-    info.AddVariable(QStringLiteral("Office.Humidity"));
+    info.AddVariable(u"Office.Temperature"_s);
+    info.AddVariable(u"Office.Temperature:max"_s);
+    info.AddVariable(u"Office.Humidity"_s);
     ZWLoggerData data;
     ASSERT_TRUE(data.Setup(info));
     const ZWDateTime start = ZWLocalTime::FromUtc(T0), end = ZWLocalTime::FromUtc(T0 + 2 * H);
@@ -389,14 +376,14 @@ TEST_P(SqlLoggerStore, LoggerDataReadsThroughTheStore)
     ASSERT_NE(record, nullptr);
     EXPECT_EQ(record->values, (std::vector<double>{21.0, 22.0, ZW_NO_VALUE}));
     double live = 0.0;
-    EXPECT_TRUE(shared->LiveValue(QStringLiteral("Office.Temperature"), live));
+    EXPECT_TRUE(shared->LiveValue(u"Office.Temperature"_s, live));
     EXPECT_EQ(live, 30.0);
     ZWDriverSupport::SetStore(nullptr);
 }
 
 TEST_P(SqlLoggerStore, WorkerThreadUsesItsOwnConnectionAndDropsIt)
 {
-    Write(QStringLiteral("Office.Temperature"), Kind::Gauge, {{T0, 20.0}, {T0 + H, 22.0}});
+    Write(u"Office.Temperature"_s, Kind::Gauge, {{T0, 20.0}, {T0 + H, 22.0}});
     const int namesBefore = int(QSqlDatabase::connectionNames().size());
     std::vector<double> inThread;
     bool ok = false;
@@ -405,7 +392,7 @@ TEST_P(SqlLoggerStore, WorkerThreadUsesItsOwnConnectionAndDropsIt)
     for (int round = 0; round < 3; ++round) {
         // As the viewer does: a new thread for every gathering.
         std::unique_ptr<QThread> thread(QThread::create([&] {
-            ok = m_store->PeriodValuesUtc({QStringLiteral("Office.Temperature")}, T0, T0 + 2 * H, inThread, &error);
+            ok = m_store->PeriodValuesUtc({u"Office.Temperature"_s}, T0, T0 + 2 * H, inThread, &error);
             connectionsInThread = ZWSqlLoggerConnection::ThreadConnectionCount();
         }));
         thread->start();
@@ -415,46 +402,49 @@ TEST_P(SqlLoggerStore, WorkerThreadUsesItsOwnConnectionAndDropsIt)
         EXPECT_EQ(connectionsInThread, 1);
         EXPECT_EQ(int(QSqlDatabase::connectionNames().size()), namesBefore);
     }
-    EXPECT_EQ(Value(QStringLiteral("Office.Temperature"), T0, T0 + 2 * H), 21.0);
+    EXPECT_EQ(Value(u"Office.Temperature"_s, T0, T0 + 2 * H), 21.0);
+}
+
+// A store in a new database of the test process's PostgreSQL server, with
+// `options` added to its URL, holding the gauge "A.g".
+std::unique_ptr<ZWSqlLoggerStore> PostgresStore(const Samples& samples, const QString& options = QString())
+{
+    ZWTestPostgres* server = ZWTestPostgres::Instance();
+    EXPECT_NE(server, nullptr) << ZWTestPostgres::Error().toStdString();
+    ZWLoggerUrl url;
+    QString error;
+    if (!server || !url.Parse(server->NewDatabaseUrl() + options, &error))
+        return nullptr;
+    auto store = std::make_unique<ZWSqlLoggerStore>(url, ZWSqlLoggerStore::Creation::CreateMissing);
+    EXPECT_TRUE(store->Open(&error)) << error.toStdString();
+    WriteSamples(*store, u"A.g"_s, Kind::Gauge, samples);
+    return store;
 }
 
 TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
 {
     if (ZWTestPostgres::OptedOut())
         GTEST_SKIP() << "ZW_TEST_SKIP_POSTGRES=1";
+    const auto store = PostgresStore({{T0, 4.0}, {T0 + 60, 6.0}});
+    ASSERT_TRUE(store);
     ZWTestPostgres* server = ZWTestPostgres::Instance();
-    ASSERT_NE(server, nullptr) << ZWTestPostgres::Error().toStdString();
-    ZWLoggerUrl url;
     QString error;
-    ASSERT_TRUE(url.Parse(server->NewDatabaseUrl(), &error));
-    ZWSqlLoggerStore store(url, ZWSqlLoggerStore::Creation::CreateMissing);
-    ASSERT_TRUE(store.Open(&error)) << error.toStdString();
-    {
-        ZWLoggerWriter writer(store);
-        qint64 id;
-        bool created;
-        ASSERT_TRUE(writer.Begin(&error)
-            && writer.EnsureVariable(QStringLiteral("A.g"), Kind::Gauge, {}, false, id, created, &error)
-            && writer.Add(id, T0, 4.0, &error) && writer.Add(id, T0 + 60, 6.0, &error) && writer.Commit(&error))
-            << error.toStdString();
-    }
+    std::vector<double> v;
     for (int round = 0; round < 6; ++round) {
         if (round == 3) {
             ASSERT_TRUE(server->Restart(&error)) << error.toStdString();
         }
-        std::vector<double> v;
-        ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error))
+        ASSERT_TRUE(store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error))
             << "round " << round << ": " << error.toStdString();
         EXPECT_EQ(v, std::vector<double>{5.0}) << "round " << round;
     }
     // A server that is gone: a clear message, no hang, no crash; back again: values again.
     ASSERT_TRUE(server->Stop(&error)) << error.toStdString();
-    std::vector<double> v;
-    EXPECT_FALSE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("Cannot reach the logger database"))) << error.toStdString();
-    EXPECT_TRUE(error.contains(QStringLiteral("127.0.0.1"))) << error.toStdString();
+    EXPECT_FALSE(store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error));
+    EXPECT_TRUE(error.contains(u"Cannot reach the logger database"_s)) << error.toStdString();
+    EXPECT_TRUE(error.contains(u"127.0.0.1"_s)) << error.toStdString();
     ASSERT_TRUE(server->Start(&error)) << error.toStdString();
-    ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error)) << error.toStdString();
+    ASSERT_TRUE(store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error)) << error.toStdString();
     EXPECT_EQ(v, std::vector<double>{5.0});
 }
 
@@ -477,41 +467,20 @@ TEST(SqlLoggerStorePostgres, AServerThatStopsAnsweringIsGivenUpOnAndAReadingCanB
 {
     if (ZWTestPostgres::OptedOut())
         GTEST_SKIP() << "ZW_TEST_SKIP_POSTGRES=1";
-    ZWTestPostgres* server = ZWTestPostgres::Instance();
-    ASSERT_NE(server, nullptr) << ZWTestPostgres::Error().toStdString();
-    ZWLoggerUrl url;
-    QString error;
-    ASSERT_TRUE(url.Parse(server->NewDatabaseUrl() + QStringLiteral("&statement_timeout=1"), &error))
-        << error.toStdString();
-    EXPECT_EQ(url.statementTimeout(), 1);
-    ZWSqlLoggerStore store(url, ZWSqlLoggerStore::Creation::CreateMissing);
-    ASSERT_TRUE(store.Open(&error)) << error.toStdString();
-    {
-        ZWLoggerWriter writer(store);
-        qint64 id;
-        bool created;
-        ASSERT_TRUE(writer.Begin(&error)
-            && writer.EnsureVariable(QStringLiteral("A.g"), Kind::Gauge, {}, false, id, created, &error)
-            && writer.Add(id, T0, 4.0, &error) && writer.Commit(&error))
-            << error.toStdString();
-    }
-    struct Case
-    {
-        const char* label;
-        bool cancel;
-        const char* message;
-    } cases[] = {
-        {"silence", false, "the server did not answer within 1 s"},
-        {"cancel", true, "the reading was cancelled"},
-    };
-    for (const Case& c : cases) {
+    const auto store = PostgresStore({{T0, 4.0}}, u"&statement_timeout=1"_s);
+    ASSERT_TRUE(store);
+    const std::pair<bool, const char*> cases[]
+        = {{false, "the server did not answer within 1 s"}, {true, "the reading was cancelled"}};
+    for (const auto& [cancel, message] : cases) {
+        SCOPED_TRACE(message);
         std::vector<double> v;
-        ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error)) << error.toStdString();
-        QSqlQuery pid(store.Connection().Database());
-        ASSERT_TRUE(pid.exec(QStringLiteral("SELECT pg_backend_pid()")) && pid.next());
+        QString error;
+        ASSERT_TRUE(store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error)) << error.toStdString();
+        QSqlQuery pid(store->Connection().Database());
+        ASSERT_TRUE(pid.exec(u"SELECT pg_backend_pid()"_s) && pid.next());
         const pid_t backend = pid_t(pid.value(0).toLongLong());
-        ASSERT_GE(store.Connection().Socket(), 0) << c.label;
-        ASSERT_EQ(::kill(backend, SIGSTOP), 0) << c.label;
+        ASSERT_GE(store->Connection().Socket(), 0);
+        ASSERT_EQ(::kill(backend, SIGSTOP), 0);
         // Should the reading wait for ever, the server goes on after 60 s
         // and the test fails instead of hanging.
         std::promise<void> finished;
@@ -520,15 +489,14 @@ TEST(SqlLoggerStorePostgres, AServerThatStopsAnsweringIsGivenUpOnAndAReadingCanB
             ::kill(backend, SIGCONT);
         });
         CancelledProgress cancelled;
-        const bool read = store.PeriodValuesUtc(
-            {QStringLiteral("A.g")}, T0, T0 + H, v, &error, Method::Rollups, c.cancel ? &cancelled : nullptr);
+        const bool read
+            = store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error, Method::Rollups, cancel ? &cancelled : nullptr);
         finished.set_value();
         resume.join();
-        EXPECT_FALSE(read) << c.label;
-        EXPECT_TRUE(error.contains(QString::fromLatin1(c.message))) << c.label << ": " << error.toStdString();
+        EXPECT_FALSE(read);
+        EXPECT_TRUE(error.contains(QString::fromLatin1(message))) << error.toStdString();
         // The next reading opens a new connection and works.
-        ASSERT_TRUE(store.PeriodValuesUtc({QStringLiteral("A.g")}, T0, T0 + H, v, &error))
-            << c.label << ": " << error.toStdString();
+        ASSERT_TRUE(store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error)) << error.toStdString();
         EXPECT_EQ(v, std::vector<double>{4.0});
     }
 }

@@ -12,6 +12,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Creation = ZWSqlLoggerStore::Creation;
@@ -27,54 +29,49 @@ std::unique_ptr<ZWSqlLoggerStore> Store(const QString& url, Creation creation = 
 TEST(SqliteStore, AWriterCreatesAMissingFileAndFolder)
 {
     QTemporaryDir dir;
-    const QString path = dir.path() + QStringLiteral("/not/yet/logger.sqlite");
-    auto store = Store(QStringLiteral("sqlite:") + path);
+    const QString path = dir.path() + u"/not/yet/logger.sqlite"_s;
+    auto store = Store(u"sqlite:"_s + path);
     QString error;
     ASSERT_TRUE(store->Open(&error)) << error.toStdString();
     EXPECT_TRUE(QFile::exists(path));
     EXPECT_TRUE(store->Variables().isEmpty());
     // Once made, readers open it.
-    EXPECT_TRUE(Store(QStringLiteral("sqlite:") + path, Creation::OpenExisting)->Open(&error)) << error.toStdString();
+    EXPECT_TRUE(Store(u"sqlite:"_s + path, Creation::OpenExisting)->Open(&error)) << error.toStdString();
 }
 
 TEST(SqliteStore, AReaderRefusesWhatIsNoLoggerDatabaseAndCreatesNothing)
 {
     QTemporaryDir dir;
-    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("folder.sqlite")));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(u"folder.sqlite"_s));
     {
         // An SQLite database of something else.
-        auto other = Store(QStringLiteral("sqlite:") + dir.filePath(QStringLiteral("other.sqlite")));
+        auto other = Store(u"sqlite:"_s + dir.filePath(u"other.sqlite"_s));
         QString error;
         ASSERT_TRUE(other->Connection().Open(&error));
-        ASSERT_TRUE(other->Connection().Exec(QStringLiteral("CREATE TABLE t(x)"), &error)) << error.toStdString();
+        ASSERT_TRUE(other->Connection().Exec(u"CREATE TABLE t(x)"_s, &error)) << error.toStdString();
     }
     struct Case
     {
         const char* path;
         const char* message;
-    } cases[] = {
-        {"missing.sqlite", "the file does not exist"},
-        {"no/such/folder/x.sqlite", "the file does not exist"},
-        {"folder.sqlite", "it is not a file"},
-        {"other.sqlite", "holds no logged data tables"},
-    };
+    } cases[] = {{"missing.sqlite", "the file does not exist"}, {"no/such/folder/x.sqlite", "the file does not exist"},
+        {"folder.sqlite", "it is not a file"}, {"other.sqlite", "holds no logged data tables"}};
     for (const Case& c : cases) {
         const QString path = dir.filePath(QString::fromLatin1(c.path));
         const bool existed = QFileInfo::exists(path);
         QString error;
-        EXPECT_FALSE(Store(QStringLiteral("sqlite:") + path, Creation::OpenExisting)->Open(&error)) << c.path;
+        EXPECT_FALSE(Store(u"sqlite:"_s + path, Creation::OpenExisting)->Open(&error)) << c.path;
         EXPECT_TRUE(error.contains(QString::fromLatin1(c.message))) << c.path << ": " << error.toStdString();
         EXPECT_TRUE(error.contains(path)) << error.toStdString();
         EXPECT_EQ(QFileInfo::exists(path), existed) << c.path;
     }
-    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("no"))));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(u"no"_s)));
     // The other database was left as it was: no logger tables added.
-    auto other
-        = Store(QStringLiteral("sqlite:") + dir.filePath(QStringLiteral("other.sqlite")), Creation::OpenExisting);
+    auto other = Store(u"sqlite:"_s + dir.filePath(u"other.sqlite"_s), Creation::OpenExisting);
     QString error;
     ASSERT_TRUE(other->Connection().Open(&error));
     QSqlQuery tables(other->Connection().Database());
-    ASSERT_TRUE(tables.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table'")));
+    ASSERT_TRUE(tables.exec(u"SELECT COUNT(*) FROM sqlite_master WHERE type = 'table'"_s));
     ASSERT_TRUE(tables.next());
     EXPECT_EQ(tables.value(0).toInt(), 1);
 }
@@ -82,27 +79,26 @@ TEST(SqliteStore, AReaderRefusesWhatIsNoLoggerDatabaseAndCreatesNothing)
 TEST(SqliteStore, NotADatabaseOrANewerSchemaIsAClearError)
 {
     QTemporaryDir dir;
-    const QString junk = dir.path() + QStringLiteral("/junk.sqlite");
+    const QString junk = dir.path() + u"/junk.sqlite"_s;
     ASSERT_TRUE(zwtest::WriteFile(junk, QByteArray(4096, 'x')));
     QString error;
-    EXPECT_FALSE(Store(QStringLiteral("sqlite:") + junk, Creation::OpenExisting)->Open(&error));
-    EXPECT_TRUE(error.contains(QStringLiteral("Cannot open the logger database sqlite:") + junk))
-        << error.toStdString();
+    EXPECT_FALSE(Store(u"sqlite:"_s + junk, Creation::OpenExisting)->Open(&error));
+    EXPECT_TRUE(error.contains(u"Cannot open the logger database sqlite:"_s + junk)) << error.toStdString();
 
-    const QString newer = dir.path() + QStringLiteral("/newer.sqlite");
+    const QString newer = dir.path() + u"/newer.sqlite"_s;
     {
-        auto store = Store(QStringLiteral("sqlite:") + newer);
+        auto store = Store(u"sqlite:"_s + newer);
         ASSERT_TRUE(store->Open(&error)) << error.toStdString();
-        ASSERT_TRUE(store->Connection().Exec(QStringLiteral("UPDATE zw_schema SET version = 99"), &error));
+        ASSERT_TRUE(store->Connection().Exec(u"UPDATE zw_schema SET version = 99"_s, &error));
     }
-    EXPECT_FALSE(Store(QStringLiteral("sqlite:") + newer, Creation::OpenExisting)->Open(&error));
-    EXPECT_TRUE(error.contains(QStringLiteral("schema is version 99"))) << error.toStdString();
+    EXPECT_FALSE(Store(u"sqlite:"_s + newer, Creation::OpenExisting)->Open(&error));
+    EXPECT_TRUE(error.contains(u"schema is version 99"_s)) << error.toStdString();
 }
 
 TEST(SqliteStore, DemoDataIsPlausibleAndRollupsMatchRawSamples)
 {
     QTemporaryDir dir;
-    auto store = Store(QStringLiteral("sqlite:") + dir.path() + QStringLiteral("/demo.sqlite"));
+    auto store = Store(u"sqlite:"_s + dir.path() + u"/demo.sqlite"_s);
     QString error;
     ASSERT_TRUE(store->Open(&error));
     ZWDemoData demo;
@@ -118,12 +114,10 @@ TEST(SqliteStore, DemoDataIsPlausibleAndRollupsMatchRawSamples)
     for (const auto& v : store->Variables())
         names << v.name;
     EXPECT_EQ(names,
-        (QStringList{QStringLiteral("Boiler room.Temperature"), QStringLiteral("Circuit 001.Active power"),
-            QStringLiteral("Circuit 002.Active energy"), QStringLiteral("Gas meter.Volume"),
-            QStringLiteral("Main meter.Active energy"), QStringLiteral("Main meter.Active power"),
-            QStringLiteral("Office.Temperature"), QStringLiteral("PV inverter.Energy"),
-            QStringLiteral("Water meter.Volume")}));
-    EXPECT_EQ(store->FindVariable(QStringLiteral("Main meter.Active energy"))->unit, QStringLiteral("kWh"));
+        (QStringList{u"Boiler room.Temperature"_s, u"Circuit 001.Active power"_s, u"Circuit 002.Active energy"_s,
+            u"Gas meter.Volume"_s, u"Main meter.Active energy"_s, u"Main meter.Active power"_s, u"Office.Temperature"_s,
+            u"PV inverter.Energy"_s, u"Water meter.Volume"_s}));
+    EXPECT_EQ(store->FindVariable(u"Main meter.Active energy"_s)->unit, u"kWh"_s);
     // The main meter, the water meter and every fourth synthetic counter
     // were each replaced once.
     QSqlQuery q(store->Connection().Database());
@@ -132,9 +126,8 @@ TEST(SqliteStore, DemoDataIsPlausibleAndRollupsMatchRawSamples)
     QStringList reset;
     while (q.next())
         reset << q.value(0).toString();
-    EXPECT_EQ(reset,
-        (QStringList{QStringLiteral("Circuit 002.Active energy"), QStringLiteral("Main meter.Active energy"),
-            QStringLiteral("Water meter.Volume")}));
+    EXPECT_EQ(
+        reset, (QStringList{u"Circuit 002.Active energy"_s, u"Main meter.Active energy"_s, u"Water meter.Volume"_s}));
 
     // November 2025 in Madrid, by rollups and by raw samples.
     const qint64 s = 1761951600, e = 1764543600;

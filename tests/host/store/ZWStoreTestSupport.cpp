@@ -8,6 +8,8 @@
 #include <QSqlQuery>
 #include <ctime>
 
+using namespace Qt::StringLiterals;
+
 namespace zwtest {
 
 namespace {
@@ -44,7 +46,7 @@ void StoreTest::SetUp()
         m_url = server->NewDatabaseUrl();
     } else {
         ASSERT_TRUE(m_dir.isValid());
-        m_url = QStringLiteral("sqlite:") + m_dir.path() + QStringLiteral("/logger.sqlite");
+        m_url = u"sqlite:"_s + m_dir.path() + u"/logger.sqlite"_s;
     }
     QString error;
     ASSERT_TRUE(m_parsed.Parse(m_url, &error)) << error.toStdString();
@@ -59,7 +61,12 @@ void StoreTest::TearDown()
 
 void StoreTest::Write(const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples)
 {
-    ZWLoggerWriter writer(*m_store);
+    WriteSamples(*m_store, name, kind, samples);
+}
+
+void WriteSamples(ZWSqlLoggerStore& store, const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples)
+{
+    ZWLoggerWriter writer(store);
     QString error;
     qint64 id = 0;
     bool created = false;
@@ -88,7 +95,7 @@ double StoreTest::Value(const QString& name, qint64 start, qint64 end, ZWSqlLogg
 qint64 StoreTest::CountRows(const QString& table)
 {
     QSqlQuery q(m_store->Connection().Database());
-    EXPECT_TRUE(q.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table)) << q.lastError().text().toStdString();
+    EXPECT_TRUE(q.exec(u"SELECT COUNT(*) FROM "_s + table)) << q.lastError().text().toStdString();
     return q.next() ? q.value(0).toLongLong() : -1;
 }
 

@@ -16,6 +16,9 @@ std::string BackendName(const testing::TestParamInfo<Backend>& info);
 
 using Samples = std::vector<std::pair<qint64, double>>;
 
+// Writes samples of one variable (made with `kind` when missing).
+void WriteSamples(ZWSqlLoggerStore& store, const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples);
+
 // A fresh, empty logger database on each back end for every test.
 class StoreTest : public testing::TestWithParam<Backend>
 {

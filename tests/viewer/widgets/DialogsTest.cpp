@@ -1,6 +1,8 @@
 #include "host/core/ZWMarentaSetup.h"
+#include "host/core/ZWTextId.h"
 #include "host/widgets/CGoToDateDlg.h"
 #include "tests/support/ZWTestSupport.h"
+#include "tests/viewer/widgets/ViewerTestSupport.h"
 #include "viewer/widgets/CDlgInformesList.h"
 #include "viewer/widgets/CDlgUserInterval.h"
 
@@ -15,6 +17,8 @@
 #include <QTimeEdit>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -35,17 +39,15 @@ void ClickOk(QDialog& dialog)
     QTest::mouseClick(box->button(QDialogButtonBox::Ok), Qt::LeftButton);
 }
 
-class ReportFolder : public testing::Test
+class ReportFolder : public zwtest::WindowTest
 {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid());
+        WindowTest::SetUp();
         for (const char* name : {"Boiler.XRPT", "Annual2024.XRPT", "Report1.XRPT", "Report1.XRPT.bak", "lower.xrpt"})
             ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QString::fromLatin1(name)), "<design/>"));
-        ZWMarentaSetup::instance().SetReportDirectory(m_dir.path());
     }
-    void TearDown() override { ZWMarentaSetup::instance().SetReportDirectory(QString()); }
 
     static QStringList Items(const CDlgInformesList& dialog)
     {
@@ -54,8 +56,6 @@ protected:
             out << dialog.List()->topLevelItem(i)->text(0);
         return out;
     }
-
-    QTemporaryDir m_dir;
 };
 
 TEST(CDlgInformesList, IsValidName)
@@ -80,22 +80,20 @@ TEST_F(ReportFolder, ListsOnlyReportsAndPreselects)
 {
     Recording<CDlgInformesList> dialog;
     dialog.SetType(CDlgInformesList::NewName);
-    dialog.SetName(QStringLiteral("Boiler"));
+    dialog.SetName(u"Boiler"_s);
     dialog.show();
     // Backups are not reports; the extension counts in any letter case.
-    EXPECT_EQ(Items(dialog),
-        (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1"),
-            QStringLiteral("lower")}));
+    EXPECT_EQ(Items(dialog), (QStringList{u"Annual2024"_s, u"Boiler"_s, u"Report1"_s, u"lower"_s}));
     ASSERT_EQ(dialog.List()->selectedItems().size(), 1);
-    EXPECT_EQ(dialog.List()->selectedItems().first()->text(0), QStringLiteral("Boiler"));
+    EXPECT_EQ(dialog.List()->selectedItems().first()->text(0), u"Boiler"_s);
     // A new report starts from the selected name.
-    EXPECT_EQ(dialog.NameEdit()->text(), QStringLiteral("Boiler"));
+    EXPECT_EQ(dialog.NameEdit()->text(), u"Boiler"_s);
 
     Recording<CDlgInformesList> other;
     other.SetType(CDlgInformesList::One);
-    other.SetName(QStringLiteral("Gone"));
+    other.SetName(u"Gone"_s);
     other.show();
-    EXPECT_EQ(other.List()->selectedItems().first()->text(0), QStringLiteral("Annual2024"));
+    EXPECT_EQ(other.List()->selectedItems().first()->text(0), u"Annual2024"_s);
 }
 
 TEST_F(ReportFolder, NewNameChecks)
@@ -106,10 +104,10 @@ TEST_F(ReportFolder, NewNameChecks)
         std::vector<int> messages;
         bool accepted;
     } cases[] = {
-        {"Report1", {32473}, false},
+        {"Report1", {ZWTextId::ReportNameTaken}, false},
         {"report1", {}, true}, // the list compares case-sensitively
-        {"New report", {32474}, false},
-        {"", {32474}, false},
+        {"New report", {ZWTextId::ReportNameInvalid}, false},
+        {"", {ZWTextId::ReportNameInvalid}, false},
         {"Monthly2", {}, true},
     };
     for (const Case& c : cases) {
@@ -124,9 +122,9 @@ TEST_F(ReportFolder, NewNameChecks)
         EXPECT_EQ(dialog.result() == QDialog::Accepted, c.accepted) << c.typed;
         if (c.accepted) {
             ASSERT_EQ(dialog.GetNumberOfNames(), 1);
-            QString name = QStringLiteral("unchanged");
+            QString name = u"unchanged"_s;
             dialog.GetName(name, 1);
-            EXPECT_EQ(name, QStringLiteral("unchanged"));
+            EXPECT_EQ(name, u"unchanged"_s);
             dialog.GetName(name, 0);
             EXPECT_EQ(name, QString::fromUtf8(c.typed));
         }
@@ -146,8 +144,7 @@ TEST_F(ReportFolder, SeveralInListOrderAndDoubleClick)
         QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier, r.center());
     }
     ClickOk(dialog);
-    EXPECT_EQ(dialog.Names(),
-        (QStringList{QStringLiteral("Annual2024"), QStringLiteral("Boiler"), QStringLiteral("Report1")}));
+    EXPECT_EQ(dialog.Names(), (QStringList{u"Annual2024"_s, u"Boiler"_s, u"Report1"_s}));
 
     Recording<CDlgInformesList> one;
     one.SetType(CDlgInformesList::One);
@@ -156,7 +153,7 @@ TEST_F(ReportFolder, SeveralInListOrderAndDoubleClick)
     QTest::mouseClick(one.List()->viewport(), Qt::LeftButton, {}, r.center());
     QTest::mouseDClick(one.List()->viewport(), Qt::LeftButton, {}, r.center());
     EXPECT_EQ(one.result(), QDialog::Accepted);
-    EXPECT_EQ(one.Names(), QStringList{QStringLiteral("Report1")});
+    EXPECT_EQ(one.Names(), QStringList{u"Report1"_s});
 
     // A double click does not close the dialog that names a new report.
     Recording<CDlgInformesList> fresh;
@@ -167,16 +164,7 @@ TEST_F(ReportFolder, SeveralInListOrderAndDoubleClick)
     EXPECT_TRUE(fresh.isVisible());
 }
 
-class IntervalDialog : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
-    }
-    void TearDown() override { ZWMarentaSetup::instance().SetSettingsFile(QString()); }
-    QTemporaryDir m_dir;
-};
+using IntervalDialog = zwtest::WindowTest;
 
 TEST_F(IntervalDialog, RefusalsAndAcceptance)
 {
@@ -187,9 +175,12 @@ TEST_F(IntervalDialog, RefusalsAndAcceptance)
         std::vector<int> messages;
         bool accepted;
     } cases[] = {
-        {ZWDateTime::FromDMY(2026, 11, 20, 8), ZWDateTime::FromDMY(2026, 11, 20, 8, 59, 59), {32632}, false},
-        {ZWDateTime::FromDMY(2026, 11, 20, 9), ZWDateTime::FromDMY(2026, 11, 20, 8), {32631}, false},
-        {ZWDateTime::FromDMY(2026, 11, 21, 8), ZWDateTime::FromDMY(2026, 11, 22, 8), {32633}, false},
+        {ZWDateTime::FromDMY(2026, 11, 20, 8), ZWDateTime::FromDMY(2026, 11, 20, 8, 59, 59),
+            {ZWTextId::UserIntervalTooShort}, false},
+        {ZWDateTime::FromDMY(2026, 11, 20, 9), ZWDateTime::FromDMY(2026, 11, 20, 8),
+            {ZWTextId::UserIntervalStartAfterEnd}, false},
+        {ZWDateTime::FromDMY(2026, 11, 21, 8), ZWDateTime::FromDMY(2026, 11, 22, 8), {ZWTextId::UserIntervalInFuture},
+            false},
         {ZWDateTime::FromDMY(2026, 11, 20, 8), ZWDateTime::FromDMY(2026, 11, 20, 9), {}, true},
     };
     for (const Case& c : cases) {
@@ -217,7 +208,7 @@ TEST_F(IntervalDialog, AFutureEndIsKeptButRefused)
     EXPECT_TRUE(dialog.isVisible());
     EXPECT_EQ(dialog.To(), ZWDateTime::FromDMY(2026, 11, 21, 13));
     // Nothing reached the settings.
-    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->contains(QStringLiteral("ZWIToHour")));
+    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->contains(u"ZWIToHour"_s));
 }
 
 TEST(CGoToDateDlg, OkGivesTheChosenDateCancelAnInvalidOne)
@@ -226,7 +217,7 @@ TEST(CGoToDateDlg, OkGivesTheChosenDateCancelAnInvalidOne)
     dialog.SetDate(ZWDateTime::FromDMY(2025, 7, 9, 13, 14, 15));
     dialog.show();
     EXPECT_EQ(dialog.Calendar()->selectedDate(), QDate(2025, 7, 9));
-    QTest::keyClick(dialog.Calendar()->findChild<QWidget*>(QStringLiteral("qt_calendar_calendarview")), Qt::Key_Right);
+    QTest::keyClick(dialog.Calendar()->findChild<QWidget*>(u"qt_calendar_calendarview"_s), Qt::Key_Right);
     ClickOk(dialog);
     EXPECT_EQ(dialog.GetDate(), ZWDateTime::FromDMY(2025, 7, 10, 13, 14, 15));
 

@@ -7,6 +7,7 @@
 #include "host/widgets/CGoToDateDlg.h"
 #include "template/ZWCardLabel.h"
 #include "tests/support/ZWTestSupport.h"
+#include "tests/viewer/widgets/ViewerTestSupport.h"
 #include "viewer/widgets/CDlgUserInterval.h"
 #include "viewer/widgets/CDlgViewer.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
@@ -29,25 +30,11 @@
 #include <functional>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-// The viewer with its modal dialogs filled by the test instead of a user,
-// and its messages recorded.
-class TestViewer : public CDlgViewer
-{
-public:
-    std::function<int(QDialog&)> onDialog;
-    std::vector<QString> messages;
-    int dialogs = 0;
-
-protected:
-    int ExecDialog(QDialog& dialog) override
-    {
-        ++dialogs;
-        return onDialog ? onDialog(dialog) : int(QDialog::Rejected);
-    }
-    void ShowMessage(const QString& text) override { messages.push_back(text); }
-};
+using zwtest::TestViewer;
 
 // Holds the first selection of logged data until the test lets it go, and
 // notes the thread it ran on.
@@ -87,23 +74,21 @@ const char* kReport = R"(<design><id>{1}</id><name>Daily energy</name>
   <value>[Main meter.Active energy] * 2</value><format>.0</format></formule>
 </page></design>)";
 
-class ViewerDialog : public testing::Test
+class ViewerDialog : public zwtest::WindowTest
 {
 protected:
     void SetUp() override
     {
         qputenv("TZ", "UTC");
         tzset();
-        ASSERT_TRUE(m_dir.isValid());
-        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
-        ZWMarentaSetup::instance().SetReportDirectory(m_dir.path());
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("Energy.XRPT")), kReport));
+        WindowTest::SetUp();
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"Energy.XRPT"_s), kReport));
 
         // An hourly meter from 1 January to 1 April 2026 that counts, each
         // hour, the day of the month in kWh: day D uses 24 × D kWh.
         ZWLoggerUrl url;
         QString error;
-        ASSERT_TRUE(url.Parse(QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("logger.sqlite")), &error));
+        ASSERT_TRUE(url.Parse(u"sqlite:"_s + m_dir.filePath(u"logger.sqlite"_s), &error));
         auto store = std::make_shared<ZWSqlLoggerStore>(url, ZWSqlLoggerStore::Creation::CreateMissing);
         ASSERT_TRUE(store->Open(&error)) << error.toStdString();
         {
@@ -111,8 +96,8 @@ protected:
             qint64 id = 0;
             bool created = false;
             ASSERT_TRUE(writer.Begin(&error));
-            ASSERT_TRUE(writer.EnsureVariable(QStringLiteral("Main meter.Active energy"),
-                ZWSqlLoggerStore::Kind::Counter, QStringLiteral("kWh"), false, id, created, &error));
+            ASSERT_TRUE(writer.EnsureVariable(
+                u"Main meter.Active energy"_s, ZWSqlLoggerStore::Kind::Counter, u"kWh"_s, false, id, created, &error));
             double reading = 1000.0;
             for (qint64 t = At(2026, 1, 1).Seconds(); t <= At(2026, 4, 1).Seconds(); t += 3600) {
                 ASSERT_TRUE(writer.Add(id, t, reading, &error)) << error.toStdString();
@@ -126,15 +111,14 @@ protected:
     void TearDown() override
     {
         ZWDriverSupport::SetStore(nullptr);
-        ZWMarentaSetup::instance().SetReportDirectory(QString());
-        ZWMarentaSetup::instance().SetSettingsFile(QString());
+        WindowTest::TearDown();
     }
 
     // Opens the report as the host does, at `now`.
     void Open(TestViewer& viewer, int unit, const ZWDateTime& now = At(2026, 3, 10, 12))
     {
         viewer.Data().SetNow(now);
-        QString name = QStringLiteral("Energy");
+        QString name = u"Energy"_s;
         ASSERT_TRUE(viewer.Setup(name, unit));
         viewer.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
@@ -144,7 +128,7 @@ protected:
     {
         const ZWCardControl* card = viewer.Frame()->PageWnd(page)->Page().Page().FindCard(QString::fromLatin1(id));
         const auto* label = dynamic_cast<const ZWCardLabel*>(card);
-        return label ? label->value : QStringLiteral("(no card)");
+        return label ? label->value : u"(no card)"_s;
     }
 
     static void Click(const TestViewer& viewer, int command)
@@ -161,8 +145,6 @@ protected:
                 return action;
         return nullptr;
     }
-
-    QTemporaryDir m_dir;
 };
 
 TEST_F(ViewerDialog, OpensOnThePresentDayAndStepsThroughDays)
@@ -170,13 +152,13 @@ TEST_F(ViewerDialog, OpensOnThePresentDayAndStepsThroughDays)
     TestViewer viewer;
     Open(viewer, ID_GROUPBY_DAY);
     EXPECT_EQ(viewer.GatheringCount(), 1);
-    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("240"));
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-10 00:00"));
-    EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2026-03-11 00:00"));
+    EXPECT_EQ(Card(viewer, "E"), u"240"_s);
+    EXPECT_EQ(Card(viewer, "B"), u"2026-03-10 00:00"_s);
+    EXPECT_EQ(Card(viewer, "N"), u"2026-03-11 00:00"_s);
     // Every page window got the same values.
-    EXPECT_EQ(Card(viewer, "E2", 1), QStringLiteral("480"));
+    EXPECT_EQ(Card(viewer, "E2", 1), u"480"_s);
     EXPECT_EQ(viewer.Frame()->UserData(), viewer.Data().ValueDocument());
-    EXPECT_EQ(viewer.windowTitle(), QStringLiteral("Daily energy — 10 Mar 2026 00:00:00 to 11 Mar 2026 00:00:00"));
+    EXPECT_EQ(viewer.windowTitle(), u"Daily energy — 10 Mar 2026 00:00:00 to 11 Mar 2026 00:00:00"_s);
 
     // The present day is not over: no next day yet.
     EXPECT_FALSE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
@@ -184,13 +166,13 @@ TEST_F(ViewerDialog, OpensOnThePresentDayAndStepsThroughDays)
 
     Click(viewer, ID_VIEWER_PREVIOUS);
     EXPECT_EQ(viewer.GatheringCount(), 2);
-    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("216"));
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-09 00:00"));
+    EXPECT_EQ(Card(viewer, "E"), u"216"_s);
+    EXPECT_EQ(Card(viewer, "B"), u"2026-03-09 00:00"_s);
     EXPECT_TRUE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
 
     Click(viewer, ID_VIEWER_NEXT);
     EXPECT_EQ(viewer.GatheringCount(), 3);
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-10 00:00"));
+    EXPECT_EQ(Card(viewer, "B"), u"2026-03-10 00:00"_s);
     EXPECT_FALSE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
     // A disabled button does nothing.
     Click(viewer, ID_VIEWER_NEXT);
@@ -204,7 +186,7 @@ TEST_F(ViewerDialog, GoToDate)
     Open(viewer, ID_GROUPBY_DAY);
     Click(viewer, ID_VIEWER_PREVIOUS);
     Click(viewer, ID_VIEWER_PREVIOUS);
-    ASSERT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-08 00:00"));
+    ASSERT_EQ(Card(viewer, "B"), u"2026-03-08 00:00"_s);
     const int before = viewer.GatheringCount();
 
     // Cancelled: nothing changes.
@@ -215,28 +197,26 @@ TEST_F(ViewerDialog, GoToDate)
     // The dialog opens on the period's start; a date in the future leads to
     // the present day.
     QDate shown;
-    viewer.onDialog = [&](QDialog& dialog) {
-        auto& goTo = dynamic_cast<CGoToDateDlg&>(dialog);
-        shown = goTo.Calendar()->selectedDate();
-        goTo.Calendar()->setSelectedDate(QDate(2026, 5, 20));
-        goTo.accept();
-        return dialog.result();
+    const auto choose = [&](QDate date) {
+        viewer.onDialog = [&shown, date](QDialog& dialog) {
+            auto& goTo = dynamic_cast<CGoToDateDlg&>(dialog);
+            shown = goTo.Calendar()->selectedDate();
+            goTo.Calendar()->setSelectedDate(date);
+            goTo.accept();
+            return dialog.result();
+        };
     };
+    choose(QDate(2026, 5, 20));
     Click(viewer, ID_VIEWER_GOTO);
     EXPECT_EQ(shown, QDate(2026, 3, 8));
     EXPECT_EQ(viewer.GatheringCount(), before + 1);
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-10 00:00"));
+    EXPECT_EQ(Card(viewer, "B"), u"2026-03-10 00:00"_s);
 
     // A date in the past leads to its day, whatever its time.
-    viewer.onDialog = [&](QDialog& dialog) {
-        auto& goTo = dynamic_cast<CGoToDateDlg&>(dialog);
-        goTo.Calendar()->setSelectedDate(QDate(2026, 1, 20));
-        goTo.accept();
-        return dialog.result();
-    };
+    choose(QDate(2026, 1, 20));
     Click(viewer, ID_VIEWER_GOTO);
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-01-20 00:00"));
-    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("480"));
+    EXPECT_EQ(Card(viewer, "B"), u"2026-01-20 00:00"_s);
+    EXPECT_EQ(Card(viewer, "E"), u"480"_s);
 }
 
 TEST_F(ViewerDialog, GroupByUnits)
@@ -248,9 +228,8 @@ TEST_F(ViewerDialog, GroupByUnits)
     QStringList texts;
     for (QAction* action : menu.actions())
         texts << action->text();
-    EXPECT_EQ(texts,
-        (QStringList{QStringLiteral("&User interval..."), QStringLiteral("&Day"), QStringLiteral("&Week"),
-            QStringLiteral("&Month"), QStringLiteral("&Quarter"), QStringLiteral("&Year")}));
+    EXPECT_EQ(
+        texts, (QStringList{u"&User interval..."_s, u"&Day"_s, u"&Week"_s, u"&Month"_s, u"&Quarter"_s, u"&Year"_s}));
     EXPECT_TRUE(UnitAction(menu, ID_GROUPBY_DAY)->isChecked());
     EXPECT_FALSE(UnitAction(menu, ID_GROUPBY_MONTH)->isChecked());
 
@@ -261,14 +240,13 @@ TEST_F(ViewerDialog, GroupByUnits)
     // Month: the present month, remembered for the next report.
     UnitAction(menu, ID_GROUPBY_MONTH)->trigger();
     EXPECT_EQ(viewer.GatheringCount(), 2);
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-01 00:00"));
-    EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2026-04-01 00:00"));
-    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LastReportGroup")).toString(),
-        QStringLiteral("MONTH"));
+    EXPECT_EQ(Card(viewer, "B"), u"2026-03-01 00:00"_s);
+    EXPECT_EQ(Card(viewer, "N"), u"2026-04-01 00:00"_s);
+    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(u"LastReportGroup"_s).toString(), u"MONTH"_s);
     EXPECT_FALSE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
     Click(viewer, ID_VIEWER_PREVIOUS);
     // February: 24 × (1 + 2 + ... + 28) kWh.
-    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("9744"));
+    EXPECT_EQ(Card(viewer, "E"), u"9744"_s);
 
     // Through the tool bar button, as a user does: its menu checks the unit
     // in use, and a choice there applies.
@@ -286,11 +264,10 @@ TEST_F(ViewerDialog, GroupByUnits)
             year->trigger();
     });
     Click(viewer, ID_VIEWER_GROUPBY);
-    EXPECT_EQ(checked, QStringList{QStringLiteral("&Month")});
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-01-01 00:00"));
-    EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2027-01-01 00:00"));
-    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("LastReportGroup")).toString(),
-        QStringLiteral("YEAR"));
+    EXPECT_EQ(checked, QStringList{u"&Month"_s});
+    EXPECT_EQ(Card(viewer, "B"), u"2026-01-01 00:00"_s);
+    EXPECT_EQ(Card(viewer, "N"), u"2027-01-01 00:00"_s);
+    EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->value(u"LastReportGroup"_s).toString(), u"YEAR"_s);
 }
 
 TEST_F(ViewerDialog, UserIntervalAlwaysReloads)
@@ -314,13 +291,13 @@ TEST_F(ViewerDialog, UserIntervalAlwaysReloads)
     UnitAction(menu, ID_GROUPBY_USER)->trigger();
     EXPECT_EQ(viewer.GatheringCount(), 2);
     // 18 hours of day 1 and 6 of day 2.
-    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("30"));
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-01 06:00"));
-    EXPECT_EQ(Card(viewer, "N"), QStringLiteral("2026-03-02 06:00"));
+    EXPECT_EQ(Card(viewer, "E"), u"30"_s);
+    EXPECT_EQ(Card(viewer, "B"), u"2026-03-01 06:00"_s);
+    EXPECT_EQ(Card(viewer, "N"), u"2026-03-02 06:00"_s);
     EXPECT_FALSE(viewer.Action(ID_VIEWER_NEXT)->isEnabled());
     EXPECT_FALSE(viewer.Action(ID_VIEWER_GOTO)->isEnabled());
     // The user unit is not remembered as the last unit.
-    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->contains(QStringLiteral("LastReportGroup")));
+    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->contains(u"LastReportGroup"_s));
 
     // The same interval again still reloads.
     QMenu again;
@@ -333,7 +310,7 @@ TEST_F(ViewerDialog, UserIntervalAlwaysReloads)
     TestViewer hosted;
     hosted.SetupUserInterval(At(2026, 2, 1), At(2026, 2, 3));
     Open(hosted, ID_GROUPBY_USER);
-    EXPECT_EQ(Card(hosted, "E"), QStringLiteral("72"));
+    EXPECT_EQ(Card(hosted, "E"), u"72"_s);
 }
 
 TEST_F(ViewerDialog, GatheringRunsOnAWorkerWhileTheWindowLives)
@@ -371,7 +348,7 @@ TEST_F(ViewerDialog, GatheringRunsOnAWorkerWhileTheWindowLives)
     EXPECT_NE(gate->thread, QThread::currentThread());
     EXPECT_TRUE(title.startsWith(ZWLoadString(ZWTextId::GatheringTitle) + QLatin1Char('|'))) << title.toStdString();
     EXPECT_FALSE(viewer.IsGathering());
-    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("240"));
+    EXPECT_EQ(Card(viewer, "E"), u"240"_s);
 
     // Once done, the window closes again.
     viewer.close();
@@ -384,13 +361,13 @@ TEST_F(ViewerDialog, UnreadableDataIsReportedAndTheReportStillShows)
     TestViewer viewer;
     Open(viewer, ID_GROUPBY_DAY);
     ASSERT_EQ(viewer.messages.size(), 1u);
-    EXPECT_TRUE(viewer.messages[0].startsWith(QStringLiteral("The logged data could not be read: ")))
+    EXPECT_TRUE(viewer.messages[0].startsWith(u"The logged data could not be read: "_s))
         << viewer.messages[0].toStdString();
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-10 00:00"));
+    EXPECT_EQ(Card(viewer, "B"), u"2026-03-10 00:00"_s);
 
     // A report that is missing opens empty and says so.
     TestViewer missing;
-    QString name = QStringLiteral("Gone");
+    QString name = u"Gone"_s;
     EXPECT_FALSE(missing.Setup(name, ID_GROUPBY_DAY));
     EXPECT_EQ(missing.Frame()->PageCount(), 1);
 }
@@ -399,43 +376,42 @@ TEST_F(ViewerDialog, SaysWhenThePeriodHasNoLoggedDataOrTheDatabaseHoldsNoVariabl
 {
     TestViewer viewer;
     Open(viewer, ID_GROUPBY_MONTH);
-    const QLabel* notice = viewer.findChild<QLabel*>(QStringLiteral("Notice"));
+    const QLabel* notice = viewer.findChild<QLabel*>(u"Notice"_s);
     ASSERT_NE(notice, nullptr);
     EXPECT_TRUE(notice->isHidden());
 
     // The data begins in January 2026: June 2025 has none.
     viewer.GoTo(At(2025, 6, 10));
     EXPECT_TRUE(notice->isVisible());
-    EXPECT_EQ(notice->text(), QStringLiteral("No logged data between 1 Jun 2025 00:00:00 and 1 Jul 2025 00:00:00."));
-    EXPECT_EQ(Card(viewer, "E"), QStringLiteral("[Main meter.Active energy]"));
+    EXPECT_EQ(notice->text(), u"No logged data between 1 Jun 2025 00:00:00 and 1 Jul 2025 00:00:00."_s);
+    EXPECT_EQ(Card(viewer, "E"), u"[Main meter.Active energy]"_s);
     viewer.GoTo(At(2026, 2, 10));
     EXPECT_TRUE(notice->isHidden());
 
     // A database without any variable.
     ZWLoggerUrl url;
     QString error;
-    ASSERT_TRUE(url.Parse(QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("empty.sqlite")), &error));
+    ASSERT_TRUE(url.Parse(u"sqlite:"_s + m_dir.filePath(u"empty.sqlite"_s), &error));
     auto empty = std::make_shared<ZWSqlLoggerStore>(url, ZWSqlLoggerStore::Creation::CreateMissing);
     ASSERT_TRUE(empty->Open(&error)) << error.toStdString();
     ZWDriverSupport::SetStore(empty);
     viewer.OnRefresh();
     EXPECT_TRUE(notice->isVisible());
-    EXPECT_TRUE(notice->text().startsWith(QStringLiteral("The logger database holds no variables")))
-        << notice->text().toStdString();
+    EXPECT_TRUE(notice->text().startsWith(u"The logger database holds no variables"_s)) << notice->text().toStdString();
     EXPECT_TRUE(viewer.messages.empty());
 }
 
 TEST_F(ViewerDialog, EmptyNameOpensTheLastReport)
 {
-    ZWMarentaSetup::instance().OpenSettings()->setValue(QStringLiteral("LastInforme"), QStringLiteral("Energy"));
+    ZWMarentaSetup::instance().OpenSettings()->setValue(u"LastInforme"_s, u"Energy"_s);
     TestViewer viewer;
     viewer.Data().SetNow(At(2026, 3, 10, 12));
     QString name;
     EXPECT_TRUE(viewer.Setup(name, ID_GROUPBY_WEEK));
     EXPECT_EQ(viewer.Frame()->PageCount(), 2);
-    EXPECT_EQ(viewer.Frame()->Title(), QStringLiteral("Daily energy"));
+    EXPECT_EQ(viewer.Frame()->Title(), u"Daily energy"_s);
     // The week of 10 March 2026 (a Tuesday) under the C locale's Monday.
-    EXPECT_EQ(Card(viewer, "B"), QStringLiteral("2026-03-09 00:00"));
+    EXPECT_EQ(Card(viewer, "B"), u"2026-03-09 00:00"_s);
 }
 
 } // namespace

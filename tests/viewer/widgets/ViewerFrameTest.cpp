@@ -1,7 +1,8 @@
-#include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWMath.h"
 #include "host/core/ZWNoValue.h"
 #include "template/ZWColorRef.h"
+#include "tests/template/TemplateTestSupport.h"
+#include "tests/viewer/widgets/ViewerTestSupport.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
 #include "viewer/widgets/ZWViewTemplateWnd.h"
 
@@ -20,7 +21,11 @@
 #include <QToolButton>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
+
+using zwtest::Factor;
 
 struct Label
 {
@@ -31,8 +36,7 @@ struct Label
 
 QString PageXml(double width, double height, const std::vector<Label>& labels)
 {
-    QString xml = QStringLiteral("<page><width>%1</width><height>%2</height><rounded>0.00</rounded>")
-                      .arg(width, 0, 'f', 2)
+    QString xml = u"<page><width>%1</width><height>%2</height><rounded>0.00</rounded>"_s.arg(width, 0, 'f', 2)
                       .arg(height, 0, 'f', 2);
     for (const Label& l : labels)
         xml += QStringLiteral("<label><x>%1</x><y>%2</y><width>%3</width><height>%4</height><id>%5</id>"
@@ -42,14 +46,13 @@ QString PageXml(double width, double height, const std::vector<Label>& labels)
                    .arg(l.w, 0, 'f', 2)
                    .arg(l.h, 0, 'f', 2)
                    .arg(QString::fromLatin1(l.id), QString::fromLatin1(l.text));
-    return xml + QStringLiteral("</page>");
+    return xml + u"</page>"_s;
 }
 
-XmlDocument Design(const QStringList& pages, const QString& name = QStringLiteral("Frame test"))
+XmlDocument Design(const QStringList& pages, const QString& name = u"Frame test"_s)
 {
     XmlDocument doc;
-    const QString xml
-        = QStringLiteral("<design><id>{0}</id><name>%1</name>%2</design>").arg(name, pages.join(QString()));
+    const QString xml = u"<design><id>{0}</id><name>%1</name>%2</design>"_s.arg(name, pages.join(QString()));
     EXPECT_TRUE(doc.Parse(xml));
     return doc;
 }
@@ -63,63 +66,19 @@ XmlDocument ThreePages()
     return Design(pages);
 }
 
-double Factor(const ZWViewTemplateWnd* wnd)
-{
-    double f = 0.0;
-    wnd->GetMode(f);
-    return f;
-}
-
-QToolButton* ButtonOf(const ZWViewReportFrame& frame, int command)
-{
-    QAction* action = frame.Action(command);
-    for (QToolBar* bar : {frame.PagesBar(), frame.ZoomBar()})
-        if (auto* button = qobject_cast<QToolButton*>(bar->widgetForAction(action)))
-            return button;
-    return nullptr;
-}
-
 void Click(const ZWViewReportFrame& frame, int command)
 {
-    QToolButton* button = ButtonOf(frame, command);
+    QToolButton* button = nullptr;
+    for (QToolBar* bar : {frame.PagesBar(), frame.ZoomBar()})
+        if (auto* b = qobject_cast<QToolButton*>(bar->widgetForAction(frame.Action(command))))
+            button = b;
     ASSERT_NE(button, nullptr) << command;
     QTest::mouseClick(button, Qt::LeftButton);
 }
 
-// The bounding box of the pixels of exactly `colour`.
-QRect BoundsOf(const QImage& image, QRgb colour)
-{
-    int left = image.width(), top = image.height(), right = -1, bottom = -1;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if ((image.pixel(x, y) & 0xFFFFFF) == (colour & 0xFFFFFF)) {
-                left = std::min(left, x);
-                right = std::max(right, x);
-                top = std::min(top, y);
-                bottom = std::max(bottom, y);
-            }
-    return right < 0 ? QRect() : QRect(QPoint(left, top), QPoint(right, bottom));
-}
-
-int CountOf(const QImage& image, QRgb colour)
-{
-    int n = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            n += (image.pixel(x, y) & 0xFFFFFF) == (colour & 0xFFFFFF);
-    return n;
-}
-
-class ViewerFrame : public testing::Test
+class ViewerFrame : public zwtest::WindowTest
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(m_dir.isValid());
-        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
-    }
-    void TearDown() override { ZWMarentaSetup::instance().SetSettingsFile(QString()); }
-
     void Show(ZWViewReportFrame& frame, const XmlDocument& design, QSize size = QSize(900, 700))
     {
         frame.SetTemplate(design);
@@ -128,8 +87,6 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&frame));
         frame.Refresh();
     }
-
-    QTemporaryDir m_dir;
 };
 
 TEST_F(ViewerFrame, FitPlacesThePageInTheMiddleOfTheWindow)
@@ -149,7 +106,7 @@ TEST_F(ViewerFrame, FitPlacesThePageInTheMiddleOfTheWindow)
     // The page is white on the out colour, centred, at the fitted size.
     wnd->SetOutColor(ZWRGB(0x40, 0x80, 0xC0));
     const QImage shot = wnd->viewport()->grab().toImage();
-    const QRect page = BoundsOf(shot, qRgb(255, 255, 255));
+    const QRect page = zwtest::InkBounds(shot, qRgb(0x40, 0x80, 0xC0));
     const int width = roundi(fit * 210.0 * px.x());
     const int height = roundi(fit * 297.0 * px.y());
     EXPECT_NEAR(page.width(), width, 1);
@@ -165,56 +122,45 @@ TEST_F(ViewerFrame, FitPlacesThePageInTheMiddleOfTheWindow)
     EXPECT_LT(Factor(wnd), before);
 }
 
-TEST_F(ViewerFrame, ZoomStepsFromFitAndLimits)
+TEST_F(ViewerFrame, ZoomButtonsStepFromFitAndStopAtTheLimits)
 {
     ZWViewReportFrame frame;
     Show(frame, ThreePages());
     ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
     const double fit = -Factor(wnd);
     ASSERT_GT(fit, 0.0);
-    ASSERT_LT(fit, 10.0);
-
-    // From fit, zoom in goes to the next multiple of 50 % above the fitted factor.
+    // From fit, zoom in goes to the next multiple of 50 % above the fitted
+    // factor, and the selector follows.
     Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
     const double up = std::floor(fit / 0.5) * 0.5 + 0.5;
     EXPECT_DOUBLE_EQ(Factor(wnd), up);
     EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(up * 2));
-    Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
-    EXPECT_DOUBLE_EQ(Factor(wnd), up + 0.5);
     Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
-    EXPECT_DOUBLE_EQ(Factor(wnd), up);
+    EXPECT_DOUBLE_EQ(Factor(wnd), up - 0.5);
 
-    // Back to fit through the selector, then zoom out goes to the multiple below.
-    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
-    EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
-    const double down = std::ceil(fit / 0.5) * 0.5 - 0.5;
-    if (down >= 0.5) {
-        Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
-        EXPECT_DOUBLE_EQ(Factor(wnd), down);
+    // 50 % and 1000 %: the way on is disabled and does nothing, the way back is enabled.
+    struct Limit
+    {
+        Qt::Key selectorKey;
+        double factor;
+        int disabled, enabled;
+        double back;
+    };
+    for (const Limit& l : {Limit{Qt::Key_Down, 0.5, ZWViewReportFrame::ID_ZOOM_OUT, ZWViewReportFrame::ID_ZOOM_IN, 1.0},
+             Limit{Qt::Key_End, 10.0, ZWViewReportFrame::ID_ZOOM_IN, ZWViewReportFrame::ID_ZOOM_OUT, 9.5}}) {
+        QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
+        QTest::keyClick(frame.ZoomSelector(), l.selectorKey);
+        EXPECT_DOUBLE_EQ(Factor(wnd), l.factor);
+        EXPECT_EQ(frame.ZoomSelector()->currentText(), u"%1%"_s.arg(l.factor * 100));
+        EXPECT_FALSE(frame.Action(l.disabled)->isEnabled());
+        EXPECT_TRUE(frame.Action(l.enabled)->isEnabled());
+        Click(frame, l.disabled);
+        l.disabled == ZWViewReportFrame::ID_ZOOM_IN ? frame.OnZoomIn() : frame.OnZoomOut();
+        EXPECT_DOUBLE_EQ(Factor(wnd), l.factor);
+        Click(frame, l.enabled);
+        EXPECT_DOUBLE_EQ(Factor(wnd), l.back);
+        EXPECT_TRUE(frame.Action(l.disabled)->isEnabled());
     }
-
-    // 50 %: zoom out is disabled and does nothing; zoom in is enabled.
-    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
-    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Down);
-    EXPECT_DOUBLE_EQ(Factor(wnd), 0.5);
-    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_ZOOM_OUT)->isEnabled());
-    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->isEnabled());
-    Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
-    EXPECT_DOUBLE_EQ(Factor(wnd), 0.5);
-    frame.OnZoomOut();
-    EXPECT_DOUBLE_EQ(Factor(wnd), 0.5);
-
-    // 1000 %: the other way round.
-    QTest::keyClick(frame.ZoomSelector(), Qt::Key_End);
-    EXPECT_DOUBLE_EQ(Factor(wnd), 10.0);
-    EXPECT_EQ(frame.ZoomSelector()->currentText(), QStringLiteral("1000%"));
-    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->isEnabled());
-    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_ZOOM_OUT)->isEnabled());
-    frame.OnZoomIn();
-    EXPECT_DOUBLE_EQ(Factor(wnd), 10.0);
-    Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
-    EXPECT_DOUBLE_EQ(Factor(wnd), 9.5);
-    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->isEnabled());
 }
 
 TEST_F(ViewerFrame, ScrollBarsCoverExactlyTheOverhang)
@@ -243,7 +189,7 @@ TEST_F(ViewerFrame, ScrollBarsCoverExactlyTheOverhang)
     QImage shot = wnd->viewport()->grab().toImage();
     const QSize client = wnd->viewport()->size();
     // At most the last column and row: the page's edge falls inside them.
-    EXPECT_LE(CountOf(shot, qRgb(0x40, 0x80, 0xC0)), client.width() + client.height());
+    EXPECT_LE(zwtest::CountColour(shot, qRgb(0x40, 0x80, 0xC0)), client.width() + client.height());
     EXPECT_EQ(shot.pixel(client.width() - 2, client.height() - 2) & 0xFFFFFF, 0xFFFFFFu);
     // One step further would show the out colour: there is none.
     hbar->setValue(hbar->maximum() + 10);
@@ -263,7 +209,7 @@ TEST_F(ViewerFrame, PageNavigationAndSelector)
     ASSERT_EQ(frame.PageCount(), 3);
     QComboBox* selector = frame.PageSelector();
     EXPECT_EQ(selector->count(), 3);
-    EXPECT_EQ(selector->itemText(2), QStringLiteral("Page 3"));
+    EXPECT_EQ(selector->itemText(2), u"Page 3"_s);
     EXPECT_EQ(frame.CurrentPage(), 0);
     EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_PREVIOUS_PAGE)->isEnabled());
     EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled());
@@ -321,12 +267,12 @@ TEST_F(ViewerFrame, ContextMenuTogglesToolBarsAndTheirStateIsKept)
         auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         ASSERT_NE(menu, nullptr);
         ASSERT_EQ(menu->actions().size(), 1);
-        EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("&Toolbars"));
+        EXPECT_EQ(menu->actions()[0]->text(), u"&Toolbars"_s);
         QMenu* bars = menu->actions()[0]->menu();
         ASSERT_NE(bars, nullptr);
         ASSERT_EQ(bars->actions().size(), 2);
-        EXPECT_EQ(bars->actions()[0]->text(), QStringLiteral("&Pages"));
-        EXPECT_EQ(bars->actions()[1]->text(), QStringLiteral("&Zoom"));
+        EXPECT_EQ(bars->actions()[0]->text(), u"&Pages"_s);
+        EXPECT_EQ(bars->actions()[1]->text(), u"&Zoom"_s);
         EXPECT_EQ(bars->actions()[0]->data().toInt(), 800);
         EXPECT_EQ(bars->actions()[1]->data().toInt(), 801);
         EXPECT_TRUE(bars->actions()[1]->isChecked());
@@ -341,8 +287,7 @@ TEST_F(ViewerFrame, ContextMenuTogglesToolBarsAndTheirStateIsKept)
         EXPECT_TRUE(again->actions()[0]->menu()->actions()[0]->isChecked());
     }
     // The bar state went into the settings and a new frame takes it.
-    EXPECT_FALSE(
-        ZWMarentaSetup::instance().OpenSettings()->value(QStringLiteral("ViewReportBars")).toByteArray().isEmpty());
+    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->value(u"ViewReportBars"_s).toByteArray().isEmpty());
     ZWViewReportFrame frame;
     Show(frame, ThreePages());
     EXPECT_TRUE(frame.ZoomBar()->isHidden());
@@ -365,7 +310,7 @@ protected:
 
     QString PrintToPdf(ZWViewReportFrame& frame, int first, int last, QPageLayout::Orientation orientation)
     {
-        const QString path = m_dir.filePath(QStringLiteral("print.pdf"));
+        const QString path = m_dir.filePath(u"print.pdf"_s);
         QFile::remove(path);
         QPrinter printer(QPrinter::HighResolution);
         printer.setOutputFormat(QPrinter::PdfFormat);
@@ -381,9 +326,8 @@ protected:
     // Centres (in mm from the paper's top-left corner) of the words on page `page`.
     std::map<QString, QPointF> WordCentres(const QString& pdf, int page)
     {
-        const QString html = Run(QStringLiteral("pdftotext"),
-            {QStringLiteral("-bbox"), QStringLiteral("-f"), QString::number(page), QStringLiteral("-l"),
-                QString::number(page), pdf, QStringLiteral("-")});
+        const QString html = Run(
+            u"pdftotext"_s, {u"-bbox"_s, u"-f"_s, QString::number(page), u"-l"_s, QString::number(page), pdf, u"-"_s});
         std::map<QString, QPointF> out;
         static const QRegularExpression word(QStringLiteral(
             R"re(<word xMin="([\d.]+)" yMin="([\d.]+)" xMax="([\d.]+)" yMax="([\d.]+)">([^<]*)</word>)re"));
@@ -409,22 +353,21 @@ TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
             PageXml(210, 297, {{"P", 40, 50, 60, 12, "PORTRAIT"}})}));
     const QString pdf = PrintToPdf(frame, 1, 2, QPageLayout::Portrait);
 
-    const QString info = Run(QStringLiteral("pdfinfo"), {pdf});
-    EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Pages:\\s+2\\n")))) << info.toStdString();
-    EXPECT_TRUE(info.contains(
-        QRegularExpression(QStringLiteral("Page size:\\s+595(\\.\\d+)? x 84[12](\\.\\d+)? pts \\(A4\\)"))))
+    const QString info = Run(u"pdfinfo"_s, {pdf});
+    EXPECT_TRUE(info.contains(QRegularExpression(u"Pages:\\s+2\\n"_s))) << info.toStdString();
+    EXPECT_TRUE(info.contains(QRegularExpression(u"Page size:\\s+595(\\.\\d+)? x 84[12](\\.\\d+)? pts \\(A4\\)"_s)))
         << info.toStdString();
-    EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Title:\\s+Frame test\\n")))) << info.toStdString();
+    EXPECT_TRUE(info.contains(QRegularExpression(u"Title:\\s+Frame test\\n"_s))) << info.toStdString();
 
     // A card at (x, y) of w × h turned right lands at (150 − y − h, x), h × w.
     const auto expected = [](double x, double y, double w, double h) {
         return QPointF(25.0 + (150.0 - y - h) + h / 2, 18.5 + x + w / 2);
     };
     std::map<QString, QPointF> words = WordCentres(pdf, 1);
-    ASSERT_EQ(words.count(QStringLiteral("WEST")), 1u);
-    ASSERT_EQ(words.count(QStringLiteral("EAST")), 1u);
-    const QPointF west = words[QStringLiteral("WEST")];
-    const QPointF east = words[QStringLiteral("EAST")];
+    ASSERT_EQ(words.count(u"WEST"_s), 1u);
+    ASSERT_EQ(words.count(u"EAST"_s), 1u);
+    const QPointF west = words[u"WEST"_s];
+    const QPointF east = words[u"EAST"_s];
     const QPointF westExpected = expected(20, 30, 60, 12);
     const QPointF eastExpected = expected(170, 110, 60, 12);
     EXPECT_NEAR(west.x(), westExpected.x(), 1.5);
@@ -438,15 +381,14 @@ TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
     // The portrait page is not turned; larger than the printable area, it
     // lies on the paper as on the page.
     words = WordCentres(pdf, 2);
-    ASSERT_EQ(words.count(QStringLiteral("PORTRAIT")), 1u);
-    EXPECT_NEAR(words[QStringLiteral("PORTRAIT")].x(), 40 + 30, 1.5);
-    EXPECT_NEAR(words[QStringLiteral("PORTRAIT")].y(), 50 + 6, 1.5);
+    ASSERT_EQ(words.count(u"PORTRAIT"_s), 1u);
+    EXPECT_NEAR(words[u"PORTRAIT"_s].x(), 40 + 30, 1.5);
+    EXPECT_NEAR(words[u"PORTRAIT"_s].y(), 50 + 6, 1.5);
 
     // The page range is kept: only the second page.
     const QString second = PrintToPdf(frame, 2, 2, QPageLayout::Portrait);
-    EXPECT_TRUE(
-        Run(QStringLiteral("pdfinfo"), {second}).contains(QRegularExpression(QStringLiteral("Pages:\\s+1\\n"))));
-    EXPECT_TRUE(Run(QStringLiteral("pdftotext"), {second, QStringLiteral("-")}).contains(QStringLiteral("PORTRAIT")));
+    EXPECT_TRUE(Run(u"pdfinfo"_s, {second}).contains(QRegularExpression(u"Pages:\\s+1\\n"_s)));
+    EXPECT_TRUE(Run(u"pdftotext"_s, {second, u"-"_s}).contains(u"PORTRAIT"_s));
 }
 
 TEST_F(ViewerPrint, PrintingGivesEveryPageBackItsZoomAndOutColour)
@@ -475,7 +417,7 @@ TEST_F(ViewerPrint, PrintingGivesEveryPageBackItsZoomAndOutColour)
     }
     // The turned page is back in its own shape, its card where it was.
     EXPECT_DOUBLE_EQ(frame.PageWnd(0)->GetWidth(), 250.0);
-    const ZWCardControl* card = frame.PageWnd(0)->Page().Page().FindCard(QStringLiteral("A"));
+    const ZWCardControl* card = frame.PageWnd(0)->Page().Page().FindCard(u"A"_s);
     ASSERT_NE(card, nullptr);
     EXPECT_DOUBLE_EQ(card->x, 20.0);
     EXPECT_DOUBLE_EQ(card->y, 30.0);
@@ -485,7 +427,7 @@ TEST_F(ViewerPrint, PrintingGivesEveryPageBackItsZoomAndOutColour)
     // An empty range prints nothing.
     QPrinter printer;
     printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(m_dir.filePath(QStringLiteral("none.pdf")));
+    printer.setOutputFileName(m_dir.filePath(u"none.pdf"_s));
     EXPECT_FALSE(frame.PrintPages(printer, 3, 2));
 }
 

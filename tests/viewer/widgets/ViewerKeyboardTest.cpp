@@ -2,6 +2,7 @@
 #include "host/core/ZWNoValue.h"
 #include "host/core/ZWSettingsKeys.h"
 #include "tests/support/ZWTestSupport.h"
+#include "tests/viewer/widgets/ViewerTestSupport.h"
 #include "viewer/ZWActionTexts.h"
 #include "viewer/ZWViewZoom.h"
 #include "viewer/widgets/CDlgViewer.h"
@@ -27,17 +28,18 @@
 #include <gtest/gtest.h>
 #include <string>
 
+using namespace Qt::StringLiterals;
+
 // Keyboard, wheel and window behaviour of the viewer, driven by real events.
 
 namespace {
 
-std::string SentenceName(const char* what)
-{
-    std::string out;
-    for (const char* c = what; *c; ++c)
-        out += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
-    return out;
-}
+using zwtest::PrintTo;
+
+using zwtest::Factor;
+using zwtest::Key;
+using zwtest::TestFrame;
+using zwtest::TestViewer;
 
 // Three A4 pages, each with a label.
 const char* kReport = R"(<design><id>{1}</id><name>Three pages</name>
@@ -49,85 +51,29 @@ const char* kReport = R"(<design><id>{1}</id><name>Three pages</name>
 <label><x>10</x><y>10</y><width>80</width><height>10</height><id>C</id><value>three</value></label></page>
 </design>)";
 
-XmlDocument Design()
-{
-    XmlDocument doc;
-    EXPECT_TRUE(doc.Parse(QString::fromUtf8(kReport)));
-    return doc;
-}
-
-double Factor(const ZWViewTemplateWnd* wnd)
-{
-    double f = 0.0;
-    wnd->GetMode(f);
-    return f;
-}
-
-// A frame whose print dialog is counted instead of shown.
-class TestFrame : public ZWViewReportFrame
-{
-public:
-    int dialogs = 0;
-
-protected:
-    int ExecDialog(QDialog&) override
-    {
-        ++dialogs;
-        return QDialog::Rejected;
-    }
-};
-
-// A viewer whose dialogs and messages are counted instead of shown.
-class TestViewer : public CDlgViewer
-{
-public:
-    int dialogs = 0;
-    std::vector<QString> messages;
-
-protected:
-    int ExecDialog(QDialog&) override
-    {
-        ++dialogs;
-        return QDialog::Rejected;
-    }
-    void ShowMessage(const QString& text) override { messages.push_back(text); }
-};
-
-void Key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    QWidget* focus = QApplication::focusWidget();
-    ASSERT_NE(focus, nullptr);
-    QTest::keyClick(focus, Qt::Key(key), modifiers);
-}
-
 void Wheel(QWidget* target, const QPointF& at, QPoint angle, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
     QWheelEvent event(at, target->mapToGlobal(at), QPoint(), angle, Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
     QApplication::sendEvent(target, &event);
 }
 
-class ViewerKeys : public testing::Test
+class ViewerKeys : public zwtest::WindowTest
 {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid());
-        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
-        ZWMarentaSetup::instance().SetReportDirectory(m_dir.path());
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(QStringLiteral("Pages.XRPT")), kReport));
-    }
-    void TearDown() override
-    {
-        ZWMarentaSetup::instance().SetReportDirectory(QString());
-        ZWMarentaSetup::instance().SetSettingsFile(QString());
+        WindowTest::SetUp();
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"Pages.XRPT"_s), kReport));
     }
 
     // The frame as its own window, active, showing page 1 at `factor`
     // (0: fit), with the keyboard on the page.
-    void Show(ZWViewReportFrame& frame, double factor, QSize size = QSize(700, 500))
+    void Show(ZWViewReportFrame& frame, double factor)
     {
-        frame.SetTemplate(Design());
-        frame.resize(size);
+        XmlDocument design;
+        ASSERT_TRUE(design.Parse(QString::fromUtf8(kReport)));
+        frame.SetTemplate(design);
+        frame.resize(700, 500);
         frame.show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
         frame.Refresh();
@@ -135,8 +81,6 @@ protected:
             frame.OnZoomSelector(ZWViewZoom::SelectorIndex(factor));
         ASSERT_EQ(QApplication::focusWidget(), frame.CurrentPageWnd());
     }
-
-    QTemporaryDir m_dir;
 };
 
 TEST_F(ViewerKeys, TheViewerOpensWithTheKeyboardOnTheFittedPage)
@@ -144,7 +88,7 @@ TEST_F(ViewerKeys, TheViewerOpensWithTheKeyboardOnTheFittedPage)
     // As the desktop application opens a report: the window first, then the report.
     TestViewer viewer;
     viewer.show();
-    QString name = QStringLiteral("Pages");
+    QString name = u"Pages"_s;
     ASSERT_TRUE(viewer.Setup(name, ID_GROUPBY_DAY));
     ZWViewReportFrame* frame = viewer.Frame();
     ZWViewTemplateWnd* page = frame->CurrentPageWnd();
@@ -189,11 +133,6 @@ struct KeyCase
     bool sideways;
 };
 
-void PrintTo(const KeyCase& c, std::ostream* os)
-{
-    *os << c.what;
-}
-
 class PageKeys : public ViewerKeys, public testing::WithParamInterface<KeyCase>
 {};
 
@@ -220,30 +159,10 @@ TEST_P(PageKeys, ScrollOrTurnThePage)
     EXPECT_DOUBLE_EQ(Factor(now), 2.0);
     EXPECT_EQ(QApplication::focusWidget(), now);
     QScrollBar* after = c.sideways ? now->horizontalScrollBar() : now->verticalScrollBar();
-    int expected = start;
-    switch (c.then) {
-    case Then::Top:
-        expected = 0;
-        break;
-    case Then::Bottom:
-        expected = after->maximum();
-        break;
-    case Then::Same:
-        break;
-    case Then::OneLineOn:
-        expected = start + line;
-        break;
-    case Then::OneLineBack:
-        expected = start - line;
-        break;
-    case Then::OneViewOn:
-        expected = std::min(start + view, after->maximum());
-        break;
-    case Then::OneViewBack:
-        expected = std::max(start - view, 0);
-        break;
-    }
-    EXPECT_EQ(after->value(), expected);
+    // What each `Then` leaves, in its order.
+    const int expected[] = {0, after->maximum(), start, start + line, start - line,
+        std::min(start + view, after->maximum()), std::max(start - view, 0)};
+    EXPECT_EQ(after->value(), expected[int(c.then)]);
 }
 
 const Qt::KeyboardModifiers kNone = Qt::NoModifier;
@@ -276,7 +195,7 @@ INSTANTIATE_TEST_SUITE_P(Viewer, PageKeys,
             Then::Top, false},
         KeyCase{"a new page keeps the sideways position", 0, At::Middle, Qt::Key_PageDown, Qt::ControlModifier, 1,
             Then::Same, true}),
-    [](const testing::TestParamInfo<KeyCase>& info) { return SentenceName(info.param.what); });
+    [](const testing::TestParamInfo<KeyCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST_F(ViewerKeys, WheelAndArrowStepsFollowTheWindowSize)
 {
@@ -322,11 +241,6 @@ struct ZoomCase
     int notches;
     double to;
 };
-
-void PrintTo(const ZoomCase& c, std::ostream* os)
-{
-    *os << c.what;
-}
 
 class ZoomKeepsItsPoint : public ViewerKeys, public testing::WithParamInterface<ZoomCase>
 {};
@@ -378,7 +292,7 @@ INSTANTIATE_TEST_SUITE_P(Viewer, ZoomKeepsItsPoint,
         ZoomCase{"Ctrl plus keeps the middle of the window", 2.0, {}, Qt::Key_Plus, 0, 2.5},
         ZoomCase{"Ctrl equals zooms in too", 2.0, {}, Qt::Key_Equal, 0, 2.5},
         ZoomCase{"Ctrl minus keeps the middle of the window", 3.0, {}, Qt::Key_Minus, 0, 2.5}),
-    [](const testing::TestParamInfo<ZoomCase>& info) { return SentenceName(info.param.what); });
+    [](const testing::TestParamInfo<ZoomCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST_F(ViewerKeys, TheFramesKeysWorkWithItsToolBarsHidden)
 {
@@ -408,9 +322,9 @@ TEST_F(ViewerKeys, TheFramesKeysWorkWithItsToolBarsHidden)
     EXPECT_EQ(frame.dialogs, 1);
 
     // The tool tips name the keys.
-    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->toolTip(), QStringLiteral("Next page (Ctrl+PgDown)"));
-    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->toolTip(), QStringLiteral("Zoom in (Ctrl++)"));
-    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_FILE_PRINT)->toolTip(), QStringLiteral("Print (Ctrl+P)"));
+    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->toolTip(), u"Next page (Ctrl+PgDown)"_s);
+    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->toolTip(), u"Zoom in (Ctrl++)"_s);
+    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_FILE_PRINT)->toolTip(), u"Print (Ctrl+P)"_s);
 }
 
 TEST_F(ViewerKeys, APageWindowListsTheToolBarCommandsItIsGiven)
@@ -418,8 +332,8 @@ TEST_F(ViewerKeys, APageWindowListsTheToolBarCommandsItIsGiven)
     // No frame around it: the window knows the commands it was handed, not
     // where they come from.
     ZWViewTemplateWnd wnd;
-    QAction first(QStringLiteral("First bar"));
-    QAction second(QStringLiteral("Second bar"));
+    QAction first(u"First bar"_s);
+    QAction second(u"Second bar"_s);
     int secondToggles = 0;
     for (QAction* action : {&first, &second})
         action->setCheckable(true);
@@ -432,7 +346,7 @@ TEST_F(ViewerKeys, APageWindowListsTheToolBarCommandsItIsGiven)
     ASSERT_NE(bars, nullptr);
     EXPECT_TRUE(bars->isEnabled());
     ASSERT_EQ(bars->actions().size(), 2);
-    EXPECT_EQ(ZWActionTexts::Plain(bars->actions()[0]->text()), QStringLiteral("First bar"));
+    EXPECT_EQ(ZWActionTexts::Plain(bars->actions()[0]->text()), u"First bar"_s);
     EXPECT_TRUE(bars->actions()[0]->isChecked());
     EXPECT_FALSE(bars->actions()[1]->isChecked());
     EXPECT_EQ(bars->actions()[1]->data().toInt(), 801);
@@ -457,7 +371,7 @@ void ExpectMnemonics(const QList<QAction*>& actions, const QString& where)
         if (action->isSeparator())
             continue;
         const QString text = action->text();
-        const qsizetype at = text.indexOf(QRegularExpression(QStringLiteral("&[^&]")));
+        const qsizetype at = text.indexOf(QRegularExpression(u"&[^&]"_s));
         ASSERT_GE(at, 0) << (where + QLatin1Char('/') + text).toStdString();
         const QChar key = text[at + 1].toLower();
         EXPECT_FALSE(seen.contains(key)) << (where + QLatin1Char('/') + text).toStdString();
@@ -470,12 +384,12 @@ void ExpectMnemonics(const QList<QAction*>& actions, const QString& where)
 TEST_F(ViewerKeys, EveryCommandOfTheViewerIsInAMenuWithKeys)
 {
     TestViewer viewer;
-    QString name = QStringLiteral("Pages");
+    QString name = u"Pages"_s;
     ASSERT_TRUE(viewer.Setup(name, ID_GROUPBY_DAY));
     viewer.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&viewer));
     ASSERT_NE(viewer.MenuBar(), nullptr);
-    ExpectMnemonics(viewer.MenuBar()->actions(), QStringLiteral("viewer"));
+    ExpectMnemonics(viewer.MenuBar()->actions(), u"viewer"_s);
 
     // The units have keys that work from the page. (The offscreen platform
     // does not give the window back its activation after the progress
@@ -512,8 +426,8 @@ TEST_F(ViewerKeys, EveryCommandOfTheViewerIsInAMenuWithKeys)
     EXPECT_EQ(viewer.GatheringCount(), gathered + 1);
 
     // Tool tips name the keys.
-    EXPECT_EQ(viewer.Button(ID_VIEWER_PREVIOUS)->toolTip(), QStringLiteral("Previous (Alt+Left)"));
-    EXPECT_EQ(viewer.Button(ID_VIEWER_GOTO)->toolTip(), QStringLiteral("Go to date (Ctrl+G)"));
+    EXPECT_EQ(viewer.Button(ID_VIEWER_PREVIOUS)->toolTip(), u"Previous (Alt+Left)"_s);
+    EXPECT_EQ(viewer.Button(ID_VIEWER_GOTO)->toolTip(), u"Go to date (Ctrl+G)"_s);
 }
 
 QRect Stored()
