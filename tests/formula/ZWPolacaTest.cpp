@@ -226,22 +226,29 @@ TEST(ZWPolaca, ListsDeviceVariablesAndFormulasInPostfixOrder)
 // ---------------------------------------------------------------------------
 // Device variables
 
-class DeviceVariables : public testing::Test
+// Live device values and a library of formulas.
+class FormulaInputs : public testing::Test
 {
 protected:
     void SetUp() override
     {
-        m_live.Set(u"m.e"_s, 5.0);
-        m_live.Set(u"m.f"_s, 2.0);
-        m_live.Set(u"m.none"_s, std::nullopt);
-        m_live.Set(u"m.none2"_s, std::nullopt);
-        m_live.Set(u"nodot"_s, 3.0);
-        m_live.Set(u"Meter 1.Power"_s, 7.5);
+        for (const auto& [name, value] : std::initializer_list<std::pair<QString, std::optional<double>>>{
+                 {u"m.e"_s, 5.0}, {u"m.f"_s, 2.0}, {u"m.none"_s, std::nullopt}, {u"m.none2"_s, std::nullopt},
+                 {u"nodot"_s, 3.0}, {u"Meter 1.Power"_s, 7.5}})
+            m_live.Set(name, value);
+        m_library = zwtest::Library(
+            {{u"A"_s, u"1+2"_s}, {u"B"_s, u"A*2"_s}, {u"C"_s, u"B+A"_s}, {u"Bool"_s, u"1<2"_s}, {u"Bad"_s, u"2 +"_s},
+                {u"Missing"_s, u"Nope+1"_s}, {u"Dev"_s, u"[m.e] * 2"_s}, {u"NoData"_s, u"[m.none] + 1"_s},
+                {u"Unknown"_s, u"[zz.q] + 1"_s}, {u"Filtered"_s, u"[m.e:max]"_s}, {u"Zero"_s, u"1/0"_s},
+                {u"Loop"_s, u"Loop+1"_s}, {u"P"_s, u"Q*2"_s}, {u"Q"_s, u"1+P"_s}, {u"UsesLoop"_s, u"A + P"_s}});
+        m_options.formulas = m_library.get();
     }
     zwtest::LiveValuesScope m_live;
+    std::unique_ptr<XmlDocument> m_library;
+    zwtest::EvaluationOptions m_options;
 };
 
-TEST_F(DeviceVariables, LiveValuesAndTheirCodes)
+TEST_F(FormulaInputs, DeviceVariablesAndReferencesGiveTheirValuesOrCodes)
 {
     struct Case
     {
@@ -269,21 +276,39 @@ TEST_F(DeviceVariables, LiveValuesAndTheirCodes)
         {"1 / ([m.none] - 1) + [m.e]", R::UndefinedValues, 0, "m.none"},
         {"sqrt(-[m.none]) + [m.e]", R::UndefinedValues, 0, "m.none"},
         {"log10(0) + [m.none]", R::LogDomain, 0, ""},
+        // References to the library.
+        {"C", R::Ok, 9, ""},
+        {"C * A - B", R::Ok, 21, ""},
+        {"Dev + 1", R::Ok, 11, ""},
+        // A reference counts as numeric even when the formula is boolean.
+        {"Bool + 1", R::Ok, 2, ""},
+        {"Bool && (1<2)", R::AndType, 0, ""},
+        {"Bad + 1", R::ReferenceSyntaxError, 0, ""},
+        {"Nope * 2", R::UndefinedValues, 0, "Nope"},
+        {"Missing", R::UndefinedValues, 0, "Nope,Missing"},
+        // Names are case-sensitive.
+        {"a", R::UndefinedValues, 0, "a"},
+        // A code other than 1 or 40 ends the evaluation at once.
+        {"Zero + Nope", R::DivideByZero, 0, ""},
+        {"NoData", R::NoCurrentValue, 0, "m.none"},
+        {"Unknown + 1", R::UnknownDeviceVariable, 0, "Unknown"},
+        {"Unknown + A", R::UndefinedValues, 0, "Unknown"},
+        // A self reference ends with 40.
+        {"Loop", R::UndefinedValues, 0, "Loop"},
     };
     for (const Case& c : cases) {
-        const zwtest::Evaluation e = Evaluate(QString::fromUtf8(c.formula));
+        const zwtest::Evaluation e = Evaluate(QString::fromUtf8(c.formula), m_options);
         ASSERT_NE(e.analyze, -1) << c.formula;
         EXPECT_EQ(zwtest::CodeName(e.code), zwtest::CodeName(c.code)) << c.formula;
-        if (c.code == R::Ok) {
-            EXPECT_EQ(e.value, c.value) << c.formula;
-        } else {
-            EXPECT_EQ(e.value, ZW_NO_VALUE) << c.formula;
-        }
+        EXPECT_EQ(e.value, c.code == R::Ok ? c.value : ZW_NO_VALUE) << c.formula;
         EXPECT_EQ(e.undefined.join(QLatin1Char(',')).toStdString(), c.undefined) << c.formula;
     }
+    const zwtest::Evaluation e = Evaluate(u"2 * UsesLoop"_s, m_options);
+    EXPECT_EQ(e.code, R::UndefinedValues);
+    EXPECT_TRUE(e.undefined.contains(u"P"_s) && e.undefined.contains(u"UsesLoop"_s));
 }
 
-TEST_F(DeviceVariables, ValueTypeReportedWhenOneValueIsLeft)
+TEST_F(FormulaInputs, ValueTypeReportedWhenOneValueIsLeft)
 {
     zwtest::Evaluation e = Evaluate(u"[m.none] < 3"_s);
     EXPECT_EQ(e.code, R::NoCurrentValue);
@@ -293,7 +318,7 @@ TEST_F(DeviceVariables, ValueTypeReportedWhenOneValueIsLeft)
     EXPECT_EQ(e.valueType, 0);
 }
 
-TEST_F(DeviceVariables, WithoutDiscriminatorsOnlyPlainNames)
+TEST_F(FormulaInputs, WithoutDiscriminatorsOnlyPlainNames)
 {
     zwtest::EvaluationOptions plain;
     plain.discriminators = false;
@@ -304,13 +329,13 @@ TEST_F(DeviceVariables, WithoutDiscriminatorsOnlyPlainNames)
     EXPECT_EQ(Evaluate(u"[zz.q]"_s, plain).code, R::UnknownDeviceVariable);
 }
 
-TEST_F(DeviceVariables, NoStoreMeansEveryVariableIsUnknown)
+TEST_F(FormulaInputs, NoStoreMeansEveryVariableIsUnknown)
 {
     ZWDriverSupport::SetStore(nullptr);
     EXPECT_EQ(Evaluate(u"[m.e]"_s).code, R::UnknownDeviceVariable);
 }
 
-TEST_F(DeviceVariables, LoggedDataTakesPrecedenceOverLiveValues)
+TEST_F(FormulaInputs, LoggedDataTakesPrecedenceOverLiveValues)
 {
     const ZWDateTime begin = ZWDateTime::FromDMY(2024, 3, 1);
     const ZWDateTime end = ZWDateTime::FromDMY(2024, 3, 2);
@@ -347,79 +372,7 @@ TEST_F(DeviceVariables, LoggedDataTakesPrecedenceOverLiveValues)
     EXPECT_EQ(Evaluate(u"[m.e]"_s, options).code, R::UndefinedValues);
 }
 
-// ---------------------------------------------------------------------------
-// References to formulas of the library
-
-class References : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        m_live.Set(u"m.e"_s, 5.0);
-        m_live.Set(u"m.none"_s, std::nullopt);
-        m_library = zwtest::Library({
-            {u"A"_s, u"1+2"_s},
-            {u"B"_s, u"A*2"_s},
-            {u"C"_s, u"B+A"_s},
-            {u"Bool"_s, u"1<2"_s},
-            {u"Bad"_s, u"2 +"_s},
-            {u"Missing"_s, u"Nope+1"_s},
-            {u"Dev"_s, u"[m.e] * 2"_s},
-            {u"NoData"_s, u"[m.none] + 1"_s},
-            {u"Unknown"_s, u"[zz.q] + 1"_s},
-            {u"Filtered"_s, u"[m.e:max]"_s},
-            {u"Zero"_s, u"1/0"_s},
-            {u"Loop"_s, u"Loop+1"_s},
-            {u"P"_s, u"Q*2"_s},
-            {u"Q"_s, u"1+P"_s},
-            {u"UsesLoop"_s, u"A + P"_s},
-        });
-        m_options.formulas = m_library.get();
-    }
-    zwtest::LiveValuesScope m_live;
-    std::unique_ptr<XmlDocument> m_library;
-    zwtest::EvaluationOptions m_options;
-};
-
-TEST_F(References, EvaluatedFromTheLibrary)
-{
-    struct Case
-    {
-        const char* formula;
-        int code;
-        double value;
-        const char* undefined;
-    };
-    const Case cases[] = {
-        {"C", R::Ok, 9, ""},
-        {"C * A - B", R::Ok, 21, ""},
-        {"Dev + 1", R::Ok, 11, ""},
-        // A reference counts as numeric even when the formula is boolean.
-        {"Bool + 1", R::Ok, 2, ""},
-        {"Bool && (1<2)", R::AndType, 0, ""},
-        {"Bad + 1", R::ReferenceSyntaxError, 0, ""},
-        {"Nope * 2", R::UndefinedValues, 0, "Nope"},
-        {"Missing", R::UndefinedValues, 0, "Nope,Missing"},
-        // Names are case-sensitive.
-        {"a", R::UndefinedValues, 0, "a"},
-        // A code other than 1 or 40 ends the evaluation at once.
-        {"Zero + Nope", R::DivideByZero, 0, ""},
-        {"NoData", R::NoCurrentValue, 0, "m.none"},
-        {"Unknown + 1", R::UnknownDeviceVariable, 0, "Unknown"},
-        {"Unknown + A", R::UndefinedValues, 0, "Unknown"},
-    };
-    for (const Case& c : cases) {
-        const zwtest::Evaluation e = Evaluate(QString::fromUtf8(c.formula), m_options);
-        ASSERT_NE(e.analyze, -1) << c.formula;
-        EXPECT_EQ(zwtest::CodeName(e.code), zwtest::CodeName(c.code)) << c.formula;
-        if (c.code == R::Ok) {
-            EXPECT_EQ(e.value, c.value) << c.formula;
-        }
-        EXPECT_EQ(e.undefined.join(QLatin1Char(',')).toStdString(), c.undefined) << c.formula;
-    }
-}
-
-TEST_F(References, WithoutALibraryEveryNameIsUndefined)
+TEST_F(FormulaInputs, WithoutALibraryEveryNameIsUndefined)
 {
     const zwtest::Evaluation e = Evaluate(u"A + B"_s);
     EXPECT_EQ(e.code, R::UndefinedValues);
@@ -427,7 +380,7 @@ TEST_F(References, WithoutALibraryEveryNameIsUndefined)
     EXPECT_EQ(e.valueType, 0);
 }
 
-TEST_F(References, ReferencedFormulasAcceptFilteredNames)
+TEST_F(FormulaInputs, ReferencedFormulasAcceptFilteredNames)
 {
     // A referenced formula is evaluated by an evaluator of its own, built
     // afresh with discriminators enabled.
@@ -438,18 +391,7 @@ TEST_F(References, ReferencedFormulasAcceptFilteredNames)
     EXPECT_EQ(Evaluate(u"[m.e:max]"_s, m_options).code, R::UnknownDeviceVariable);
 }
 
-TEST_F(References, SelfReferenceEndsWithCode40)
-{
-    zwtest::Evaluation e = Evaluate(u"Loop"_s, m_options);
-    EXPECT_EQ(e.code, R::UndefinedValues);
-    EXPECT_EQ(e.undefined, QStringList{u"Loop"_s});
-    e = Evaluate(u"2 * UsesLoop"_s, m_options);
-    EXPECT_EQ(e.code, R::UndefinedValues);
-    EXPECT_TRUE(e.undefined.contains(u"P"_s));
-    EXPECT_TRUE(e.undefined.contains(u"UsesLoop"_s));
-}
-
-TEST_F(References, TheLibraryIsReadAgainOnEveryEvaluation)
+TEST_F(FormulaInputs, TheLibraryIsReadAgainOnEveryEvaluation)
 {
     ZWEvaluator evaluator(u"B"_s);
     ASSERT_EQ(evaluator.AnalizeExpression(), 0);

@@ -205,24 +205,19 @@ TEST_F(ZWViewPageTest, QuarterTurnThereAndBackIsExact)
     auto* label = Find<ZWCardLabel>("L");
     label->horizontalAlign = 1;
     label->verticalAlign = 8;
+    const auto shape = [label] {
+        return std::tuple(
+            QRectF(label->x, label->y, label->width, label->height), label->horizontalAlign, label->verticalAlign);
+    };
+    const auto before = shape();
     m_view.FlipCard(true);
-    EXPECT_DOUBLE_EQ(m_view.GetWidth(), 297.0);
-    EXPECT_DOUBLE_EQ(m_view.GetHeight(), 210.0);
-    // Right turn: x = new page width - y - height, y = old x.
-    EXPECT_DOUBLE_EQ(label->x, 297.0 - 20.0 - 8.0);
-    EXPECT_DOUBLE_EQ(label->y, 10.0);
-    EXPECT_DOUBLE_EQ(label->width, 8.0);
-    EXPECT_DOUBLE_EQ(label->height, 30.0);
-    // Left (1) now faces the top (4); bottom (8) now faces the left (1).
-    EXPECT_EQ(label->verticalAlign, 4);
-    EXPECT_EQ(label->horizontalAlign, 1);
+    EXPECT_EQ(QSizeF(m_view.GetWidth(), m_view.GetHeight()), QSizeF(297.0, 210.0));
+    // Right turn: x = new page width - y - height, y = old x. Left (1) now
+    // faces the top (4); bottom (8) now faces the left (1).
+    EXPECT_EQ(shape(), std::tuple(QRectF(297.0 - 20.0 - 8.0, 10.0, 8.0, 30.0), 1, 4));
     m_view.FlipCard(false);
     EXPECT_DOUBLE_EQ(m_view.GetWidth(), 210.0);
-    EXPECT_DOUBLE_EQ(label->x, 10.0);
-    EXPECT_DOUBLE_EQ(label->y, 20.0);
-    EXPECT_DOUBLE_EQ(label->width, 30.0);
-    EXPECT_EQ(label->horizontalAlign, 1);
-    EXPECT_EQ(label->verticalAlign, 8);
+    EXPECT_EQ(shape(), before);
     EXPECT_DOUBLE_EQ(label->orientation, 0.0);
 }
 

@@ -15,6 +15,8 @@
 #include <cmath>
 #include <csignal>
 #include <future>
+#include <map>
+#include <numeric>
 #include <random>
 #include <thread>
 
@@ -36,32 +38,19 @@ struct Reference
 
     double Reduce(const QString& reduction, qint64 start, qint64 end) const
     {
+        if (reduction == QLatin1String("delta"))
+            return Increase(start, end);
         std::vector<double> in;
         for (const auto& [t, v] : samples)
             if (t >= start && t < end)
                 in.push_back(v);
-        if (reduction == QLatin1String("delta"))
-            return Increase(start, end);
         if (in.empty())
             return ZW_NO_VALUE;
-        double sum = 0.0;
-        for (const double v : in)
-            sum += v;
-        if (reduction == QLatin1String("avg"))
-            return sum / double(in.size());
-        if (reduction == QLatin1String("sum"))
-            return sum;
-        if (reduction == QLatin1String("min"))
-            return *std::min_element(in.begin(), in.end());
-        if (reduction == QLatin1String("max"))
-            return *std::max_element(in.begin(), in.end());
-        if (reduction == QLatin1String("count"))
-            return double(in.size());
-        if (reduction == QLatin1String("first"))
-            return in.front();
-        if (reduction == QLatin1String("last"))
-            return in.back();
-        return -1.0;
+        const double sum = std::accumulate(in.begin(), in.end(), 0.0);
+        const std::map<QString, double> values = {{u"avg"_s, sum / double(in.size())}, {u"sum"_s, sum},
+            {u"min"_s, *std::min_element(in.begin(), in.end())}, {u"max"_s, *std::max_element(in.begin(), in.end())},
+            {u"count"_s, double(in.size())}, {u"first"_s, in.front()}, {u"last"_s, in.back()}};
+        return values.at(reduction);
     }
 
     double Increase(qint64 start, qint64 end) const
@@ -107,7 +96,8 @@ TEST_P(SqlLoggerStore, GaugeMeanTakesStartAndLeavesEnd)
     Write(u"Office.Temperature"_s, Kind::Gauge,
         {{T0 - 60, 100.0}, {T0, 20.0}, {T0 + 600, 22.0}, {T0 + 1200, 24.0}, {T0 + H, 50.0}});
     EXPECT_DOUBLE_EQ(Value(u"Office.Temperature"_s, T0, T0 + H), 22.0);
-    // One second later at both ends: the sample at T0 leaves, the one at T0 + H enters.
+    // One second later at both ends: the sample at T0 leaves, the one at T0 + H
+    // enters.
     EXPECT_DOUBLE_EQ(Value(u"Office.Temperature"_s, T0 + 1, T0 + H + 1), (22.0 + 24.0 + 50.0) / 3.0);
     // Whole days of rollups, edges of raw samples: same mean.
     EXPECT_DOUBLE_EQ(
@@ -215,7 +205,8 @@ TEST_P(SqlLoggerStore, NamesAreValuesNeverSql)
     const std::vector<double> v
         = Values({quoted, bracketed, colon, colon + u":max"_s, hostile, bracketed + u":min"_s, quoted + u":first"_s},
             T0, T0 + H);
-    // The stored name "Pump.State:on" is taken whole, not as "Pump.State" with a filter.
+    // The stored name "Pump.State:on" is taken whole, not as "Pump.State" with a
+    // filter.
     EXPECT_EQ(v, (std::vector<double>{2.5, 3.0, 8.0, 9.0, 1.0, 2.0, 1.0}));
     EXPECT_EQ(CountRows(u"samples"_s), 7);
     double live = 0.0;
@@ -334,7 +325,8 @@ TEST_P(SqlLoggerStore, RewritingSamplesKeepsRollupsAndResetsRight)
         first.push_back({T0 + i * 600, 100.0 + double(i)});
     Write(name, Kind::Counter, first);
     EXPECT_EQ(CountRows(u"counter_resets"_s), 0);
-    // A dip in the middle makes a reset; the sample after it is a plain rise again.
+    // A dip in the middle makes a reset; the sample after it is a plain rise
+    // again.
     Write(name, Kind::Counter, {{T0 + 100 * 600, 3.0}});
     EXPECT_EQ(CountRows(u"counter_resets"_s), 1);
     EXPECT_EQ(Value(name, T0, T0 + 299 * 600), (199.0 - 100.0) + 3.0 + (399.0 - 3.0));
@@ -438,7 +430,8 @@ TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
             << "round " << round << ": " << error.toStdString();
         EXPECT_EQ(v, std::vector<double>{5.0}) << "round " << round;
     }
-    // A server that is gone: a clear message, no hang, no crash; back again: values again.
+    // A server that is gone: a clear message, no hang, no crash; back again:
+    // values again.
     ASSERT_TRUE(server->Stop(&error)) << error.toStdString();
     EXPECT_FALSE(store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error));
     EXPECT_TRUE(error.contains(u"Cannot reach the logger database"_s)) << error.toStdString();

@@ -137,6 +137,12 @@ TEST_F(ViewerFrame, ZoomButtonsStepFromFitAndStopAtTheLimits)
     EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(up * 2));
     Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
     EXPECT_DOUBLE_EQ(Factor(wnd), up - 0.5);
+    // From fit again, zoom out goes to the multiple below.
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
+    EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
+    const double down = std::ceil(fit / 0.5) * 0.5 - 0.5;
+    Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
+    EXPECT_DOUBLE_EQ(Factor(wnd), down >= 0.5 ? down : -fit);
 
     // 50 % and 1000 %: the way on is disabled and does nothing, the way back is enabled.
     struct Limit

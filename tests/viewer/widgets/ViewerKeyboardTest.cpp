@@ -127,10 +127,10 @@ struct KeyCase
     int page;
     At at;
     int key;
-    Qt::KeyboardModifiers modifiers;
     int pageAfter;
     Then then;
-    bool sideways;
+    Qt::KeyboardModifiers modifiers = Qt::NoModifier;
+    bool sideways = false;
 };
 
 class PageKeys : public ViewerKeys, public testing::WithParamInterface<KeyCase>
@@ -165,36 +165,30 @@ TEST_P(PageKeys, ScrollOrTurnThePage)
     EXPECT_EQ(after->value(), expected[int(c.then)]);
 }
 
-const Qt::KeyboardModifiers kNone = Qt::NoModifier;
-
 INSTANTIATE_TEST_SUITE_P(Viewer, PageKeys,
-    testing::Values(
-        KeyCase{"Down scrolls a twentieth of the window", 0, At::Top, Qt::Key_Down, kNone, 0, Then::OneLineOn, false},
-        KeyCase{"Up at the top stays on the page", 1, At::Top, Qt::Key_Up, kNone, 1, Then::Top, false},
-        KeyCase{"Right scrolls a twentieth sideways", 0, At::Top, Qt::Key_Right, kNone, 0, Then::OneLineOn, true},
+    testing::Values(KeyCase{"Down scrolls a twentieth of the window", 0, At::Top, Qt::Key_Down, 0, Then::OneLineOn},
+        KeyCase{"Up at the top stays on the page", 1, At::Top, Qt::Key_Up, 1, Then::Top},
         KeyCase{
-            "Page Down scrolls the window's height", 0, At::Top, Qt::Key_PageDown, kNone, 0, Then::OneViewOn, false},
-        KeyCase{"Page Up scrolls back the window's height", 0, At::Bottom, Qt::Key_PageUp, kNone, 0, Then::OneViewBack,
-            false},
-        KeyCase{"Shift Space scrolls back the window's height", 0, At::Bottom, Qt::Key_Space, Qt::ShiftModifier, 0,
-            Then::OneViewBack, false},
-        KeyCase{"End goes to the bottom of the page", 0, At::Top, Qt::Key_End, kNone, 0, Then::Bottom, false},
-        KeyCase{"Home goes to the top of the page", 0, At::Middle, Qt::Key_Home, kNone, 0, Then::Top, false},
-        KeyCase{"Page Down at the bottom goes on to the next page's top", 0, At::Bottom, Qt::Key_PageDown, kNone, 1,
-            Then::Top, false},
-        KeyCase{"Space at the bottom goes on to the next page's top", 1, At::Bottom, Qt::Key_Space, kNone, 2, Then::Top,
-            false},
-        KeyCase{"Page Up at the top goes back to the previous page's bottom", 2, At::Top, Qt::Key_PageUp, kNone, 1,
-            Then::Bottom, false},
-        KeyCase{"Page Down at the bottom of the last page stays", 2, At::Bottom, Qt::Key_PageDown, kNone, 2,
-            Then::Bottom, false},
-        KeyCase{"Page Up at the top of the first page stays", 0, At::Top, Qt::Key_PageUp, kNone, 0, Then::Top, false},
-        KeyCase{"Ctrl Page Down goes to the next page's top", 0, At::Middle, Qt::Key_PageDown, Qt::ControlModifier, 1,
-            Then::Top, false},
-        KeyCase{"Ctrl Page Up goes to the previous page's top", 2, At::Middle, Qt::Key_PageUp, Qt::ControlModifier, 1,
-            Then::Top, false},
-        KeyCase{"a new page keeps the sideways position", 0, At::Middle, Qt::Key_PageDown, Qt::ControlModifier, 1,
-            Then::Same, true}),
+            "Right scrolls a twentieth sideways", 0, At::Top, Qt::Key_Right, 0, Then::OneLineOn, Qt::NoModifier, true},
+        KeyCase{"Page Down scrolls the window's height", 0, At::Top, Qt::Key_PageDown, 0, Then::OneViewOn},
+        KeyCase{"Page Up scrolls back the window's height", 0, At::Bottom, Qt::Key_PageUp, 0, Then::OneViewBack},
+        KeyCase{"Shift Space scrolls back the window's height", 0, At::Bottom, Qt::Key_Space, 0, Then::OneViewBack,
+            Qt::ShiftModifier},
+        KeyCase{"End goes to the bottom of the page", 0, At::Top, Qt::Key_End, 0, Then::Bottom},
+        KeyCase{"Home goes to the top of the page", 0, At::Middle, Qt::Key_Home, 0, Then::Top},
+        KeyCase{
+            "Page Down at the bottom goes on to the next page's top", 0, At::Bottom, Qt::Key_PageDown, 1, Then::Top},
+        KeyCase{"Space at the bottom goes on to the next page's top", 1, At::Bottom, Qt::Key_Space, 2, Then::Top},
+        KeyCase{
+            "Page Up at the top goes back to the previous page's bottom", 2, At::Top, Qt::Key_PageUp, 1, Then::Bottom},
+        KeyCase{"Page Down at the bottom of the last page stays", 2, At::Bottom, Qt::Key_PageDown, 2, Then::Bottom},
+        KeyCase{"Page Up at the top of the first page stays", 0, At::Top, Qt::Key_PageUp, 0, Then::Top},
+        KeyCase{"Ctrl Page Down goes to the next page's top", 0, At::Middle, Qt::Key_PageDown, 1, Then::Top,
+            Qt::ControlModifier},
+        KeyCase{"Ctrl Page Up goes to the previous page's top", 2, At::Middle, Qt::Key_PageUp, 1, Then::Top,
+            Qt::ControlModifier},
+        KeyCase{"a new page keeps the sideways position", 0, At::Middle, Qt::Key_PageDown, 1, Then::Same,
+            Qt::ControlModifier, true}),
     [](const testing::TestParamInfo<KeyCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST_F(ViewerKeys, WheelAndArrowStepsFollowTheWindowSize)
