@@ -72,13 +72,7 @@ INSTANTIATE_TEST_SUITE_P(Hostile, XmlRefused,
             "a start tag over the length", Attributes(1, XmlDocument::MaxTagBytes), XmlDocument::Error::TagTooLarge},
         RefusedCase{"an unclosed start tag over the length",
             "<design a=\"" + QByteArray(XmlDocument::MaxTagBytes + 10, '>'), XmlDocument::Error::TagTooLarge}),
-    [](const testing::TestParamInfo<RefusedCase>& info) {
-        std::string name = info.param.what;
-        for (char& c : name)
-            if (!isalnum(static_cast<unsigned char>(c)))
-                c = '_';
-        return name;
-    });
+    [](const testing::TestParamInfo<RefusedCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST(XmlDocument, StartTagsUpToTheLimitsAndWhatOnlyLooksLikeTags)
 {
