@@ -146,94 +146,58 @@ TEST_F(ImageSupport, InProcessFormatsDecode)
     EXPECT_EQ(ZWImageSupport::Decode(Encoded(image, "jpeg")).size(), QSize(5, 3));
 }
 
-TEST_F(ImageSupport, TgaVariants)
+// The pixels of a small picture row by row: "RRGGBB", or "AARRGGBB" when
+// not opaque, rows apart by " / ".
+QString Pixels(const QImage& picture)
 {
-    // 2 × 2 true colour, bottom-up: the first pixel in the file is bottom left.
-    QByteArray bottomUp = TgaHeader(2, 2, 2, 24, 0);
-    bottomUp += QByteArray("\x00\x00\xFF"
-                           "\x00\xFF\x00"
-                           "\xFF\x00\x00"
-                           "\xFF\xFF\xFF",
-        12);
-    QImage image = ZWImageSupport::Decode(bottomUp);
-    ASSERT_EQ(image.size(), QSize(2, 2));
-    EXPECT_EQ(image.pixel(0, 1), qRgb(255, 0, 0));
-    EXPECT_EQ(image.pixel(1, 1), qRgb(0, 255, 0));
-    EXPECT_EQ(image.pixel(0, 0), qRgb(0, 0, 255));
-    EXPECT_EQ(image.pixel(1, 0), qRgb(255, 255, 255));
-
-    // Run-length encoded 32-bit with alpha, top-down: two red, one raw blue.
-    QByteArray rle = TgaHeader(10, 3, 1, 32, 0x28);
-    rle += QByteArray("\x81"
-                      "\x00\x00\xFF\xFF"
-                      "\x00"
-                      "\xFF\x00\x00\x80",
-        10);
-    image = ZWImageSupport::Decode(rle);
-    ASSERT_EQ(image.size(), QSize(3, 1));
-    EXPECT_EQ(image.pixel(1, 0), qRgb(255, 0, 0));
-    EXPECT_EQ(qAlpha(image.pixel(2, 0)), 0x80);
-
-    // Colour-mapped: a 2-entry 24-bit map.
-    QByteArray mapped = TgaHeader(1, 2, 1, 8, 0x20, 1, 2, 24);
-    mapped += QByteArray("\x00\x00\xFF"
-                         "\x00\xFF\x00",
-                  6)
-        + QByteArray("\x01\x00", 2);
-    image = ZWImageSupport::Decode(mapped);
-    ASSERT_EQ(image.size(), QSize(2, 1));
-    EXPECT_EQ(image.pixel(0, 0), qRgb(0, 255, 0));
-    EXPECT_EQ(image.pixel(1, 0), qRgb(255, 0, 0));
-
-    // Grey, and a run that would run past the end of the picture.
-    QByteArray grey = TgaHeader(11, 2, 1, 8, 0x20);
-    grey += QByteArray("\xFF\x40", 2);
-    image = ZWImageSupport::Decode(grey);
-    ASSERT_EQ(image.size(), QSize(2, 1));
-    EXPECT_EQ(image.pixel(1, 0), qRgb(0x40, 0x40, 0x40));
+    const QImage image = picture.convertToFormat(QImage::Format_ARGB32);
+    QStringList rows;
+    for (int y = 0; y < image.height(); ++y) {
+        QStringList row;
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb p = image.pixel(x, y);
+            const bool opaque = qAlpha(p) == 255;
+            row << QString::number(opaque ? p & 0xFFFFFF : p, 16).rightJustified(opaque ? 6 : 8, u'0');
+        }
+        rows << row.join(u' ');
+    }
+    return rows.join(u" / "_s);
 }
 
-TEST_F(ImageSupport, PcxVariants)
+TEST_F(ImageSupport, TgaAndPcxVariantsDecodePixelForPixel)
 {
-    // 8 bits, one plane, run-length encoded, with the 256-colour palette.
-    QByteArray pcx = PcxHeader(8, 1, 3, 2, 4);
-    pcx += QByteArray("\xC3\x01"
-                      "\x02"
-                      "\xC4\x00",
-        5); // row 1: 1 1 1 2; row 2: 0 0 0 0
-    QByteArray palette(769, '\0');
+    QByteArray palette(769, '\0'); // after its mark: colour 1 red, colour 2 blue
     palette[0] = 0x0C;
-    palette[1 + 3] = char(255);     // colour 1: red
-    palette[1 + 6 + 2] = char(255); // colour 2: blue
-    {
-        const QImage image = ZWImageSupport::Decode(pcx + palette);
-        ASSERT_EQ(image.size(), QSize(3, 2));
-        EXPECT_EQ(image.pixel(0, 0), qRgb(255, 0, 0));
-        EXPECT_EQ(image.pixel(2, 0), qRgb(255, 0, 0));
-        EXPECT_EQ(image.pixel(0, 1), qRgb(0, 0, 0));
-    }
-    // 24 bits in three planes, plain bytes.
-    QByteArray rgb = PcxHeader(8, 3, 2, 1, 2, false);
-    rgb += QByteArray("\x10\x20"
-                      "\x30\x40"
-                      "\x50\x60",
-        6);
-    QImage image = ZWImageSupport::Decode(rgb);
-    ASSERT_EQ(image.size(), QSize(2, 1));
-    EXPECT_EQ(image.pixel(1, 0), qRgb(0x20, 0x40, 0x60));
-    // Monochrome: bit set is white.
-    QByteArray mono = PcxHeader(1, 1, 8, 1, 2);
-    mono += QByteArray("\xC2\xA5", 2); // 10100101 twice
-    image = ZWImageSupport::Decode(mono);
-    ASSERT_EQ(image.size(), QSize(8, 1));
-    EXPECT_EQ(image.pixel(0, 0), qRgb(255, 255, 255));
-    EXPECT_EQ(image.pixel(1, 0), qRgb(0, 0, 0));
+    palette[1 + 3] = char(255);
+    palette[1 + 6 + 2] = char(255);
+    const std::tuple<const char*, QByteArray, const char*> cases[] = {
+        // Bottom-up: the first pixel in the file (blue, green, red) is bottom left.
+        {"tga true colour",
+            TgaHeader(2, 2, 2, 24, 0) + QByteArray("\x00\x00\xFF\x00\xFF\x00\xFF\x00\x00\xFF\xFF\xFF", 12),
+            "0000ff ffffff / ff0000 00ff00"},
+        // Top-down, run-length encoded, with alpha: a run of two red, one raw half-transparent blue.
+        {"tga run-length 32 bits",
+            TgaHeader(10, 3, 1, 32, 0x28) + QByteArray("\x81\x00\x00\xFF\xFF\x00\xFF\x00\x00\x80", 10),
+            "ff0000 ff0000 800000ff"},
+        {"tga colour-mapped", TgaHeader(1, 2, 1, 8, 0x20, 1, 2, 24) + QByteArray("\x00\x00\xFF\x00\xFF\x00\x01\x00", 8),
+            "00ff00 ff0000"},
+        // A run that would go past the end of the picture.
+        {"tga grey", TgaHeader(11, 2, 1, 8, 0x20) + QByteArray("\xFF\x40", 2), "404040 404040"},
+        // Rows of 1 1 1 2 and 0 0 0 0, the last byte of each beyond the width.
+        {"pcx 256 colours", PcxHeader(8, 1, 3, 2, 4) + QByteArray("\xC3\x01\x02\xC4\x00", 5) + palette,
+            "ff0000 ff0000 ff0000 / 000000 000000 000000"},
+        {"pcx three planes", PcxHeader(8, 3, 2, 1, 2, false) + QByteArray("\x10\x20\x30\x40\x50\x60", 6),
+            "103050 204060"},
+        // A bit set is white: 10100101.
+        {"pcx monochrome", PcxHeader(1, 1, 8, 1, 2) + QByteArray("\xC2\xA5", 2),
+            "ffffff 000000 ffffff 000000 000000 ffffff 000000 ffffff"},
+    };
+    for (const auto& [what, bytes, pixels] : cases)
+        EXPECT_EQ(Pixels(ZWImageSupport::Decode(bytes)), QString::fromLatin1(pixels)) << what;
     // Truncated data: the picture keeps black where nothing came.
-    QByteArray cut = PcxHeader(8, 3, 4, 4, 4);
-    cut += QByteArray("\xC8\x7F", 2);
-    image = ZWImageSupport::Decode(cut);
-    ASSERT_EQ(image.size(), QSize(4, 4));
-    EXPECT_EQ(image.pixel(3, 3), qRgb(0, 0, 0));
+    const QImage cut = ZWImageSupport::Decode(PcxHeader(8, 3, 4, 4, 4) + QByteArray("\xC8\x7F", 2));
+    ASSERT_EQ(cut.size(), QSize(4, 4));
+    EXPECT_EQ(cut.pixel(3, 3), qRgb(0, 0, 0));
 }
 
 TEST_F(ImageSupport, PicturesClaimingHugeSizesAreRefusedBeforeDecoding)
