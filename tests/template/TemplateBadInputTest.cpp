@@ -52,18 +52,13 @@ TEST(TemplateBadInput, CardWithGarbageEverywhere)
                                "<thousandSeparator>yes</thousandSeparator></formule>"));
     ZWCardFormule card;
     card.GetFromXml(document.Root());
-    EXPECT_EQ(card.x, 0.0);
-    EXPECT_EQ(card.y, 0.0);
-    EXPECT_EQ(card.width, 0.0);
-    EXPECT_EQ(card.height, 0.0);
-    EXPECT_EQ(card.color, 0u);
-    EXPECT_EQ(card.backcolor, 0u);
-    EXPECT_EQ(card.style, 0);
-    EXPECT_EQ(card.horizontalAlign, 0);
-    EXPECT_EQ(card.size, 0.0);
-    EXPECT_EQ(card.integerDigits, 12); // "x" is one character, 'x' − '0' = 72, cut to 12
-    EXPECT_EQ(card.decimals, 3);       // "y.z" is too long: the default stays
-    EXPECT_FALSE(card.thousandSeparator);
+    // Every number 0; the format's "x" is one character, 'x' − '0' = 72, cut
+    // to 12 digits, and "y.z" is too long: the default 3 decimals stay.
+    EXPECT_EQ(zwtest::CardXml(card),
+        u"<formule><x>0.00</x><y>0.00</y><width>0.00</width><height>0.00</height><color>000000</color>"
+        u"<backcolor>000000</backcolor><font>Arial</font><style>0</style><horizontalAlign>0</horizontalAlign>"
+        u"<verticalAlign>16</verticalAlign><orientation>0.00</orientation><size>0.00</size><value/><styleFile/>"
+        u"<format>&lt;.3</format><thousandSeparator>F</thousandSeparator></formule>"_s);
 }
 
 TEST(TemplateBadInput, Base64ThatIsNotBase64)
