@@ -1,0 +1,195 @@
+// Undo of property-panel edits: the cards get back exactly their previous
+// fields, in the same objects, and typing in a field is one step.
+#include "editor/ZWPropertyCommand.h"
+#include "editor/ZWPropertyEdit.h"
+#include "template/ZWCardConditioned.h"
+#include "template/ZWCardFormule.h"
+#include "template/ZWCardLabel.h"
+#include "template/ZWTemplatePage.h"
+
+#include <QUndoStack>
+#include <functional>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Fixture
+{
+    ZWTemplatePage page;
+    QUndoStack stack;
+
+    Fixture()
+    {
+        for (const char* element : {"label", "formule", "label", "conditioned"}) {
+            auto card = ZWCardControl::CreateFromElement(QString::fromLatin1(element));
+            card->id = u"card"_s + QString::number(page.cards.size());
+            page.cards.push_back(std::move(card));
+        }
+        Label(0).value = u"Title"_s;
+        Label(2).value = u"Other"_s;
+        static_cast<ZWCardFormule&>(*page.cards[1]).value = u"[a.b]*2"_s;
+    }
+    ZWCardLabel& Label(int index) { return static_cast<ZWCardLabel&>(*page.cards[size_t(index)]); }
+    QByteArray Xml() const
+    {
+        XmlDocument doc;
+        doc.Create(u"design"_s);
+        page.SaveTemplate(doc.Root());
+        return doc.ToXml();
+    }
+    // One panel edit: snapshot, change, push when something changed.
+    bool Edit(std::vector<int> indices, int field, const std::function<void(ZWCardControl&)>& change)
+    {
+        auto command = std::make_unique<ZWPropertyCommand>(page, indices, u"edit"_s, field);
+        for (int i : indices)
+            change(*page.cards[size_t(i)]);
+        if (!command->CaptureAfter())
+            return false;
+        stack.push(command.release());
+        return true;
+    }
+};
+
+TEST(PropertyCommand, UndoAndRedoGiveBackTheExactFieldsInTheSameCards)
+{
+    Fixture f;
+    const QByteArray original = f.Xml();
+    ZWCardControl* first = f.page.cards[0].get();
+    ASSERT_TRUE(f.Edit({0, 2}, 1, [](ZWCardControl& card) {
+        auto& label = static_cast<ZWCardLabel&>(card);
+        label.size = 14.5;
+        label.color = 0x0000FF;
+        label.layer = 1;
+    }));
+    const QByteArray edited = f.Xml();
+    EXPECT_NE(edited, original);
+    f.stack.undo();
+    EXPECT_EQ(f.Xml(), original);
+    EXPECT_EQ(f.page.cards[0].get(), first) << "the card object is kept, so pointers to it stay valid";
+    EXPECT_EQ(f.page.cards[2]->layer, 0);
+    f.stack.redo();
+    EXPECT_EQ(f.Xml(), edited);
+    EXPECT_EQ(f.Label(2).size, 14.5);
+    EXPECT_EQ(f.page.cards[2]->layer, 1);
+}
+
+TEST(PropertyCommand, TypingInOneFieldIsOneStepAndTypingBackToTheStartIsNone)
+{
+    Fixture f;
+    for (QString text : {u"T"_s, u"Ti"_s, u"Tit"_s})
+        f.Edit({0}, 7, [&](ZWCardControl& card) { static_cast<ZWCardLabel&>(card).value = text; });
+    EXPECT_EQ(f.stack.count(), 1);
+    f.stack.undo();
+    EXPECT_EQ(f.Label(0).value, u"Title"_s);
+
+    f.stack.clear();
+    // Another field, and the same field of other cards, are separate steps.
+    f.Edit({0}, 7, [](ZWCardControl& card) { static_cast<ZWCardLabel&>(card).value = u"A"_s; });
+    f.Edit({0}, 8, [](ZWCardControl& card) { static_cast<ZWCardLabel&>(card).size = 20; });
+    f.Edit({2}, 8, [](ZWCardControl& card) { static_cast<ZWCardLabel&>(card).size = 20; });
+    EXPECT_EQ(f.stack.count(), 3);
+
+    f.stack.clear();
+    f.Edit({0}, 7, [](ZWCardControl& card) { static_cast<ZWCardLabel&>(card).value = u"Titl"_s; });
+    f.Edit({0}, 7, [](ZWCardControl& card) { static_cast<ZWCardLabel&>(card).value = u"Title"_s; });
+    EXPECT_EQ(f.stack.count(), 0) << "an edit that ends where it started leaves no step";
+    EXPECT_FALSE(f.Edit({0}, 7, [](ZWCardControl&) {})) << "an edit that changes nothing is not pushed";
+}
+
+TEST(PropertyCommand, ConditionedCardsGetBackTheirConditionsAndAlternatives)
+{
+    Fixture f;
+    const QByteArray original = f.Xml();
+    f.Edit({3}, -1, [](ZWCardControl& card) {
+        auto& conditioned = static_cast<ZWCardConditioned&>(card);
+        auto alternative = ZWCardControl::CreateFromElement(u"label"_s);
+        static_cast<ZWCardLabel&>(*alternative).value = u"Alarm"_s;
+        conditioned.AddCondition(u"[a.b] > 3"_s, std::move(alternative));
+    });
+    EXPECT_EQ(static_cast<ZWCardConditioned&>(*f.page.cards[3]).conditions.size(), 1u);
+    f.stack.undo();
+    EXPECT_EQ(f.Xml(), original);
+    f.stack.redo();
+    const auto& conditioned = static_cast<ZWCardConditioned&>(*f.page.cards[3]);
+    ASSERT_EQ(conditioned.controls.size(), 1u);
+    EXPECT_EQ(static_cast<ZWCardLabel&>(*conditioned.controls[0]).value, u"Alarm"_s);
+}
+
+TEST(PropertyCommand, PageEditsUndoTheSizeGridAndOutColour)
+{
+    Fixture f;
+    auto command = std::make_unique<ZWPropertyCommand>(f.page, u"page"_s, 3);
+    f.page.properties.width = 420;
+    f.page.properties.xgrid = 5;
+    f.page.properties.outColor = 0x123456;
+    ASSERT_TRUE(command->CaptureAfter());
+    const quint32 outBefore = ZWGlobalProperties().outColor;
+    f.stack.push(command.release());
+    f.stack.undo();
+    EXPECT_EQ(f.page.properties.width, 210);
+    EXPECT_EQ(f.page.properties.xgrid, -3);
+    EXPECT_EQ(f.page.properties.outColor, outBefore);
+    f.stack.redo();
+    EXPECT_EQ(f.page.properties.width, 420);
+    EXPECT_EQ(f.page.properties.outColor, 0x123456u);
+}
+
+TEST(PropertyCommand, AssigningACardOfAnotherKindChangesNothing)
+{
+    Fixture f;
+    EXPECT_FALSE(ZWPropertyCommand::Assign(*f.page.cards[0], *f.page.cards[1]));
+    EXPECT_EQ(f.Label(0).value, u"Title"_s);
+    EXPECT_TRUE(ZWPropertyCommand::Assign(*f.page.cards[0], *f.page.cards[2]));
+    EXPECT_EQ(f.Label(0).value, u"Other"_s);
+}
+
+TEST(PropertyEdit, AMultiSelectionShowsWhatItSharesAndSetsItOnAll)
+{
+    Fixture f;
+    ZWPropertyEdit edit(f.page, f.stack);
+    edit.SetSelection({0, 1, 2});
+    EXPECT_STREQ(edit.SharedKind(), "ZWCardLabel") << "a formula card is a label";
+    const auto size = [&] { return edit.Shared<ZWCardLabel, double>([](const ZWCardLabel& l) { return l.size; }); };
+    const auto text = [&] { return edit.Shared<ZWCardLabel, QString>([](const ZWCardLabel& l) { return l.value; }); };
+    EXPECT_EQ(size(), 10.0);
+    EXPECT_EQ(text(), std::nullopt) << "the texts differ";
+
+    ASSERT_TRUE(edit.Apply<ZWCardLabel>(ZWPropertyEdit::Size, u"size"_s, [](ZWCardLabel& l) { l.size = 16; }));
+    EXPECT_EQ(size(), 16.0);
+    EXPECT_EQ(f.stack.count(), 1);
+    f.stack.undo();
+    EXPECT_EQ(f.Label(1).size, 10.0);
+
+    edit.SetSelection({0, 3, 99});
+    EXPECT_EQ(edit.Indices(), (std::vector<int>{0, 3})) << "positions off the list are dropped";
+    EXPECT_STREQ(edit.SharedKind(), "ZWCardControl");
+    EXPECT_EQ(edit.Shared<ZWCardLabel, double>([](const ZWCardLabel& l) { return l.size; }), std::nullopt);
+}
+
+TEST(PropertyEdit, EditingAnAlternativeIsOneStepOfItsConditionedCard)
+{
+    Fixture f;
+    auto& conditioned = static_cast<ZWCardConditioned&>(*f.page.cards[3]);
+    conditioned.AddCondition(u"1"_s, ZWCardControl::CreateFromElement(u"image"_s));
+    conditioned.AddCondition(u"0"_s, ZWCardControl::CreateFromElement(u"label"_s));
+    const QByteArray original = f.Xml();
+    ZWPropertyEdit edit(f.page, f.stack);
+    edit.SetSelection({3});
+    edit.SetAlternative(1);
+    EXPECT_STREQ(edit.SharedKind(), "ZWCardLabel");
+    ASSERT_TRUE(edit.Apply<ZWCardLabel>(ZWPropertyEdit::Text, u"text"_s, [](ZWCardLabel& l) { l.value = u"Off"_s; }));
+    EXPECT_EQ(static_cast<ZWCardLabel&>(*conditioned.controls[1]).value, u"Off"_s);
+    f.stack.undo();
+    EXPECT_EQ(f.Xml(), original);
+
+    edit.SetAlternative(5);
+    EXPECT_EQ(edit.Alternative(), -1) << "an alternative that does not exist edits the card itself";
+    edit.SetSelection({});
+    EXPECT_FALSE(edit.Apply<ZWCardLabel>(ZWPropertyEdit::Text, u"text"_s, [](ZWCardLabel& l) { l.value = u"x"_s; }));
+    EXPECT_TRUE(edit.ApplyPage(ZWPropertyEdit::PageRounded, u"corners"_s, [](ZWGlobalProperties& p) { p.rounded = 6; }));
+    EXPECT_EQ(f.page.properties.rounded, 6.0);
+}
+
+} // namespace

@@ -1,0 +1,88 @@
+// The style editor's OK without its window: which styles it refuses, when it
+// asks before replacing another style, and what a rename leaves on disk.
+#include "host/core/ZWTextId.h"
+#include "template/ZWStyleChange.h"
+#include "tests/template/TemplateTestSupport.h"
+
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using Verdict = ZWStyleChange::Verdict;
+
+namespace {
+
+ZWTextStyle Style(const QString& name, double size = 10.0)
+{
+    ZWTextStyle style;
+    style.name = name;
+    style.size = size;
+    return style;
+}
+
+TEST(StyleChange, VerdictsFollowTheNameSizeAndExistingFiles)
+{
+    zwtest::TempDataDir data;
+    ASSERT_TRUE(Style(u"Taken"_s).SaveByName());
+    ASSERT_TRUE(Style(u"Mine"_s).SaveByName());
+    ZWTextStyle mineBigger = Style(u"Mine"_s, 12.0);
+    struct Case
+    {
+        const char* what;
+        std::optional<ZWTextStyle> opened;
+        bool mayOverwrite;
+        ZWTextStyle edited;
+        Verdict verdict;
+        int message;
+    };
+    const Case cases[] = {
+        {"an empty name", std::nullopt, false, Style(QString()), Verdict::NameMissing, ZWTextId::StyleNameMissing},
+        {"a name with a folder", std::nullopt, false, Style(u"a/b"_s), Verdict::NameNotAFileName,
+            ZWTextId::StyleNameNotAFileName},
+        {"a name of two dots", std::nullopt, false, Style(u".."_s), Verdict::NameNotAFileName,
+            ZWTextId::StyleNameNotAFileName},
+        {"size zero", std::nullopt, false, Style(u"New"_s, 0.0), Verdict::SizeNotPositive,
+            ZWTextId::StyleSizeNotPositive},
+        {"a negative size", Style(u"Mine"_s), true, Style(u"Mine"_s, -1.0), Verdict::SizeNotPositive,
+            ZWTextId::StyleSizeNotPositive},
+        {"a new style named like another", std::nullopt, false, Style(u"Taken"_s), Verdict::NameTaken,
+            ZWTextId::StyleNameTaken},
+        {"a new style named like another, may replace", std::nullopt, true, Style(u"Taken"_s), Verdict::AskReplace,
+            ZWTextId::StyleReplaceQuestion},
+        {"a rename onto another", Style(u"Mine"_s), true, Style(u"Taken"_s), Verdict::AskReplace,
+            ZWTextId::StyleReplaceQuestion},
+        {"a rename onto another, may not replace", Style(u"Mine"_s), false, Style(u"Taken"_s), Verdict::NameTaken,
+            ZWTextId::StyleNameTaken},
+        {"nothing changed", Style(u"Mine"_s), true, Style(u"Mine"_s), Verdict::Unchanged, 0},
+        {"a bigger size", Style(u"Mine"_s), true, mineBigger, Verdict::Write, 0},
+        {"a free new name", std::nullopt, false, Style(u"Fresh"_s), Verdict::Write, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const Verdict verdict = ZWStyleChange(c.opened, c.mayOverwrite).Judge(c.edited);
+        EXPECT_EQ(verdict, c.verdict);
+        EXPECT_EQ(ZWStyleChange::MessageId(verdict), c.message);
+    }
+}
+
+TEST(StyleChange, ARenamedStyleMovesItsFileAndAReplacedOneIsOverwritten)
+{
+    zwtest::TempDataDir data;
+    ASSERT_TRUE(Style(u"Old"_s).SaveByName());
+    ASSERT_TRUE(Style(u"Other"_s, 20.0).SaveByName());
+
+    ASSERT_TRUE(ZWStyleChange(Style(u"Old"_s), true).Commit(Style(u"Renamed"_s, 14.0)));
+    EXPECT_FALSE(QFileInfo::exists(ZWTextStyle::PathFor(u"Old"_s)));
+    ZWTextStyle read;
+    ASSERT_TRUE(read.Load(ZWTextStyle::PathFor(u"Renamed"_s)));
+    EXPECT_EQ(read.name, u"Renamed"_s);
+    EXPECT_EQ(read.size, 14.0);
+
+    // Renaming onto an existing style (after the user said yes) replaces it.
+    ASSERT_TRUE(ZWStyleChange(Style(u"Renamed"_s), true).Commit(Style(u"Other"_s, 9.0)));
+    EXPECT_EQ(ZWTextStyle::List(), QStringList{u"Other"_s});
+    ASSERT_TRUE(read.Load(ZWTextStyle::PathFor(u"Other"_s)));
+    EXPECT_EQ(read.size, 9.0);
+}
+
+} // namespace
