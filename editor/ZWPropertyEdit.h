@@ -18,12 +18,41 @@ class ZWPropertyEdit
 public:
     // The fields, for merging the steps of one field.
     enum Field {
-        X, Y, Width, Height, Color, Backcolor, Layer, Binding,
-        Text, Font, Size, Bold, Italic, Orientation, HorizontalAlign, VerticalAlign, StyleFile,
-        Thousands, IntegerDigits, Decimals, FillIntegerZeros, FillDecimalZeros,
-        DatePattern, Picture, AspectRatio, RealSize,
+        X,
+        Y,
+        Width,
+        Height,
+        Color,
+        Backcolor,
+        Layer,
+        Binding,
+        Text,
+        Font,
+        Size,
+        Bold,
+        Italic,
+        Orientation,
+        HorizontalAlign,
+        VerticalAlign,
+        StyleFile,
+        Thousands,
+        IntegerDigits,
+        Decimals,
+        FillIntegerZeros,
+        FillDecimalZeros,
+        DatePattern,
+        Picture,
+        AspectRatio,
+        RealSize,
         Conditions,
-        PageWidth, PageHeight, PageRounded, PageGridX, PageGridY, PageBackground, PageOutColor,
+        PageWidth,
+        PageHeight,
+        PageRounded,
+        PageGridX,
+        PageGridY,
+        PageBackground,
+        PageOutColor,
+        PageSize,
     };
 
     ZWPropertyEdit(ZWTemplatePage& page, QUndoStack& stack);
@@ -46,8 +75,7 @@ public:
     const char* SharedKind() const;
 
     // The value of a field when every edited card has the same, else none.
-    template<class Card, class T>
-    std::optional<T> Shared(const std::function<T(const Card&)>& get) const
+    template <class Card, class T> std::optional<T> Shared(const std::function<T(const Card&)>& get) const
     {
         std::optional<T> value;
         for (ZWCardControl* card : Cards()) {
@@ -64,8 +92,7 @@ public:
 
     // Changes every edited card of kind Card as one step named `text`;
     // false when nothing changed.
-    template<class Card>
-    bool Apply(Field field, const QString& text, const std::function<void(Card&)>& change)
+    template <class Card> bool Apply(Field field, const QString& text, const std::function<void(Card&)>& change)
     {
         return ApplyAny(field, text, [&](ZWCardControl& card) {
             if (auto* typed = dynamic_cast<Card*>(&card))

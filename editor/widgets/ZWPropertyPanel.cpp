@@ -36,8 +36,7 @@
 namespace {
 
 // The value every edited card shares, through a plain getter.
-template<class Card, class T, class Get>
-std::optional<T> SharedOf(const ZWPropertyEdit& edit, Get get)
+template <class Card, class T, class Get> std::optional<T> SharedOf(const ZWPropertyEdit& edit, Get get)
 {
     return edit.Shared<Card, T>(std::function<T(const Card&)>(get));
 }
@@ -152,22 +151,22 @@ void ZWPropertyPanel::Build()
     form(card)->addRow(ZWLoadString(ZWTextId::PanelLayer), m_layer);
     form(card)->addRow(ZWLoadString(ZWTextId::PanelField), m_field);
 
-    const auto geometry = [this](QDoubleSpinBox* spin, ZWPropertyEdit::Field field, double ZWCardControl::*member,
-                              int textId) {
-        connect(spin, &QDoubleSpinBox::valueChanged, this, [this, spin, field, member, textId](double value) {
-            if (m_refreshing || !m_edit || spin->text().isEmpty())
-                return;
-            Pushed(m_edit->Apply<ZWCardControl>(field, ZWLoadString(textId), [&](ZWCardControl& c) {
-                c.*member = value;
-                // Kept on the page, as the mouse keeps it.
-                const auto& page = m_edit->Page().properties;
-                c.width = std::min(c.width, page.width);
-                c.height = std::min(c.height, page.height);
-                c.x = std::clamp(c.x, 0.0, std::max(0.0, page.width - c.width));
-                c.y = std::clamp(c.y, 0.0, std::max(0.0, page.height - c.height));
-            }));
-        });
-    };
+    const auto geometry
+        = [this](QDoubleSpinBox* spin, ZWPropertyEdit::Field field, double ZWCardControl::*member, int textId) {
+              connect(spin, &QDoubleSpinBox::valueChanged, this, [this, spin, field, member, textId](double value) {
+                  if (m_refreshing || !m_edit || spin->text().isEmpty())
+                      return;
+                  Pushed(m_edit->Apply<ZWCardControl>(field, ZWLoadString(textId), [&](ZWCardControl& c) {
+                      c.*member = value;
+                      // Kept on the page, as the mouse keeps it.
+                      const auto& page = m_edit->Page().properties;
+                      c.width = std::min(c.width, page.width);
+                      c.height = std::min(c.height, page.height);
+                      c.x = std::clamp(c.x, 0.0, std::max(0.0, page.width - c.width));
+                      c.y = std::clamp(c.y, 0.0, std::max(0.0, page.height - c.height));
+                  }));
+              });
+          };
     geometry(m_x, ZWPropertyEdit::X, &ZWCardControl::x, ZWTextId::PanelX);
     geometry(m_y, ZWPropertyEdit::Y, &ZWCardControl::y, ZWTextId::PanelY);
     geometry(m_width, ZWPropertyEdit::Width, &ZWCardControl::width, ZWTextId::PanelWidth);
@@ -185,14 +184,14 @@ void ZWPropertyPanel::Build()
     connect(m_layer, &QComboBox::activated, this, [this](int index) {
         const int layer = m_layer->itemData(index).toInt();
         if (m_edit)
-            Pushed(m_edit->Apply<ZWCardControl>(
-                ZWPropertyEdit::Layer, ZWLoadString(ZWTextId::PanelLayer), [layer](ZWCardControl& c) { c.layer = layer; }));
+            Pushed(m_edit->Apply<ZWCardControl>(ZWPropertyEdit::Layer, ZWLoadString(ZWTextId::PanelLayer),
+                [layer](ZWCardControl& c) { c.layer = layer; }));
     });
     const auto applyField = [this](const QString& value) {
         if (m_refreshing || !m_edit)
             return;
-        Pushed(m_edit->Apply<ZWCardControl>(
-            ZWPropertyEdit::Binding, ZWLoadString(ZWTextId::PanelField), [&value](ZWCardControl& c) { c.field = value; }));
+        Pushed(m_edit->Apply<ZWCardControl>(ZWPropertyEdit::Binding, ZWLoadString(ZWTextId::PanelField),
+            [&value](ZWCardControl& c) { c.field = value; }));
         UpdateDateSample();
     };
     connect(m_field, &QComboBox::activated, this, [this, applyField](int index) {
@@ -243,8 +242,8 @@ void ZWPropertyPanel::Build()
     });
     connect(m_font, &QFontComboBox::currentFontChanged, this, [this](const QFont& font) {
         if (!m_refreshing && m_edit)
-            Pushed(m_edit->Apply<ZWCardLabel>(
-                ZWPropertyEdit::Font, ZWLoadString(ZWTextId::PanelFont), [&font](ZWCardLabel& c) { c.font = font.family(); }));
+            Pushed(m_edit->Apply<ZWCardLabel>(ZWPropertyEdit::Font, ZWLoadString(ZWTextId::PanelFont),
+                [&font](ZWCardLabel& c) { c.font = font.family(); }));
     });
     connect(m_size, &QDoubleSpinBox::valueChanged, this, [this](double value) {
         if (!m_refreshing && m_edit && !m_size->text().isEmpty())
@@ -260,9 +259,8 @@ void ZWPropertyPanel::Build()
         connect(check, &QCheckBox::clicked, this, [this, check, bit, field](bool on) {
             check->setTristate(false);
             if (m_edit)
-                Pushed(m_edit->Apply<ZWCardLabel>(field, check->text(), [on, bit](ZWCardLabel& c) {
-                    c.style = on ? (c.style | bit) : (c.style & ~bit);
-                }));
+                Pushed(m_edit->Apply<ZWCardLabel>(field, check->text(),
+                    [on, bit](ZWCardLabel& c) { c.style = on ? (c.style | bit) : (c.style & ~bit); }));
         });
     };
     styleBit(m_bold, 1, ZWPropertyEdit::Bold);
@@ -284,10 +282,11 @@ void ZWPropertyPanel::Build()
         if (!m_edit)
             return;
         // Picking a style applies it at once; "none" keeps the look.
-        Pushed(m_edit->Apply<ZWCardLabel>(ZWPropertyEdit::StyleFile, ZWLoadString(ZWTextId::PanelStyle), [&name](ZWCardLabel& c) {
-            c.styleFile = name;
-            c.UpdateStyleFromFile();
-        }));
+        Pushed(m_edit->Apply<ZWCardLabel>(
+            ZWPropertyEdit::StyleFile, ZWLoadString(ZWTextId::PanelStyle), [&name](ZWCardLabel& c) {
+                c.styleFile = name;
+                c.UpdateStyleFromFile();
+            }));
         Refresh();
     });
     connect(m_saveStyle, &QPushButton::clicked, this, [this] {
@@ -296,8 +295,8 @@ void ZWPropertyPanel::Build()
         if (!label)
             return;
         bool ok = false;
-        const QString name = QInputDialog::getText(
-            this, m_saveStyle->text(), ZWLoadString(ZWTextId::PanelStyleName), QLineEdit::Normal, label->styleFile, &ok);
+        const QString name = QInputDialog::getText(this, m_saveStyle->text(), ZWLoadString(ZWTextId::PanelStyleName),
+            QLineEdit::Normal, label->styleFile, &ok);
         if (!ok || name.trimmed().isEmpty())
             return;
         ZWTextStyle style;
@@ -311,8 +310,8 @@ void ZWPropertyPanel::Build()
             ShowMessage(ZWLoadString(ZWTextId::StyleWriteFailed).arg(ZWTextStyle::PathFor(style.name)));
             return;
         }
-        Pushed(m_edit->Apply<ZWCardLabel>(
-            ZWPropertyEdit::StyleFile, ZWLoadString(ZWTextId::PanelStyle), [&style](ZWCardLabel& c) { c.styleFile = style.name; }));
+        Pushed(m_edit->Apply<ZWCardLabel>(ZWPropertyEdit::StyleFile, ZWLoadString(ZWTextId::PanelStyle),
+            [&style](ZWCardLabel& c) { c.styleFile = style.name; }));
         Refresh();
     });
 
@@ -337,7 +336,8 @@ void ZWPropertyPanel::Build()
         connect(check, &QCheckBox::clicked, this, [this, check, field, member](bool on) {
             check->setTristate(false);
             if (m_edit)
-                Pushed(m_edit->Apply<ZWCardFormule>(field, check->text(), [on, member](ZWCardFormule& c) { c.*member = on; }));
+                Pushed(m_edit->Apply<ZWCardFormule>(
+                    field, check->text(), [on, member](ZWCardFormule& c) { c.*member = on; }));
             UpdateNumberSample();
         });
     };
@@ -364,8 +364,8 @@ void ZWPropertyPanel::Build()
     form(date)->addRow(ZWLoadString(ZWTextId::PanelSample), m_dateSample);
     connect(m_pattern, &QLineEdit::textEdited, this, [this](const QString& value) {
         if (m_edit)
-            Pushed(m_edit->Apply<ZWCardDate>(
-                ZWPropertyEdit::DatePattern, ZWLoadString(ZWTextId::PanelPattern), [&value](ZWCardDate& c) { c.format = value; }));
+            Pushed(m_edit->Apply<ZWCardDate>(ZWPropertyEdit::DatePattern, ZWLoadString(ZWTextId::PanelPattern),
+                [&value](ZWCardDate& c) { c.format = value; }));
         UpdateDateSample();
     });
 
@@ -402,7 +402,8 @@ void ZWPropertyPanel::Build()
         connect(check, &QCheckBox::clicked, this, [this, check, field, member](bool on) {
             check->setTristate(false);
             if (m_edit)
-                Pushed(m_edit->Apply<ZWCardImage>(field, check->text(), [on, member](ZWCardImage& c) { c.*member = on; }));
+                Pushed(
+                    m_edit->Apply<ZWCardImage>(field, check->text(), [on, member](ZWCardImage& c) { c.*member = on; }));
         });
     };
     pictureCheck(m_aspect, ZWPropertyEdit::AspectRatio, &ZWCardImage::maintainAspectRatio);
@@ -427,8 +428,9 @@ void ZWPropertyPanel::Build()
     m_condition = new QLineEdit(m_body);
     auto* add = new QPushButton(ZWLoadString(ZWTextId::PanelAddCondition), m_body);
     auto* kinds = new QMenu(add);
-    const std::pair<const char*, int> kindTexts[] = {{"label", ZWTextId::PanelKindLabel},
-        {"formule", ZWTextId::PanelKindFormule}, {"date", ZWTextId::PanelKindDate}, {"image", ZWTextId::PanelKindImage}};
+    const std::pair<const char*, int> kindTexts[]
+        = {{"label", ZWTextId::PanelKindLabel}, {"formule", ZWTextId::PanelKindFormule},
+            {"date", ZWTextId::PanelKindDate}, {"image", ZWTextId::PanelKindImage}};
     for (const auto& [element, id] : kindTexts) {
         const QString name = QString::fromLatin1(element);
         kinds->addAction(ZWLoadString(id), this, [this, name] { AddCondition(name); });
@@ -499,25 +501,26 @@ void ZWPropertyPanel::Build()
         const QSizeF size = m_pagePreset->itemData(index).toSizeF();
         if (!m_edit || size.isEmpty())
             return;
-        Pushed(m_edit->ApplyPage(ZWPropertyEdit::PageWidth, ZWLoadString(ZWTextId::PanelPageSize), [size](ZWGlobalProperties& p) {
-            p.width = size.width();
-            p.height = size.height();
-            p.FitBackground();
-        }));
-        RefreshPage();
-    });
-    const auto pageSpin = [this](QDoubleSpinBox* spin, ZWPropertyEdit::Field field, double ZWGlobalProperties::*member,
-                              int textId) {
-        connect(spin, &QDoubleSpinBox::valueChanged, this, [this, field, member, textId](double value) {
-            if (m_refreshing || !m_edit)
-                return;
-            Pushed(m_edit->ApplyPage(field, ZWLoadString(textId), [value, member](ZWGlobalProperties& p) {
-                p.*member = value;
+        Pushed(m_edit->ApplyPage(
+            ZWPropertyEdit::PageSize, ZWLoadString(ZWTextId::PanelPageSize), [size](ZWGlobalProperties& p) {
+                p.width = size.width();
+                p.height = size.height();
                 p.FitBackground();
             }));
-            RefreshPage();
-        });
-    };
+        RefreshPage();
+    });
+    const auto pageSpin
+        = [this](QDoubleSpinBox* spin, ZWPropertyEdit::Field field, double ZWGlobalProperties::*member, int textId) {
+              connect(spin, &QDoubleSpinBox::valueChanged, this, [this, field, member, textId](double value) {
+                  if (m_refreshing || !m_edit)
+                      return;
+                  Pushed(m_edit->ApplyPage(field, ZWLoadString(textId), [value, member](ZWGlobalProperties& p) {
+                      p.*member = value;
+                      p.FitBackground();
+                  }));
+                  RefreshPage();
+              });
+          };
     pageSpin(m_pageWidth, ZWPropertyEdit::PageWidth, &ZWGlobalProperties::width, ZWTextId::PanelWidth);
     pageSpin(m_pageHeight, ZWPropertyEdit::PageHeight, &ZWGlobalProperties::height, ZWTextId::PanelHeight);
     pageSpin(m_rounded, ZWPropertyEdit::PageRounded, &ZWGlobalProperties::rounded, ZWTextId::PanelRounded);
@@ -565,14 +568,15 @@ void ZWPropertyPanel::Refresh()
     const char* kind = m_edit ? m_edit->SharedKind() : "";
     const bool cards = m_edit && !m_edit->Cards().empty();
     const bool alternative = m_edit && m_edit->Alternative() >= 0;
-    const bool label = cards && (IsKind(kind, "ZWCardLabel") || IsKind(kind, "ZWCardDate") || IsKind(kind, "ZWCardFormule"));
+    const bool label
+        = cards && (IsKind(kind, "ZWCardLabel") || IsKind(kind, "ZWCardDate") || IsKind(kind, "ZWCardFormule"));
     Group("card")->setVisible(cards);
     Group("text")->setVisible(label);
     Group("number")->setVisible(cards && IsKind(kind, "ZWCardFormule"));
     Group("date")->setVisible(cards && IsKind(kind, "ZWCardDate"));
     Group("picture")->setVisible(cards && IsKind(kind, "ZWCardImage"));
-    Group("conditions")->setVisible(
-        cards && IsKind(kind, "ZWCardConditioned") && m_edit->Indices().size() == 1 && !alternative);
+    Group("conditions")
+        ->setVisible(cards && IsKind(kind, "ZWCardConditioned") && m_edit->Indices().size() == 1 && !alternative);
     Group("page")->setVisible(m_edit && !cards);
     m_back->setVisible(alternative);
     if (cards) {
@@ -696,9 +700,8 @@ void ZWPropertyPanel::UpdateNumberSample()
 {
     const auto cards = m_edit ? m_edit->Cards() : std::vector<ZWCardControl*>();
     const auto* formula = cards.empty() ? nullptr : dynamic_cast<const ZWCardFormule*>(cards.front());
-    m_numberSample->setText(formula ? formula->FormatValue(1234567.891) + QStringLiteral("   ")
-                                  + formula->FormatValue(-0.5)
-                                    : QString());
+    m_numberSample->setText(
+        formula ? formula->FormatValue(1234567.891) + QStringLiteral("   ") + formula->FormatValue(-0.5) : QString());
 }
 
 void ZWPropertyPanel::UpdateFormulaCheck()
@@ -742,7 +745,8 @@ void ZWPropertyPanel::RefreshPicture()
     m_linked->setEnabled(linked.value_or(true));
     Show(m_aspect, SharedOf<ZWCardImage, bool>(e, [](const ZWCardImage& c) { return c.maintainAspectRatio; }));
     Show(m_realSize, SharedOf<ZWCardImage, bool>(e, [](const ZWCardImage& c) { return c.maintainRealSize; }));
-    ShowAlign(m_pictureHorizontal, SharedOf<ZWCardImage, int>(e, [](const ZWCardImage& c) { return c.horizontalAlign; }));
+    ShowAlign(
+        m_pictureHorizontal, SharedOf<ZWCardImage, int>(e, [](const ZWCardImage& c) { return c.horizontalAlign; }));
     ShowAlign(m_pictureVertical, SharedOf<ZWCardImage, int>(e, [](const ZWCardImage& c) { return c.verticalAlign; }));
     const auto file = SharedOf<ZWCardImage, QString>(e, [](const ZWCardImage& c) { return c.valueFile; });
     m_picture->setToolTip(file.value_or(QString()));
@@ -757,9 +761,8 @@ bool ZWPropertyPanel::ChoosePicture(const QString& path)
         ShowMessage(ZWLoadString(ZWTextId::PanelPictureUnreadable).arg(path));
         return false;
     }
-    Pushed(m_edit->Apply<ZWCardImage>(ZWPropertyEdit::Picture, m_picture->text(), [&path](ZWCardImage& c) {
-        c.SetPictureFile(path);
-    }));
+    Pushed(m_edit->Apply<ZWCardImage>(
+        ZWPropertyEdit::Picture, m_picture->text(), [&path](ZWCardImage& c) { c.SetPictureFile(path); }));
     Refresh();
     return true;
 }
@@ -773,9 +776,8 @@ bool ZWPropertyPanel::ChooseBackground(const QString& path)
         ShowMessage(ZWLoadString(ZWTextId::PanelPictureUnreadable).arg(path));
         return false;
     }
-    Pushed(m_edit->ApplyPage(ZWPropertyEdit::PageBackground, m_background->text(), [&path](ZWGlobalProperties& p) {
-        p.InitializeBackgroundFile(path);
-    }));
+    Pushed(m_edit->ApplyPage(ZWPropertyEdit::PageBackground, m_background->text(),
+        [&path](ZWGlobalProperties& p) { p.InitializeBackgroundFile(path); }));
     return true;
 }
 
@@ -790,15 +792,16 @@ void ZWPropertyPanel::RefreshConditions()
     for (int i = 0; i < conditioned->GetNumberOfConditions(); ++i)
         m_conditions->addItem(conditioned->GetCondition(i));
     m_conditions->setCurrentRow(std::min(std::max(row, 0), m_conditions->count() - 1));
-    m_condition->setText(m_conditions->currentRow() >= 0 ? conditioned->GetCondition(m_conditions->currentRow()) : QString());
+    m_condition->setText(
+        m_conditions->currentRow() >= 0 ? conditioned->GetCondition(m_conditions->currentRow()) : QString());
 }
 
 void ZWPropertyPanel::AddCondition(const QString& element)
 {
     if (!m_edit)
         return;
-    Pushed(m_edit->Apply<ZWCardConditioned>(ZWPropertyEdit::Conditions, ZWLoadString(ZWTextId::PanelAddCondition),
-        [&element](ZWCardConditioned& c) {
+    Pushed(m_edit->Apply<ZWCardConditioned>(
+        ZWPropertyEdit::Conditions, ZWLoadString(ZWTextId::PanelAddCondition), [&element](ZWCardConditioned& c) {
             auto card = ZWCardControl::CreateFromElement(element);
             if (card)
                 card->InitializeId();
@@ -824,9 +827,8 @@ void ZWPropertyPanel::MoveCondition(int step)
     const int to = row + step;
     if (!m_edit || row < 0 || to < 0 || to >= m_conditions->count())
         return;
-    Pushed(m_edit->Apply<ZWCardConditioned>(
-        ZWPropertyEdit::Conditions, ZWLoadString(step < 0 ? ZWTextId::PanelUp : ZWTextId::PanelDown),
-        [row, to](ZWCardConditioned& c) {
+    Pushed(m_edit->Apply<ZWCardConditioned>(ZWPropertyEdit::Conditions,
+        ZWLoadString(step < 0 ? ZWTextId::PanelUp : ZWTextId::PanelDown), [row, to](ZWCardConditioned& c) {
             std::swap(c.controls[size_t(row)], c.controls[size_t(to)]);
             std::swap(c.conditions[size_t(row)], c.conditions[size_t(to)]);
             if (c.level == row || c.level == to)

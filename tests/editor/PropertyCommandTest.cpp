@@ -61,18 +61,18 @@ TEST(PropertyCommand, UndoAndRedoGiveBackTheExactFieldsInTheSameCards)
         auto& label = static_cast<ZWCardLabel&>(card);
         label.size = 14.5;
         label.color = 0x0000FF;
-        label.layer = 1;
+        label.layer = 0;
     }));
     const QByteArray edited = f.Xml();
     EXPECT_NE(edited, original);
     f.stack.undo();
     EXPECT_EQ(f.Xml(), original);
     EXPECT_EQ(f.page.cards[0].get(), first) << "the card object is kept, so pointers to it stay valid";
-    EXPECT_EQ(f.page.cards[2]->layer, 0);
+    EXPECT_EQ(f.page.cards[2]->layer, 1);
     f.stack.redo();
     EXPECT_EQ(f.Xml(), edited);
     EXPECT_EQ(f.Label(2).size, 14.5);
-    EXPECT_EQ(f.page.cards[2]->layer, 1);
+    EXPECT_EQ(f.page.cards[2]->layer, 0);
 }
 
 TEST(PropertyCommand, TypingInOneFieldIsOneStepAndTypingBackToTheStartIsNone)
@@ -92,6 +92,7 @@ TEST(PropertyCommand, TypingInOneFieldIsOneStepAndTypingBackToTheStartIsNone)
     EXPECT_EQ(f.stack.count(), 3);
 
     f.stack.clear();
+    f.Label(0).value = u"Title"_s;
     f.Edit({0}, 7, [](ZWCardControl& card) { static_cast<ZWCardLabel&>(card).value = u"Titl"_s; });
     f.Edit({0}, 7, [](ZWCardControl& card) { static_cast<ZWCardLabel&>(card).value = u"Title"_s; });
     EXPECT_EQ(f.stack.count(), 0) << "an edit that ends where it started leaves no step";
@@ -165,7 +166,7 @@ TEST(PropertyEdit, AMultiSelectionShowsWhatItSharesAndSetsItOnAll)
     edit.SetSelection({0, 3, 99});
     EXPECT_EQ(edit.Indices(), (std::vector<int>{0, 3})) << "positions off the list are dropped";
     EXPECT_STREQ(edit.SharedKind(), "ZWCardControl");
-    EXPECT_EQ(edit.Shared<ZWCardLabel, double>([](const ZWCardLabel& l) { return l.size; }), std::nullopt);
+    EXPECT_EQ((edit.Shared<ZWCardLabel, double>([](const ZWCardLabel& l) { return l.size; })), std::nullopt);
 }
 
 TEST(PropertyEdit, EditingAnAlternativeIsOneStepOfItsConditionedCard)
@@ -188,7 +189,8 @@ TEST(PropertyEdit, EditingAnAlternativeIsOneStepOfItsConditionedCard)
     EXPECT_EQ(edit.Alternative(), -1) << "an alternative that does not exist edits the card itself";
     edit.SetSelection({});
     EXPECT_FALSE(edit.Apply<ZWCardLabel>(ZWPropertyEdit::Text, u"text"_s, [](ZWCardLabel& l) { l.value = u"x"_s; }));
-    EXPECT_TRUE(edit.ApplyPage(ZWPropertyEdit::PageRounded, u"corners"_s, [](ZWGlobalProperties& p) { p.rounded = 6; }));
+    EXPECT_TRUE(
+        edit.ApplyPage(ZWPropertyEdit::PageRounded, u"corners"_s, [](ZWGlobalProperties& p) { p.rounded = 6; }));
     EXPECT_EQ(f.page.properties.rounded, 6.0);
 }
 

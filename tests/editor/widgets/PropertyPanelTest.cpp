@@ -69,7 +69,7 @@ protected:
         edit.SetSelection(std::move(indices));
         panel.Refresh();
     }
-    template<class Card> Card& At(int index) { return static_cast<Card&>(*page.cards[size_t(index)]); }
+    template <class Card> Card& At(int index) { return static_cast<Card&>(*page.cards[size_t(index)]); }
     static void Type(QAbstractSpinBox* spin, const QString& text)
     {
         spin->setFocus();
@@ -100,7 +100,7 @@ TEST_F(Panel, TypingInFieldsIsOneStepPerFieldAndUndoGivesBackTheExactCard)
     EXPECT_EQ(stack.count(), 3);
     EXPECT_EQ(At<ZWCardLabel>(0).size, 14.0);
     EXPECT_EQ(At<ZWCardLabel>(0).x, 180.0) << "a card is kept on the 210 mm page";
-    QTest::mouseClick(panel.BoldEdit(), Qt::LeftButton);
+    QTest::mouseClick(panel.BoldEdit(), Qt::LeftButton, {}, QPoint(8, panel.BoldEdit()->height() / 2));
     EXPECT_EQ(At<ZWCardLabel>(0).style, 1);
     while (stack.canUndo())
         stack.undo();
@@ -121,12 +121,12 @@ TEST_F(Panel, AMultiSelectionShowsWhatItSharesAndAnEditSetsItOnAll)
     EXPECT_EQ(panel.XEdit()->text(), QString());
     EXPECT_EQ(panel.HeightEdit()->value(), 10.0);
     Type(panel.DecimalsEdit(), u"1"_s);
-    QTest::mouseClick(panel.ThousandsEdit(), Qt::LeftButton);
+    QTest::mouseClick(panel.ThousandsEdit(), Qt::LeftButton, {}, QPoint(8, panel.ThousandsEdit()->height() / 2));
     EXPECT_EQ(At<ZWCardFormule>(1).decimals, 1);
     EXPECT_EQ(At<ZWCardFormule>(2).decimals, 1);
     EXPECT_TRUE(At<ZWCardFormule>(2).thousandSeparator);
-    EXPECT_EQ(panel.NumberSample()->text(), At<ZWCardFormule>(1).FormatValue(1234567.891) + u"   "_s
-            + At<ZWCardFormule>(1).FormatValue(-0.5));
+    EXPECT_EQ(panel.NumberSample()->text(),
+        At<ZWCardFormule>(1).FormatValue(1234567.891) + u"   "_s + At<ZWCardFormule>(1).FormatValue(-0.5));
     stack.undo();
     stack.undo();
     EXPECT_EQ(At<ZWCardFormule>(1).decimals, 2);

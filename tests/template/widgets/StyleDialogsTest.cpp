@@ -37,7 +37,7 @@ protected:
 };
 
 // The list, with an editor that types the given name and size and presses OK.
-class List : public CDlgAddRemoveStyle
+class ListUnderTest : public CDlgAddRemoveStyle
 {
 public:
     QString typedName;
@@ -82,7 +82,7 @@ TEST_F(StyleDialogs, TheEditorStaysOpenOnTheFieldAtFaultAndAsksBeforeReplacing)
     mine.LoadByName(u"Mine"_s);
     Editor editor(mine, true);
     editor.show();
-    QTest::qWaitForWindowExposed(&editor);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&editor));
 
     editor.NameEdit()->clear();
     QTest::keyClick(&editor, Qt::Key_Return);
@@ -116,10 +116,10 @@ TEST_F(StyleDialogs, TheEditorStaysOpenOnTheFieldAtFaultAndAsksBeforeReplacing)
 TEST_F(StyleDialogs, InsertAndDeleteKeysChangeTheFolderAndSignalThePages)
 {
     Save(u"Body"_s, 10);
-    List list;
+    ListUnderTest list;
     QSignalSpy modified(&list, &CDlgAddRemoveStyle::stylesModified);
     list.show();
-    QTest::qWaitForWindowExposed(&list);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&list));
     ASSERT_EQ(list.List()->topLevelItemCount(), 1);
 
     list.typedName = u"Heading"_s;
