@@ -11,8 +11,7 @@
 
 namespace {
 
-template<typename Card>
-bool AssignAs(ZWCardControl& to, const ZWCardControl& from)
+template <typename Card> bool AssignAs(ZWCardControl& to, const ZWCardControl& from)
 {
     auto* target = dynamic_cast<Card*>(&to);
     const auto* source = dynamic_cast<const Card*>(&from);
@@ -55,8 +54,7 @@ ZWPropertyCommand::ZWPropertyCommand(ZWTemplatePage& page, std::vector<int> indi
 ZWPropertyCommand::ZWPropertyCommand(ZWTemplatePage& page, const QString& text, int field)
     : QUndoCommand(text), m_page(page), m_pageEdit(true), m_field(field),
       m_pageBefore(std::make_unique<ZWGlobalProperties>(page.properties))
-{
-}
+{}
 
 ZWPropertyCommand::~ZWPropertyCommand() = default;
 

@@ -2,7 +2,8 @@
 
 #include "template/ZWCardConditioned.h"
 
-ZWPropertyEdit::ZWPropertyEdit(ZWTemplatePage& page, QUndoStack& stack) : m_page(page), m_stack(stack) {}
+ZWPropertyEdit::ZWPropertyEdit(ZWTemplatePage& page, QUndoStack& stack) : m_page(page), m_stack(stack)
+{}
 
 void ZWPropertyEdit::SetSelection(std::vector<int> indices)
 {

@@ -25,7 +25,8 @@ bool WriteAtomically(const QString& path, const QByteArray& bytes)
 
 } // namespace
 
-ZWRecovery::ZWRecovery(QString folder) : m_folder(std::move(folder)) {}
+ZWRecovery::ZWRecovery(QString folder) : m_folder(std::move(folder))
+{}
 
 QString ZWRecovery::FolderBeside(const QString& settingsFile)
 {

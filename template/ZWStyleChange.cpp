@@ -7,8 +7,7 @@
 
 ZWStyleChange::ZWStyleChange(std::optional<ZWTextStyle> opened, bool mayOverwrite)
     : m_opened(std::move(opened)), m_mayOverwrite(mayOverwrite)
-{
-}
+{}
 
 ZWStyleChange::Verdict ZWStyleChange::Judge(const ZWTextStyle& edited) const
 {
@@ -53,13 +52,19 @@ bool ZWStyleChange::Commit(const ZWTextStyle& edited) const
 int ZWStyleChange::MessageId(Verdict verdict)
 {
     switch (verdict) {
-    case Verdict::NameMissing: return ZWTextId::StyleNameMissing;
-    case Verdict::NameNotAFileName: return ZWTextId::StyleNameNotAFileName;
-    case Verdict::SizeNotPositive: return ZWTextId::StyleSizeNotPositive;
-    case Verdict::NameTaken: return ZWTextId::StyleNameTaken;
-    case Verdict::AskReplace: return ZWTextId::StyleReplaceQuestion;
+    case Verdict::NameMissing:
+        return ZWTextId::StyleNameMissing;
+    case Verdict::NameNotAFileName:
+        return ZWTextId::StyleNameNotAFileName;
+    case Verdict::SizeNotPositive:
+        return ZWTextId::StyleSizeNotPositive;
+    case Verdict::NameTaken:
+        return ZWTextId::StyleNameTaken;
+    case Verdict::AskReplace:
+        return ZWTextId::StyleReplaceQuestion;
     case Verdict::Unchanged:
-    case Verdict::Write: return 0;
+    case Verdict::Write:
+        return 0;
     }
     return 0;
 }

@@ -19,8 +19,8 @@ int Run(const QStringList& args)
     return ExitOk;
 }
 
-const ZWCommandRegistration registration({QStringLiteral("styles"),
-    QStringLiteral("list, create, modify and remove the text styles of the data folder"), ZWCommand::Needs::Widgets,
-    Run});
+const ZWCommandRegistration registration(
+    {QStringLiteral("styles"), QStringLiteral("list, create, modify and remove the text styles of the data folder"),
+        ZWCommand::Needs::Widgets, Run});
 
 } // namespace

@@ -48,9 +48,9 @@ void ZWColorButton::SetColor(quint32 color, bool mixed)
         swatch.fill(ToQColor(color));
     }
     setIcon(QIcon(swatch));
-    setText(mixed ? QStringLiteral("—")
-                  : color == ZW_NO_COLOR ? ZWLoadString(ZWTextId::PanelNone)
-                                         : QStringLiteral("#%1").arg(ToQColor(color).name().mid(1).toUpper()));
+    setText(mixed                  ? QStringLiteral("—")
+            : color == ZW_NO_COLOR ? ZWLoadString(ZWTextId::PanelNone)
+                                   : QStringLiteral("#%1").arg(ToQColor(color).name().mid(1).toUpper()));
 }
 
 void ZWColorButton::Choose()

@@ -33,7 +33,8 @@ public:
 
 QString StyleText(int style)
 {
-    static const int ids[] = {ZWTextId::StyleRegular, ZWTextId::StyleBold, ZWTextId::StyleItalic, ZWTextId::StyleBoldItalic};
+    static const int ids[]
+        = {ZWTextId::StyleRegular, ZWTextId::StyleBold, ZWTextId::StyleItalic, ZWTextId::StyleBoldItalic};
     return ZWLoadString(ids[style & 3]);
 }
 

@@ -144,8 +144,11 @@ void CDlgEditStyle::accept()
         if (!Ask(ZWLoadString(textId), textId))
             return;
         break;
-    case ZWStyleChange::Verdict::Unchanged: reject(); return;
-    case ZWStyleChange::Verdict::Write: break;
+    case ZWStyleChange::Verdict::Unchanged:
+        reject();
+        return;
+    case ZWStyleChange::Verdict::Write:
+        break;
     }
     if (!m_change.Commit(edited)) {
         ShowMessage(ZWLoadString(ZWTextId::StyleWriteFailed).arg(ZWTextStyle::PathFor(edited.name)),

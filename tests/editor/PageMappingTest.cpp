@@ -321,8 +321,14 @@ TEST(EditorZoom, StepsStayBetweenHalfAndTenAndLeaveFitModeForTheNextFactor)
         double factor, in, out;
     };
     const Case cases[] = {
-        {1.0, 1.5, 0.5}, {10.0, 10.0, 9.5}, {0.5, 1.0, 0.5}, {-0.73, 1.0, 0.5}, {-1.0, 1.5, 0.5},
-        {-12.0, -12.0, 10.0}, {-0.3, 0.5, -0.3}, {2.25, 2.75, 1.75},
+        {1.0, 1.5, 0.5},
+        {10.0, 10.0, 9.5},
+        {0.5, 1.0, 0.5},
+        {-0.73, 1.0, 0.5},
+        {-1.0, 1.5, 0.5},
+        {-12.0, -12.0, 10.0},
+        {-0.3, 0.5, -0.3},
+        {2.25, 2.75, 1.75},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.factor);

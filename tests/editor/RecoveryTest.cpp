@@ -44,8 +44,7 @@ TEST(Recovery, DamagedIndexesAndMissingContentAreSkipped)
         if (entry.key == u"gone"_s)
             QFile::remove(entry.file);
     const std::pair<const char*, QByteArray> junk[] = {
-        {"garbage.json", "{not json"},
-        {"array.json", "[1,2,3]"},
+        {"garbage.json", "{not json"}, {"array.json", "[1,2,3]"},
         {"foreign.json", R"({"key":"good","report":"/x"})"}, // names another key's file
     };
     for (const auto& [name, bytes] : junk) {
