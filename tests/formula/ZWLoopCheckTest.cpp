@@ -135,19 +135,19 @@ TEST(ZWTreeNode, IsInBranchFollowsTheParents)
     root.AddChild(c);
     auto* d = new ZWTreeNode(b, u"D"_s);
     b->AddChild(d);
-    EXPECT_TRUE(d->IsInBranch(u"D"_s));
-    EXPECT_TRUE(d->IsInBranch(u"B"_s));
-    EXPECT_TRUE(d->IsInBranch(u"A"_s));
-    EXPECT_FALSE(d->IsInBranch(u"C"_s));
-    EXPECT_FALSE(d->IsInBranch(u"a"_s));
+    // D's branch runs up through B to A, case-sensitively; the root's is itself.
+    QString branch;
+    for (const QString& name : {u"D"_s, u"B"_s, u"A"_s, u"C"_s, u"a"_s})
+        branch += d->IsInBranch(name) ? QLatin1Char('1') : QLatin1Char('0');
+    EXPECT_EQ(branch, u"11100"_s);
     EXPECT_FALSE(root.IsInBranch(u"B"_s));
-    EXPECT_EQ(root.GetNumberOfChilds(), 2);
+    EXPECT_EQ(Describe(&root), u"A(B(D) C)"_s);
     EXPECT_EQ(root.GetChild(1), c);
     EXPECT_EQ(root.GetChild(2), nullptr);
 
     // A copy owns copies of the children, whose parent is the copy.
     const ZWTreeNode copy(root);
-    ASSERT_EQ(copy.GetNumberOfChilds(), 2);
+    EXPECT_EQ(Describe(&copy), u"A(B(D) C)"_s);
     EXPECT_NE(copy.GetChild(0), b);
     EXPECT_EQ(copy.GetChild(0)->GetParent(), &copy);
     EXPECT_TRUE(copy.GetChild(0)->GetChild(0)->IsInBranch(u"A"_s));

@@ -79,12 +79,10 @@ TEST(String2DateTime, Forms)
 
 TEST(ZWMath, RoundHalfAwayFromZero)
 {
-    EXPECT_EQ(roundi(2.5), 3);
-    EXPECT_EQ(roundi(-2.5), -3);
-    EXPECT_EQ(roundi(2.4999), 2);
-    EXPECT_EQ(roundi(1e300), std::numeric_limits<int>::max());
-    EXPECT_EQ(roundi(-1e300), std::numeric_limits<int>::min());
-    EXPECT_EQ(roundi(std::nan("")), 0);
+    const std::pair<double, int> cases[] = {{2.5, 3}, {-2.5, -3}, {2.4999, 2}, {1e300, std::numeric_limits<int>::max()},
+        {-1e300, std::numeric_limits<int>::min()}, {std::nan(""), 0}};
+    for (const auto& [value, rounded] : cases)
+        EXPECT_EQ(roundi(value), rounded) << value;
     EXPECT_DOUBLE_EQ(round(1.005, 2), std::round(1.005 * 100.0) / 100.0);
     EXPECT_DOUBLE_EQ(round(-12.345, 1), -12.3);
 }

@@ -141,14 +141,13 @@ TEST(SqliteStore, DemoDataIsPlausibleAndRollupsMatchRawSamples)
     }
     // A month of an office: electricity in the thousands of kWh, a
     // temperature indoors, power well below 100 kW.
-    const auto at = [&](const char* n) { return rolled[size_t(names.indexOf(QString::fromUtf8(n)))]; };
-    EXPECT_GT(at("Main meter.Active energy"), 1000.0);
-    EXPECT_LT(at("Main meter.Active energy"), 20000.0);
-    EXPECT_GT(at("Office.Temperature"), 15.0);
-    EXPECT_LT(at("Office.Temperature"), 28.0);
-    EXPECT_GT(at("Main meter.Active power"), 1.0);
-    EXPECT_LT(at("Main meter.Active power"), 100.0);
-    EXPECT_GT(at("Gas meter.Volume"), 0.0);
+    const std::tuple<const char*, double, double> ranges[] = {{"Main meter.Active energy", 1000.0, 20000.0},
+        {"Office.Temperature", 15.0, 28.0}, {"Main meter.Active power", 1.0, 100.0}, {"Gas meter.Volume", 0.0, 1e9}};
+    for (const auto& [name, low, high] : ranges) {
+        const double value = rolled[size_t(names.indexOf(QString::fromUtf8(name)))];
+        EXPECT_GT(value, low) << name;
+        EXPECT_LT(value, high) << name;
+    }
 }
 
 } // namespace
