@@ -105,6 +105,18 @@ void ZWTokenProducer::AddFunction(const ZWBasicString& name, int id)
     m_functionIds.push_back(id);
 }
 
+QStringList ZWTokenProducer::FunctionNames()
+{
+    const ZWTokenProducer table;
+    QStringList names;
+    for (int i = 0; i < table.NumberOfFunctions(); ++i) {
+        ZWBasicString name;
+        table.GetFunction(i, name);
+        names << name;
+    }
+    return names;
+}
+
 void ZWTokenProducer::GetFunction(int index, ZWBasicString& name) const
 {
     if (index < 0 || index >= NumberOfFunctions()) {

@@ -3,6 +3,8 @@
 #include "formula/ZWToken.h"
 #include "host/core/ZWBasicString.h"
 
+#include <QStringList>
+
 #include <vector>
 
 // Cuts a formula text into tokens, one per GetToken call, left to right.
@@ -35,6 +37,9 @@ public:
     int GetFunctionId(int index) const;
 
     int GetPosition() const { return m_position; }
+
+    // The names of the built-in functions, in table order.
+    static QStringList FunctionNames();
 
 private:
     void InitFunctions();

@@ -60,3 +60,12 @@ bool ZWLiveValues::PeriodValues(const QStringList& names, const ZWDateTime& star
     }
     return true;
 }
+
+QStringList ZWLiveValues::VariableNames()
+{
+    QReadLocker lock(&m_lock);
+    QStringList names = m_values.keys();
+    lock.unlock();
+    names.sort();
+    return names;
+}

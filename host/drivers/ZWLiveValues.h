@@ -21,6 +21,8 @@ public:
     bool LiveValue(const QString& name, double& value) override;
     bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
         std::vector<double>& values, ZWProgress* progress, QString* error) override;
+    // Any filter is served (as the live value), so none is offered.
+    QStringList VariableNames() override;
 
 private:
     std::optional<std::optional<double>> Find(const QString& name) const;

@@ -31,4 +31,9 @@ public:
     // True when the store is known to hold no variable at all (an empty
     // database), so that a report can say so instead of showing its formulas.
     virtual bool HoldsNoVariables() { return false; }
+    // The plain names ("device.variable") of every variable the store
+    // serves, sorted, for choosers and completion; empty when it cannot say.
+    virtual QStringList VariableNames() { return {}; }
+    // The filters a name may carry after its last ":" ("max", "sum"...).
+    virtual QStringList FilterNames() { return {}; }
 };

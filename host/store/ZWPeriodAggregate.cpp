@@ -45,6 +45,14 @@ QString ZWPeriodAggregate::ReductionName(ZWLoggerReduction reduction)
     return QString();
 }
 
+QStringList ZWPeriodAggregate::ReductionNames()
+{
+    QStringList names;
+    for (const ReductionText& r : g_reductions)
+        names << QLatin1String(r.name);
+    return names;
+}
+
 void ZWPeriodAggregate::AddPart(qint64 count, double sum, double minimum, double maximum)
 {
     if (count <= 0)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 #include <vector>
 
@@ -24,6 +25,8 @@ public:
     // "avg", "min"... (case-insensitive); false for an unknown filter.
     static bool ParseReduction(const QString& text, ZWLoggerReduction& out);
     static QString ReductionName(ZWLoggerReduction reduction);
+    // Every filter name, "avg" to "hours".
+    static QStringList ReductionNames();
 
     // The four samples found by index seeks around the bounds.
     enum Seek { AtOrBeforeStart, AfterStart, BeforeEnd, AtOrBeforeEnd, SeekCount };

@@ -156,6 +156,19 @@ QList<ZWSqlLoggerStore::Variable> ZWSqlLoggerStore::Variables()
     return list;
 }
 
+QStringList ZWSqlLoggerStore::VariableNames()
+{
+    QStringList names;
+    for (const Variable& v : Variables())
+        names << v.name;
+    return names;
+}
+
+QStringList ZWSqlLoggerStore::FilterNames()
+{
+    return ZWPeriodAggregate::ReductionNames();
+}
+
 std::optional<ZWSqlLoggerStore::Variable> ZWSqlLoggerStore::Lookup(const QString& name)
 {
     QMutexLocker lock(&m_mutex);

@@ -65,6 +65,9 @@ public:
 
     bool HasVariable(const QString& name) override;
     bool HoldsNoVariables() override;
+    QStringList VariableNames() override;
+    // The reductions, in the order they are documented above.
+    QStringList FilterNames() override;
     bool LiveValue(const QString& name, double& value) override;
     bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
         std::vector<double>& values, ZWProgress* progress, QString* error) override;

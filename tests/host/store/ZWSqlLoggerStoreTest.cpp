@@ -212,6 +212,13 @@ TEST_P(SqlLoggerStore, NamesAreValuesNeverSql)
     double live = 0.0;
     EXPECT_TRUE(m_store->LiveValue(quoted, live));
     EXPECT_EQ(live, 3.5);
+    // The names a chooser offers are the stored names, sorted, and the
+    // filters every reduction.
+    QStringList names{quoted, bracketed, colon, hostile};
+    names.sort();
+    EXPECT_EQ(m_store->VariableNames(), names);
+    EXPECT_EQ(
+        m_store->FilterNames().join(QLatin1Char(',')), QStringLiteral("avg,min,max,sum,first,last,count,delta,hours"));
 }
 
 TEST_P(SqlLoggerStore, DaylightSavingDaysHave23And25Hours)

@@ -1,0 +1,150 @@
+#include "formula/ZWFormuleCheck.h"
+#include "host/core/XmlDocument.h"
+#include "host/core/ZWTextId.h"
+#include "tests/formula/FormulaTestSupport.h"
+#include "tests/support/ZWTestSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(FormuleName, FollowsTheNameRule)
+{
+    const std::pair<const char*, bool> cases[] = {
+        {"Total", true},
+        {"kWh2024", true},
+        {"Energ\xc3\xad"
+         "a",
+            true},      // letters beyond ASCII
+        {"Sqrt", true}, // the rule compares function names with their case
+        {"LOG10", true},
+        {"", false},
+        {"2Total", false},
+        {"Total cost", false},
+        {"total_cost", false},
+        {"a.b", false},
+        {"[a.b]", false},
+        {"sqrt", false},
+        {"atan2", false},
+        {"log10", false},
+    };
+    for (const auto& [name, valid] : cases)
+        EXPECT_EQ(ZWFormuleCheck::IsValidName(QString::fromUtf8(name)), valid) << name;
+}
+
+struct CheckCase
+{
+    const char* what;
+    const char* name;
+    const char* text;
+    // Which entry of the library is the formula's previous form (-1: new).
+    int edited;
+    int textId;
+    bool okEnabled;
+    // A part of the result line.
+    const char* shows;
+};
+
+class FormuleCheck : public testing::TestWithParam<CheckCase>
+{};
+
+// Price and Total are in the library; Cost refers to Total, Total to the
+// edited entry's old name "Old".
+TEST_P(FormuleCheck, ResultLineAndOk)
+{
+    zwtest::LiveValuesScope live;
+    live.Set(QStringLiteral("meter.energy"), 1520.5);
+    live.Set(QStringLiteral("meter.power"), std::nullopt);
+    const std::vector<QString> names{
+        QStringLiteral("Price"), QStringLiteral("Old"), QStringLiteral("Total"), QStringLiteral("Cost")};
+    const std::vector<QString> texts{
+        QStringLiteral("0.25"), QStringLiteral("1"), QStringLiteral("Old * 2"), QStringLiteral("Total * Price")};
+    const CheckCase& c = GetParam();
+    const ZWFormuleCheck::Result r
+        = ZWFormuleCheck::Evaluate(QString::fromUtf8(c.name), QString::fromUtf8(c.text), names, texts, c.edited);
+    EXPECT_EQ(r.textId, c.textId) << r.text.toStdString();
+    EXPECT_EQ(r.okEnabled, c.okEnabled);
+    EXPECT_TRUE(r.text.contains(QString::fromUtf8(c.shows))) << r.text.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Checks, FormuleCheck,
+    testing::Values(CheckCase{"empty text", "A", "", -1, ZWTextId::FormulaEmpty, false, ""},
+        CheckCase{"empty text before a bad name", "2x", "", -1, ZWTextId::FormulaEmpty, false, ""},
+        CheckCase{"empty name", "", "1", -1, ZWTextId::FormulaNameInvalid, false, ""},
+        CheckCase{"name with a digit first", "1A", "1", -1, ZWTextId::FormulaNameInvalid, false, ""},
+        CheckCase{"name with a blank", "A B", "1", -1, ZWTextId::FormulaNameInvalid, false, ""},
+        CheckCase{"function name", "sqrt", "1", -1, ZWTextId::FormulaNameInvalid, false, ""},
+        CheckCase{"capitalised function name", "Sqrt", "4", -1, ZWTextId::FormulaValue, true, "4.00000"},
+        CheckCase{"bad name before a bad text", "a-b", "2 +", -1, ZWTextId::FormulaNameInvalid, false, ""},
+        CheckCase{"name of another formula", "Price", "1", -1, ZWTextId::FormulaNameTaken, false, ""},
+        CheckCase{"taken name before a bad text", "Total", "2 +", -1, ZWTextId::FormulaNameTaken, false, ""},
+        CheckCase{"names are case-sensitive", "price", "1", -1, ZWTextId::FormulaValue, true, "1.00000"},
+        CheckCase{"its own name when modified", "Price", "0.5", 0, ZWTextId::FormulaValue, true, "0.50000"},
+        CheckCase{"invalid text", "A", "2 +", -1, ZWTextId::FormulaInvalid, false, ""},
+        CheckCase{"doubled sign", "A", "2+-3", -1, ZWTextId::FormulaInvalid, false, ""},
+        CheckCase{"boolean result", "A", "1 < 2", -1, ZWTextId::FormulaInvalid, false, ""},
+        CheckCase{"refers to itself", "A", "A + 1", -1, ZWTextId::FormulaRefersToItself, false, ""},
+        CheckCase{"loop through the library", "Old", "Cost + 1", 1, ZWTextId::FormulaRefersToItself, false, ""},
+        CheckCase{"the old text is left out", "Old", "3", 1, ZWTextId::FormulaValue, true, "3.00000"},
+        CheckCase{"value through references", "A", "Cost * 8", -1, ZWTextId::FormulaValue, true, "4.00000"},
+        CheckCase{"five decimals", "A", "1/3", -1, ZWTextId::FormulaValue, true, "0.33333"},
+        CheckCase{"device variable", "A", "[meter.energy] * Price", -1, ZWTextId::FormulaValue, true, "380.12500"},
+        CheckCase{"unknown device variable", "A", "[meter.volume]", -1, ZWTextId::FormulaUnknownVariable, false, ""},
+        CheckCase{"missing formula is code 40", "A", "Missing + 1", -1, ZWTextId::FormulaValueMissing, true, "Missing"},
+        CheckCase{"no current value is code 62", "A", "[meter.power] * 2", -1, ZWTextId::FormulaNoCurrentValue, true,
+            "[meter.power]"},
+        CheckCase{"missing value before another is code 40", "A", "[meter.power] + [meter.energy]", -1,
+            ZWTextId::FormulaValueMissing, true, "[meter.power]"},
+        CheckCase{"division by zero", "A", "Price / 0", -1, ZWTextId::FormulaCannotEvaluate, false, "Division by zero"},
+        CheckCase{"domain fault", "A", "sqrt(-1)", -1, ZWTextId::FormulaCannotEvaluate, false, "sqrt"}),
+    [](const testing::TestParamInfo<CheckCase>& info) { return zwtest::CaseName(info.param.what); });
+
+TEST(FormuleCheck, AFormulaOutsideTheLibraryNeedsNoName)
+{
+    const ZWFormuleCheck::Result named = ZWFormuleCheck::Evaluate(QString(), QStringLiteral("2*3"), {}, {}, -1);
+    EXPECT_EQ(named.textId, ZWTextId::FormulaNameInvalid);
+    const ZWFormuleCheck::Result card
+        = ZWFormuleCheck::Evaluate(QString(), QStringLiteral("2*3"), {}, {}, -1, /*nameRequired=*/false);
+    EXPECT_EQ(card.textId, ZWTextId::FormulaValue);
+    EXPECT_EQ(card.value, 6.0);
+    // Unnamed, it still may not refer to a formula that refers back to it.
+    const ZWFormuleCheck::Result loop = ZWFormuleCheck::Evaluate(QString(), QStringLiteral("B"),
+        {QStringLiteral("B"), QStringLiteral("C")}, {QStringLiteral("C"), QStringLiteral("B")}, -1, false);
+    EXPECT_EQ(loop.textId, ZWTextId::FormulaRefersToItself);
+}
+
+TEST(FormuleCheck, LibraryDocumentLeavesOutTheEditedFormula)
+{
+    const std::vector<QString> names{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")};
+    const std::vector<QString> texts{QStringLiteral("1"), QStringLiteral("A+1"), QStringLiteral("B<2")};
+    XmlDocument doc;
+    ASSERT_TRUE(ZWFormuleCheck::BuildFormulesDoc(names, texts, 1, doc));
+    EXPECT_EQ(doc.Root().Name(), QStringLiteral("formules"));
+    EXPECT_EQ(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("C")).Value(QStringLiteral("/text")),
+        QStringLiteral("B<2"));
+    EXPECT_TRUE(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("B")).IsNull());
+    EXPECT_EQ(doc.Root().Nodes(QStringLiteral("formule")).size(), 2u);
+}
+
+TEST(FormuleCheck, OnlyALoopRefusesALibrary)
+{
+    const auto q = [](std::initializer_list<const char*> l) {
+        std::vector<QString> v;
+        for (const char* s : l)
+            v.push_back(QString::fromUtf8(s));
+        return v;
+    };
+    EXPECT_FALSE(ZWFormuleCheck::HasLoop(q({"A", "B"}), q({"B + 1", "2"})));
+    EXPECT_FALSE(ZWFormuleCheck::HasLoop(q({"A"}), q({"Missing"})));
+    EXPECT_FALSE(ZWFormuleCheck::HasLoop(q({"A"}), q({"2 +"})));
+    EXPECT_TRUE(ZWFormuleCheck::HasLoop(q({"A", "B", "C"}), q({"1", "C", "B"})));
+}
+
+TEST(FormuleCheck, FormatsValuesWithFiveDecimals)
+{
+    EXPECT_EQ(ZWFormuleCheck::FormatValue(2.0 / 3.0), QStringLiteral("0.66667"));
+    EXPECT_EQ(ZWFormuleCheck::FormatValue(-1234567.0), QStringLiteral("-1234567.00000"));
+    EXPECT_EQ(ZWFormuleCheck::FormatValue(0.000004), QStringLiteral("0.00000"));
+}
+
+} // namespace

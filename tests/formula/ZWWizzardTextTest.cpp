@@ -1,0 +1,91 @@
+#include "formula/ZWWizzardText.h"
+#include "tests/support/ZWTestSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using W = ZWWizzardText;
+
+struct PreviewCase
+{
+    const char* what;
+    const char* text;
+    int start;
+    int end;
+    int kind;
+    const char* preview;
+};
+
+class WizzardPreview : public testing::TestWithParam<PreviewCase>
+{};
+
+TEST_P(WizzardPreview, PlaceholderReplacesTheSelection)
+{
+    const PreviewCase& c = GetParam();
+    EXPECT_EQ(W::ActualizeExpression(QString::fromUtf8(c.text), c.start, c.end, c.kind), QString::fromUtf8(c.preview));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, WizzardPreview,
+    testing::Values(PreviewCase{"device variable at the end", "Price * ", 8, 8, W::DeviceVariable, "Price * [Vx]"},
+        PreviewCase{"formula over a selection", "1 + Old * 2", 4, 7, W::Formula, "1 + Fx * 2"},
+        PreviewCase{"function at the start", "[a.b]", 0, 0, W::Function, "F(x)[a.b]"},
+        PreviewCase{"other element", "A B", 1, 2, W::Other, "AxB"},
+        PreviewCase{"selection made backwards", "1 + Old * 2", 7, 4, W::Formula, "1 + Fx * 2"},
+        PreviewCase{"selection beyond the text", "12", 1, 99, W::Function, "1F(x)"},
+        PreviewCase{"negative selection", "12", -5, -1, W::DeviceVariable, "[Vx]12"},
+        PreviewCase{"whole text selected", "old", 0, 3, W::Other, "x"},
+        PreviewCase{"empty text", "", 0, 0, W::Formula, "Fx"}, PreviewCase{"unknown kind", "a", 1, 1, 7, "ax"}),
+    [](const testing::TestParamInfo<PreviewCase>& info) { return zwtest::CaseName(info.param.what); });
+
+struct InsertCase
+{
+    const char* what;
+    const char* text;
+    int start;
+    int end;
+    int kind;
+    const char* chosen;
+    const char* result;
+    int cursor;
+};
+
+class WizzardInsert : public testing::TestWithParam<InsertCase>
+{};
+
+TEST_P(WizzardInsert, ElementReplacesTheSelection)
+{
+    const InsertCase& c = GetParam();
+    int cursor = -1;
+    const QString element = W::Element(c.kind, QString::fromUtf8(c.chosen));
+    EXPECT_EQ(
+        W::Insert(QString::fromUtf8(c.text), c.start, c.end, c.kind, element, &cursor), QString::fromUtf8(c.result));
+    EXPECT_EQ(cursor, c.cursor);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, WizzardInsert,
+    testing::Values(InsertCase{"device variable in brackets", "Price * ", 8, 8, W::DeviceVariable,
+                        "Main meter.Active energy", "Price * [Main meter.Active energy]", 34},
+        InsertCase{"formula over a selection", "1 + Old * 2", 4, 7, W::Formula, "Total", "1 + Total * 2", 9},
+        InsertCase{"function, cursor between its parentheses", "2 * ", 4, 4, W::Function, "sqrt", "2 * sqrt()", 9},
+        InsertCase{"operator between two names", "A B", 1, 2, W::Other, "<=", "A<=B", 3},
+        InsertCase{"backwards selection", "abcdef", 4, 2, W::Other, "+", "ab+ef", 3},
+        InsertCase{"selection beyond the text", "ab", 1, 50, W::Formula, "F", "aF", 2}),
+    [](const testing::TestParamInfo<InsertCase>& info) { return zwtest::CaseName(info.param.what); });
+
+TEST(WizzardConstants, DecimalsTheUserPicks)
+{
+    EXPECT_EQ(W::ConstantFormat(4), QStringLiteral("%.4f"));
+    EXPECT_EQ(W::ConstantFormat(0), QStringLiteral("%.0f"));
+    EXPECT_EQ(W::ConstantFormat(-3), QStringLiteral("%.0f"));
+    EXPECT_EQ(W::ConstantFormat(40), QStringLiteral("%.15f"));
+    EXPECT_EQ(W::Constant(W::Pi, 4), QStringLiteral("3.1416"));
+    EXPECT_EQ(W::Constant(W::E, 2), QStringLiteral("2.72"));
+    EXPECT_EQ(W::Constant(W::E, 0), QStringLiteral("3"));
+    EXPECT_EQ(W::Constant(W::Pi, 15), QStringLiteral("3.141592653589793"));
+    EXPECT_EQ(W::OtherElements().size(), 16);
+    EXPECT_EQ(W::OtherElements().front(), QStringLiteral("("));
+    EXPECT_EQ(W::OtherElements().back(), QStringLiteral("||"));
+}
+
+} // namespace
