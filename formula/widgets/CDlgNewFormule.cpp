@@ -67,7 +67,9 @@ CDlgNewFormule::CDlgNewFormule(const XmlDocument& library, ZWLoggerStore* store,
     auto* textRow = new QHBoxLayout;
     textRow->addWidget(m_text, 1);
     textRow->addWidget(m_wizard);
-    form->addRow(ZWLoadString(ZWTextId::FormulaTextLabel), textRow);
+    auto* textLabel = new QLabel(ZWLoadString(ZWTextId::FormulaTextLabel), this);
+    textLabel->setBuddy(m_text);
+    form->addRow(textLabel, textRow);
     auto* bottom = new QHBoxLayout;
     bottom->addWidget(m_check);
     bottom->addStretch(1);
@@ -126,7 +128,10 @@ void CDlgNewFormule::OnEdited()
 void CDlgNewFormule::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
+    // Typing goes on at the end of the formula rather than replacing it.
     m_text->setFocus();
+    m_text->deselect();
+    m_text->end(false);
 }
 
 void CDlgNewFormule::OnWizzard()

@@ -29,6 +29,9 @@ CDlgWizzard::CDlgWizzard(const XmlDocument& library, ZWLoggerStore* store, QWidg
     m_preview = new QLineEdit(this);
     m_preview->setObjectName(QStringLiteral("preview"));
     m_preview->setReadOnly(true);
+    // Shown, not edited: the keyboard starts on the kinds.
+    m_formula->setFocusPolicy(Qt::NoFocus);
+    m_preview->setFocusPolicy(Qt::NoFocus);
 
     m_kinds = new QButtonGroup(this);
     auto* kindsLayout = new QVBoxLayout;
