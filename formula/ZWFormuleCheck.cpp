@@ -24,6 +24,47 @@ ZWFormuleCheck::Result Failed(int textId, const QString& detail = QString())
     return r;
 }
 
+// The names without a value, those that are no formula of the library, and
+// the fault of each referenced formula that cannot be evaluated at all (an
+// unknown device variable deep down shows only as a missing value).
+QString DescribeUndefined(const std::vector<ZWToken>& undefined, const XmlDocument& library)
+{
+    QStringList withoutValue, notInLibrary, faults;
+    for (const ZWToken& token : undefined) {
+        if (token.GetType() == ZWToken::DeviceVariable) {
+            withoutValue << QLatin1Char('[') + token.GetValue() + QLatin1Char(']');
+            continue;
+        }
+        const XmlDocument::XmlNode node = library.Node(QStringLiteral("/formule?name=%s?"), token.GetValue());
+        if (node.IsNull()) {
+            notInLibrary << token.GetValue();
+            continue;
+        }
+        withoutValue << token.GetValue();
+        ZWEvaluator reference(node.Value(QStringLiteral("/text")));
+        if (reference.AnalizeExpression() != 0)
+            continue;
+        reference.SetFormules(&library);
+        double value = ZW_NO_VALUE;
+        int valueType = 0;
+        const int code = reference.Evaluate(value, valueType);
+        if (code != R::Ok && code != R::UndefinedValues && code != R::NoCurrentValue) {
+            QString message;
+            ZWEvaluator::ErrorMsg(code, message);
+            faults << ZWLoadString(ZWTextId::FormulaReferenceFault).arg(token.GetValue(), message);
+        }
+    }
+    QString out;
+    const QString separator = QStringLiteral(", ");
+    if (!withoutValue.isEmpty())
+        out += QLatin1Char('\n') + ZWLoadString(ZWTextId::FormulaWithoutValue).arg(withoutValue.join(separator));
+    if (!notInLibrary.isEmpty())
+        out += QLatin1Char('\n') + ZWLoadString(ZWTextId::FormulaNotInLibrary).arg(notInLibrary.join(separator));
+    for (const QString& fault : faults)
+        out += QLatin1Char('\n') + fault;
+    return out;
+}
+
 } // namespace
 
 bool ZWFormuleCheck::IsValidName(const ZWBasicString& name)
@@ -104,16 +145,12 @@ ZWFormuleCheck::Result ZWFormuleCheck::Evaluate(const ZWBasicString& name, const
         r.text = ZWLoadString(r.textId);
         break;
     case R::UndefinedValues:
-        // Missing data does not make a formula wrong.
-        r.textId = ZWTextId::FormulaValueMissing;
-        r.okEnabled = true;
-        r.text = ZWLoadString(r.textId).arg(r.undefined.join(QStringLiteral(", ")));
-        break;
     case R::NoCurrentValue:
-        r.textId = ZWTextId::FormulaNoCurrentValue;
+        // Missing data does not make a formula wrong; the line says what is
+        // missing, and why where a referenced formula is at fault.
+        r.textId = r.code == R::NoCurrentValue ? ZWTextId::FormulaNoCurrentValue : ZWTextId::FormulaValueMissing;
         r.okEnabled = true;
-        r.text = ZWLoadString(r.textId) + QLatin1Char(' ')
-            + ZWLoadString(ZWTextId::FormulaWithoutValue).arg(r.undefined.join(QStringLiteral(", ")));
+        r.text = ZWLoadString(r.textId) + DescribeUndefined(*evaluator.GetUndefinedTokens(), others);
         break;
     default: {
         QString message;

@@ -49,16 +49,16 @@ class FormuleCheck : public testing::TestWithParam<CheckCase>
 {};
 
 // Price and Total are in the library; Cost refers to Total, Total to the
-// edited entry's old name "Old".
+// edited entry's old name "Old"; Broken to a device variable nobody knows.
 TEST_P(FormuleCheck, ResultLineAndOk)
 {
     zwtest::LiveValuesScope live;
     live.Set(QStringLiteral("meter.energy"), 1520.5);
     live.Set(QStringLiteral("meter.power"), std::nullopt);
-    const std::vector<QString> names{
-        QStringLiteral("Price"), QStringLiteral("Old"), QStringLiteral("Total"), QStringLiteral("Cost")};
-    const std::vector<QString> texts{
-        QStringLiteral("0.25"), QStringLiteral("1"), QStringLiteral("Old * 2"), QStringLiteral("Total * Price")};
+    const std::vector<QString> names{QStringLiteral("Price"), QStringLiteral("Old"), QStringLiteral("Total"),
+        QStringLiteral("Cost"), QStringLiteral("Broken")};
+    const std::vector<QString> texts{QStringLiteral("0.25"), QStringLiteral("1"), QStringLiteral("Old * 2"),
+        QStringLiteral("Total * Price"), QStringLiteral("[meter.volume] * 2")};
     const CheckCase& c = GetParam();
     const ZWFormuleCheck::Result r
         = ZWFormuleCheck::Evaluate(QString::fromUtf8(c.name), QString::fromUtf8(c.text), names, texts, c.edited);
@@ -90,9 +90,12 @@ INSTANTIATE_TEST_SUITE_P(Checks, FormuleCheck,
         CheckCase{"five decimals", "A", "1/3", -1, ZWTextId::FormulaValue, true, "0.33333"},
         CheckCase{"device variable", "A", "[meter.energy] * Price", -1, ZWTextId::FormulaValue, true, "380.12500"},
         CheckCase{"unknown device variable", "A", "[meter.volume]", -1, ZWTextId::FormulaUnknownVariable, false, ""},
-        CheckCase{"missing formula is code 40", "A", "Missing + 1", -1, ZWTextId::FormulaValueMissing, true, "Missing"},
+        CheckCase{"missing formula is code 40", "A", "Missing + 1", -1, ZWTextId::FormulaValueMissing, true,
+            "Not in the library: Missing"},
+        CheckCase{"a referenced formula's fault is named", "A", "Broken + Cost", -1, ZWTextId::FormulaValueMissing,
+            true, "Broken cannot be evaluated: A device variable"},
         CheckCase{"no current value is code 62", "A", "[meter.power] * 2", -1, ZWTextId::FormulaNoCurrentValue, true,
-            "[meter.power]"},
+            "Without a value: [meter.power]"},
         CheckCase{"missing value before another is code 40", "A", "[meter.power] + [meter.energy]", -1,
             ZWTextId::FormulaValueMissing, true, "[meter.power]"},
         CheckCase{"division by zero", "A", "Price / 0", -1, ZWTextId::FormulaCannotEvaluate, false, "Division by zero"},

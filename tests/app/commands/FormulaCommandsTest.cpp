@@ -3,6 +3,7 @@
 #include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -201,6 +202,34 @@ TEST(FormulaCommands, HumanReadableForms)
     EXPECT_TRUE(r.raw.contains("Total, [m.x]")) << r;
     EXPECT_EQ(Zw(u"eval \"1 < 2\""_s).raw.trimmed(), QByteArray("1 (true)"));
     EXPECT_TRUE(Zw(u"tokens \"a <= 2\""_s).raw.contains("less or equal"));
+}
+
+TEST(FormulasCommand, RefusesWhatIsNoLibraryBeforeAnyWindowAndChangesNothing)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString garbage = dir.filePath(u"garbage.xml"_s);
+    const QString styles = dir.filePath(u"style.XSTY"_s);
+    ASSERT_TRUE(zwtest::WriteFile(garbage, "not < xml"));
+    ASSERT_TRUE(zwtest::WriteFile(styles, "<style><name>x</name></style>"));
+    const struct
+    {
+        QStringList args;
+        int status;
+        const char* says;
+    } cases[] = {
+        {{u"formulas"_s}, 2, "expected one FILE"},
+        {{u"formulas"_s, garbage, styles}, 2, "expected one FILE"},
+        {{u"formulas"_s, garbage}, 1, "cannot read"},
+        {{u"formulas"_s, styles}, 1, "neither a formula library"},
+    };
+    for (const auto& c : cases) {
+        const Result r = zwtest::RunProgram(c.args);
+        EXPECT_EQ(r.status, c.status) << r;
+        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.says))) << r;
+    }
+    EXPECT_EQ(zwtest::ReadFile(styles), QByteArray("<style><name>x</name></style>"));
+    EXPECT_FALSE(QFileInfo::exists(styles + u".bak"_s));
 }
 
 } // namespace
