@@ -21,7 +21,11 @@ int Run(const QStringList& args)
     window.show();
     // The database is opened once the window is up, so that a message about
     // it has a window to stand on.
-    QTimer::singleShot(0, &window, [&window] { window.OpenDatabase(); });
+    QTimer::singleShot(0, &window, [&window] {
+        window.OpenDatabase();
+        // What a crash left unsaved is offered before anything else.
+        window.OfferRecovery();
+    });
     return QApplication::exec();
 }
 

@@ -2,6 +2,8 @@
 
 #include "editor/ZWPropertyEdit.h"
 #include "editor/widgets/ZWColorButton.h"
+#include "formula/widgets/ZWFormulaEdit.h"
+#include "host/drivers/ZWDriverSupport.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWTextId.h"
 #include "template/ZWCardConditioned.h"
@@ -219,6 +221,11 @@ void ZWPropertyPanel::Build()
     m_textLabel = new QLabel(ZWLoadString(ZWTextId::PanelValue), m_body);
     m_textLabel->setBuddy(m_text);
     form(textGroup)->addRow(m_textLabel, m_text);
+    // Formula cards get a line that completes names as they are typed.
+    m_formula = new ZWFormulaEdit(m_body);
+    m_formulaLabel = new QLabel(ZWLoadString(ZWTextId::PanelFormula), m_body);
+    m_formulaLabel->setBuddy(m_formula);
+    form(textGroup)->addRow(m_formulaLabel, m_formula);
     form(textGroup)->addRow(QString(), m_check);
     form(textGroup)->addRow(ZWLoadString(ZWTextId::PanelFont), m_font);
     form(textGroup)->addRow(ZWLoadString(ZWTextId::PanelSize), m_size);
@@ -232,13 +239,20 @@ void ZWPropertyPanel::Build()
     form(textGroup)->addRow(ZWLoadString(ZWTextId::PanelStyle), m_style);
     form(textGroup)->addRow(QString(), m_saveStyle);
 
-    connect(m_text, &QLineEdit::textEdited, this, [this](const QString& value) {
+    const auto editText = [this](const QString& value) {
         if (!m_edit)
             return;
         Pushed(m_edit->Apply<ZWCardLabel>(
             ZWPropertyEdit::Text, m_textLabel->text(), [&value](ZWCardLabel& c) { c.value = value; }));
         UpdateFormulaCheck();
         UpdateDateSample();
+    };
+    connect(m_text, &QLineEdit::textEdited, this, editText);
+    // A completion chosen from the popup changes the text without an edit
+    // signal of its own.
+    connect(m_formula, &QLineEdit::textChanged, this, [this, editText](const QString& value) {
+        if (!m_refreshing)
+            editText(value);
     });
     connect(m_font, &QFontComboBox::currentFontChanged, this, [this](const QFont& font) {
         if (!m_refreshing && m_edit)
@@ -647,11 +661,19 @@ void ZWPropertyPanel::RefreshText()
 {
     const ZWPropertyEdit& e = *m_edit;
     const bool formula = IsKind(e.SharedKind(), "ZWCardFormule");
-    m_textLabel->setText(ZWLoadString(formula ? ZWTextId::PanelFormula : ZWTextId::PanelValue));
+    m_textLabel->setVisible(!formula);
+    m_text->setVisible(!formula);
+    m_formulaLabel->setVisible(formula);
+    m_formula->setVisible(formula);
     const auto value = SharedOf<ZWCardLabel, QString>(e, [](const ZWCardLabel& c) { return c.value; });
-    if (!m_text->hasFocus() || m_text->text() != value.value_or(QString()))
-        m_text->setText(value.value_or(QString()));
-    m_text->setPlaceholderText(value ? QString() : QStringLiteral("—"));
+    QLineEdit* line = formula ? static_cast<QLineEdit*>(m_formula) : m_text;
+    if (line->text() != value.value_or(QString()))
+        line->setText(value.value_or(QString()));
+    line->setPlaceholderText(value ? QString() : QStringLiteral("—"));
+    if (formula) {
+        m_formula->SetStore(ZWDriverSupport::Store().get());
+        m_formula->SetFormulas(formulaNames ? formulaNames() : QStringList());
+    }
     const auto font = SharedOf<ZWCardLabel, QString>(e, [](const ZWCardLabel& c) { return c.font; });
     {
         const QSignalBlocker blocker(m_font);

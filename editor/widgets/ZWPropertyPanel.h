@@ -14,6 +14,7 @@ class QListWidget;
 class QPushButton;
 class QSpinBox;
 class ZWColorButton;
+class ZWFormulaEdit;
 class ZWPropertyEdit;
 
 // The properties of the selected cards, or of the page when none is
@@ -38,6 +39,8 @@ public:
     // formula (its value or why it has none).
     std::function<QStringList()> databaseFields;
     std::function<QString(const QString& formula)> formulaCheck;
+    // The names of the report's formulas, offered while a formula is typed.
+    std::function<QStringList()> formulaNames;
 
     QDoubleSpinBox* XEdit() const { return m_x; }
     QDoubleSpinBox* YEdit() const { return m_y; }
@@ -46,6 +49,7 @@ public:
     ZWColorButton* ColorEdit() const { return m_color; }
     ZWColorButton* BackcolorEdit() const { return m_backcolor; }
     QLineEdit* TextEdit() const { return m_text; }
+    ZWFormulaEdit* FormulaEdit() const { return m_formula; }
     QDoubleSpinBox* SizeEdit() const { return m_size; }
     QCheckBox* BoldEdit() const { return m_bold; }
     QSpinBox* DecimalsEdit() const { return m_decimals; }
@@ -108,6 +112,8 @@ private:
 
     QLabel* m_textLabel;
     QLineEdit* m_text;
+    QLabel* m_formulaLabel;
+    ZWFormulaEdit* m_formula;
     QLabel* m_check;
     QFontComboBox* m_font;
     QDoubleSpinBox* m_size;

@@ -1,5 +1,10 @@
 #include "app/desktop/CDlgLoggerDatabase.h"
 #include "app/desktop/ZWMainWindow.h"
+#include "editor/ZWRecovery.h"
+#include "editor/widgets/CDlgEditor.h"
+#include "editor/widgets/ZWEditTemplateWnd.h"
+#include "editor/widgets/ZWEditorFrame.h"
+#include "template/ZWTemplate.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/drivers/ZWDriverSupport.h"
@@ -49,8 +54,12 @@ public:
     QString chosenFolder;
     QString folderShown;
     int viewersMade = 0;
+    bool answer = true;
+    QString newName;
 
 protected:
+    bool Ask(const QString&) override { return answer; }
+    QString ChooseNewName(const QString&) override { return newName; }
     CDlgViewer* CreateViewer() override
     {
         ++viewersMade;
@@ -313,6 +322,54 @@ TEST_F(MainWindow, EnterInTheDatabaseDialogMeansOkEvenAfterChoosingAFile)
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_EQ(dialog.fileChoosers, 1);
     EXPECT_TRUE(dialog.result() == QDialog::Accepted || !dialog.messages.empty());
+}
+
+TEST_F(MainWindow, ReportsAreDuplicatedDeletedEditedAndRestoredFromTheList)
+{
+    TestMainWindow window;
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    QListWidget* list = window.List();
+    list->setCurrentRow(1);
+    ASSERT_EQ(list->currentItem()->text(), u"Boiler"_s);
+
+    window.newName = u"Copy"_s;
+    ASSERT_TRUE(window.OnDuplicate());
+    EXPECT_EQ(list->currentItem()->text(), u"Copy"_s);
+    ZWTemplate copy;
+    ASSERT_TRUE(copy.Load(m_dir.filePath(u"reports/Copy.XRPT"_s)));
+    EXPECT_EQ(copy.name, u"Copy"_s);
+    EXPECT_FALSE(copy.id.isEmpty()) << "a copy is a report of its own";
+    EXPECT_EQ(copy.CountCards(), 1);
+
+    window.answer = false;
+    EXPECT_FALSE(window.OnDelete());
+    window.answer = true;
+    ASSERT_TRUE(window.OnDelete());
+    EXPECT_EQ(Items(list), (QStringList{u"Annual"_s, u"Boiler"_s, u"Zeta"_s}));
+    EXPECT_TRUE(QFileInfo::exists(m_dir.filePath(u"reports/Copy.XRPT.bak"_s))) << "a deleted report stays as its backup";
+
+    list->setCurrentRow(1);
+    CDlgEditor* editor = window.OnEdit();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_EQ(editor->Frame()->CurrentPage()->Page().cards.size(), 1u);
+    EXPECT_TRUE(editor->Frame()->IsModified()) << "a report without an identity is modified";
+    editor->Frame()->SetModified(false);
+    delete editor;
+
+    // What a crash left is offered and opens in an editor.
+    const ZWRecovery recovery(ZWRecovery::FolderBeside(m_dir.filePath(u"settings.ini"_s)));
+    ASSERT_TRUE(recovery.Write(u"new:x"_s, QString(), "<design><id>x</id><name>Lost</name><page/><page/></design>"));
+    ASSERT_EQ(window.OfferRecovery(), 1);
+    ASSERT_EQ(window.Editors().size(), 1);
+    CDlgEditor* restored = window.Editors().front();
+    EXPECT_EQ(restored->Frame()->ReportName(), u"Lost"_s);
+    EXPECT_EQ(restored->Frame()->PageCount(), 2);
+    EXPECT_TRUE(restored->Frame()->IsModified());
+    restored->Frame()->SetModified(false);
+    restored->Frame()->WriteRecovery();
+    EXPECT_TRUE(recovery.Pending().empty());
+    delete restored;
 }
 
 } // namespace

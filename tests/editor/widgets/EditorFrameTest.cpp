@@ -1,0 +1,193 @@
+// The editor's frame with real pages: loading, the save question, pages,
+// zoom steps, the support mask, saving through the report folder and the
+// recovery of an unsaved state.
+#include "editor/ZWRecovery.h"
+#include "editor/widgets/CDlgEditor.h"
+#include "editor/widgets/ZWEditTemplateWnd.h"
+#include "editor/widgets/ZWEditorFrame.h"
+#include "editor/widgets/ZWPropertyPanel.h"
+#include "host/core/ZWMarentaSetup.h"
+#include "template/ZWCardLabel.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class Frame : public ZWEditorFrame
+{
+public:
+    int answer = QMessageBox::No;
+    int questions = 0;
+    QString name;
+    QStringList messages;
+
+protected:
+    int AskSave(bool) override
+    {
+        ++questions;
+        return answer;
+    }
+    QString ChooseName() override { return name; }
+    void ShowMessage(const QString& text) override { messages << text; }
+};
+
+class EditorFrame : public testing::Test
+{
+protected:
+    EditorFrame()
+    {
+        ZWMarentaSetup::instance().SetReportDirectory(m_dir.path() + u"/reports"_s);
+        ZWMarentaSetup::instance().SetSettingsFile(m_dir.filePath(u"settings.ini"_s));
+        frame.resize(1000, 700);
+        frame.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&frame));
+    }
+    ~EditorFrame() override
+    {
+        ZWMarentaSetup::instance().SetReportDirectory(QString());
+        ZWMarentaSetup::instance().SetSettingsFile(QString());
+    }
+    QString Write(const char* name, const QByteArray& xml)
+    {
+        const QString path = m_dir.filePath(QString::fromLatin1(name));
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(xml);
+        return path;
+    }
+    double Factor()
+    {
+        double factor = 0;
+        frame.CurrentPage()->GetMode(factor);
+        return factor;
+    }
+
+    QTemporaryDir m_dir;
+    Frame frame;
+};
+
+TEST_F(EditorFrame, AReportWithoutAnIdentityIsModifiedAtOnceAndClosingAsks)
+{
+    frame.Setup(Write("noid.XRPT",
+        "<design><name>x</name><page><width>100</width><height>50</height></page>"
+        "<page/></design>"));
+    EXPECT_TRUE(frame.IsModified());
+    EXPECT_EQ(frame.PageCount(), 2);
+    EXPECT_EQ(frame.PageSelector()->count(), 2);
+    EXPECT_EQ(frame.CurrentPage()->GetWidth(), 100.0);
+    EXPECT_FALSE(frame.MaybeSave(false) && frame.questions == 0);
+    EXPECT_EQ(frame.questions, 1);
+
+    frame.Setup(Write("id.XRPT", "<design><id>abc</id><name>x</name><page/></design>"));
+    EXPECT_FALSE(frame.IsModified());
+    frame.questions = 0;
+    EXPECT_TRUE(frame.MaybeSave(true));
+    EXPECT_EQ(frame.questions, 0);
+
+    frame.Setup(m_dir.filePath(u"missing.XRPT"_s));
+    EXPECT_EQ(frame.PageCount(), 1) << "a file that cannot be read is a new report";
+    EXPECT_TRUE(frame.IsModified());
+}
+
+TEST_F(EditorFrame, TheOnlyPageIsKeptAndNewPagesBecomeCurrent)
+{
+    EXPECT_FALSE(frame.OnDeletePage());
+    EXPECT_EQ(frame.messages.size(), 1);
+    EXPECT_FALSE(frame.Action(32514)->isEnabled());
+    frame.OnNewPage();
+    EXPECT_EQ(frame.PageCount(), 2);
+    EXPECT_EQ(frame.CurrentIndex(), 1);
+    EXPECT_EQ(frame.PageSelector()->itemText(1), u"Page 2"_s);
+    EXPECT_TRUE(frame.IsModified());
+    EXPECT_TRUE(frame.OnDeletePage());
+    EXPECT_EQ(frame.PageCount(), 1);
+    EXPECT_EQ(frame.CurrentIndex(), 0);
+}
+
+TEST_F(EditorFrame, ZoomStepsStopAtTheLimitsAndLeaveFitMode)
+{
+    EXPECT_LT(Factor(), 0.0) << "a page starts fitted";
+    frame.OnZoomSelector(20);
+    EXPECT_EQ(Factor(), 10.0);
+    frame.OnZoomIn();
+    EXPECT_EQ(Factor(), 10.0);
+    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 20);
+    frame.OnZoomSelector(1);
+    frame.OnZoomOut();
+    EXPECT_EQ(Factor(), 0.5);
+    frame.OnZoomSelector(0);
+    const double fitted = -Factor();
+    frame.OnZoomIn();
+    EXPECT_GT(Factor(), fitted);
+    EXPECT_LE(Factor(), fitted + 0.5);
+}
+
+TEST_F(EditorFrame, TheConditionedCardAloneCannotBeMade)
+{
+    frame.SetSupportMask(16);
+    EXPECT_FALSE(frame.Action(32489)->isEnabled());
+    EXPECT_EQ(frame.CurrentPage()->GetSupportMask() & 16, 0);
+    frame.SetSupportMask(16 | 1);
+    EXPECT_TRUE(frame.Action(32489)->isEnabled());
+}
+
+TEST_F(EditorFrame, SavingThroughTheReportFolderAndOpeningAgainKeepsEverything)
+{
+    ZWEditTemplateWnd* page = frame.CurrentPage();
+    page->SetActiveState(0);
+    page->OnNewLabel();
+    ASSERT_EQ(page->GetNumberOfSelectedControls(), 1);
+    QLineEdit* text = frame.Panel()->TextEdit();
+    text->setFocus();
+    text->selectAll();
+    QTest::keyClicks(text, u"Monthly energy"_s);
+    EXPECT_TRUE(frame.IsModified());
+
+    frame.name = u"Monthly"_s;
+    ASSERT_TRUE(frame.SaveReport());
+    EXPECT_FALSE(frame.IsModified());
+    const QString path = m_dir.path() + u"/reports/Monthly.XRPT"_s;
+    ASSERT_TRUE(QFile::exists(path));
+
+    Frame other;
+    other.Setup(path);
+    EXPECT_FALSE(other.IsModified());
+    ASSERT_EQ(other.CurrentPage()->Page().cards.size(), 1u);
+    EXPECT_EQ(static_cast<ZWCardLabel&>(*other.CurrentPage()->Page().cards[0]).value, u"Monthly energy"_s);
+    EXPECT_EQ(other.ReportId(), frame.ReportId());
+}
+
+TEST_F(EditorFrame, ACrashLeavesTheUnsavedStateToRestore)
+{
+    auto recovery = std::make_shared<ZWRecovery>(m_dir.filePath(u"recovery"_s));
+    frame.SetRecovery(recovery);
+    frame.CurrentPage()->OnNewDate();
+    frame.WriteRecovery();
+    const QByteArray unsaved = frame.ToTemplate().ToXml();
+    // The frame is never closed: what a crash leaves.
+    const auto pending = recovery->Pending();
+    ASSERT_EQ(pending.size(), 1u);
+    QByteArray content;
+    ASSERT_TRUE(ZWRecovery::Read(pending[0], content));
+    EXPECT_EQ(content, unsaved);
+
+    Frame restored;
+    restored.SetupFromXml(content, pending[0].reportPath);
+    EXPECT_TRUE(restored.IsModified());
+    EXPECT_EQ(restored.ToTemplate().ToXml(), unsaved);
+
+    frame.name = u"Kept"_s;
+    ASSERT_TRUE(frame.SaveReport());
+    EXPECT_TRUE(recovery->Pending().empty()) << "a clean save removes the state";
+}
+
+} // namespace
