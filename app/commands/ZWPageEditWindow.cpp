@@ -145,7 +145,11 @@ bool ZWPageEditWindow::Open(const QString& path, QString* error)
             if (page == CurrentPage())
                 ShowSelection(card);
         });
-        connect(page, &ZWEditTemplateWnd::templateModified, this, &ZWPageEditWindow::UpdateTitle);
+        // The status bar follows the selected card's place and size.
+        connect(page, &ZWEditTemplateWnd::templateModified, this, [this, page] {
+            if (page == CurrentPage())
+                ShowSelection(page->GetSelectedControl());
+        });
         connect(page, &ZWEditTemplateWnd::zoomChanged, this, &ZWPageEditWindow::ShowZoom);
         connect(page, &ZWEditTemplateWnd::pageShowRequested, this, [this, page] {
             for (size_t j = 0; j < m_pages.size(); ++j)

@@ -231,7 +231,11 @@ private:
     void OnTimer();
     void UpdateCursor();
     void DrawGrid(QPainter& dc, const ZWPageMapping::Dimensions& d, const QRect& clip) const;
-    void DrawBoundingRectangles(QPainter& dc, const ZWPageMapping::Dimensions& d, bool selectedOnly);
+    // The card outlines: those of the unselected cards, or (`selectedOnly`)
+    // those of the selected cards and the card under the mouse; straight
+    // into `picture` when given, else with `dc`.
+    void DrawBoundingRectangles(
+        QPainter* dc, const ZWPageMapping::Dimensions& d, bool selectedOnly, QImage* picture = nullptr);
     void DrawDraggingBox(QPainter& dc);
     void RenderPagePicture(const QSize& client, qreal ratio);
     void RenderOutlinePicture();
