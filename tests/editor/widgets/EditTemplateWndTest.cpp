@@ -16,6 +16,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <random>
 
 using namespace Qt::StringLiterals;
 
@@ -414,6 +415,97 @@ TEST(EditTemplateWndTest, PaintsTheGridTheOutlinesAndTheDrag)
     EXPECT_EQ(picture.pixelColor(346, 219), white);
     QTest::mouseRelease(w.Area(), Qt::LeftButton, {}, {300, 300});
     EXPECT_EQ(w.Card(0), (Geometry{35, 30, 30, 40}));
+}
+
+// The page as a test compares it: its XML and every card's identity and
+// exact geometry, in list order.
+struct PageState
+{
+    QByteArray xml;
+    std::vector<std::pair<QString, Geometry>> cards;
+    bool operator==(const PageState&) const = default;
+};
+
+PageState StateOf(const ZWEditTemplateWnd& wnd)
+{
+    PageState s;
+    XmlDocument doc;
+    doc.Create(u"design"_s);
+    wnd.SaveTemplate(doc.Root());
+    s.xml = doc.ToXml();
+    for (const auto& c : wnd.Page().cards)
+        s.cards.push_back({c->id, {c->x, c->y, c->width, c->height}});
+    return s;
+}
+
+TEST(EditTemplateWndTest, ARandomSessionIsUndoneToTheStartAndRedoneToItsEnd)
+{
+    Window w(5);
+    const PageState start = StateOf(*w.wnd);
+    std::mt19937 random(20261123);
+    const auto pick = [&](int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); };
+    const auto pagePoint = [&] { return QPoint(100 + pick(800), 100 + pick(400)); };
+    const auto onCard = [&]() -> QPoint {
+        const auto& cards = w.wnd->Page().cards;
+        if (cards.empty())
+            return pagePoint();
+        const ZWCardControl& c = *cards[size_t(pick(int(cards.size())))];
+        return QPoint(100 + int(4 * (c.x + c.width / 2)), 100 + int(4 * (c.y + c.height / 2)));
+    };
+    const Qt::KeyboardModifiers mods[] = {Qt::NoModifier, Qt::ControlModifier, Qt::ShiftModifier};
+    const int keys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down};
+    for (int step = 0; step < 300; ++step) {
+        switch (pick(12)) {
+        case 0:
+        case 1:
+            w.Drag(onCard(), pagePoint(), mods[pick(3)]);
+            break;
+        case 2:
+            w.Drag(pagePoint(), pagePoint(), mods[pick(3)]);
+            break;
+        case 3:
+            w.Key(keys[pick(4)], pick(2) ? Qt::ShiftModifier : Qt::NoModifier);
+            break;
+        case 4:
+            w.Key(Qt::Key_C, Qt::ControlModifier);
+            w.Key(Qt::Key_V, Qt::ControlModifier);
+            break;
+        case 5:
+            w.Key(pick(2) ? Qt::Key_Delete : Qt::Key_X, pick(2) ? Qt::NoModifier : Qt::ControlModifier);
+            break;
+        case 6:
+            w.wnd->AlignSelectedControls(1 << pick(4));
+            break;
+        case 7:
+            w.wnd->DistributeSelectedControls(pick(2));
+            w.wnd->JustifySelectedControls(pick(2), pick(2));
+            break;
+        case 8:
+            w.wnd->ResizeSelectedControls(pick(2), pick(2));
+            break;
+        case 9:
+            w.wnd->SetActiveState(pick(2) ? ZWEditPage::LabelTool : ZWEditPage::DateTool);
+            w.Drag(pagePoint(), pagePoint(), pick(2) ? Qt::ControlModifier : Qt::NoModifier);
+            w.wnd->SetActiveState(ZWEditPage::SelectTool);
+            break;
+        case 10:
+            QTest::mouseClick(w.Area(), Qt::RightButton, {}, pagePoint());
+            if (QWidget* popup = QApplication::activePopupWidget())
+                popup->close();
+            w.wnd->OnNewImage();
+            break;
+        default:
+            w.Key(Qt::Key_Z, Qt::ControlModifier);
+            break;
+        }
+    }
+    const PageState end = StateOf(*w.wnd);
+    const int index = w.stack.index();
+    ASSERT_GT(index, 20);
+    w.stack.setIndex(0);
+    EXPECT_TRUE(StateOf(*w.wnd) == start);
+    w.stack.setIndex(index);
+    EXPECT_TRUE(StateOf(*w.wnd) == end);
 }
 
 } // namespace
