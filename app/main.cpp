@@ -159,7 +159,8 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("zwinformes"));
     // Headless commands that draw need fonts, hence a GUI application, but
     // never a display.
-    if (command->needs == ZWCommand::Needs::Gui && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    if ((command->needs == ZWCommand::Needs::Gui || command->needs == ZWCommand::Needs::HeadlessWidgets)
+        && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
 #if defined(Q_OS_UNIX) && !defined(Q_OS_MACOS)
     // Windows need a display; without one Qt would abort. Help texts need none.
@@ -194,6 +195,7 @@ int main(int argc, char** argv)
         app = std::make_unique<QGuiApplication>(argc, argv);
         break;
     case ZWCommand::Needs::Widgets:
+    case ZWCommand::Needs::HeadlessWidgets:
         app = std::make_unique<QApplication>(argc, argv);
         break;
     }

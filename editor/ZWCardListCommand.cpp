@@ -67,6 +67,8 @@ void ZWCardListCommand::undo()
     else
         InsertCards();
     m_edit.SelectIndices(m_selectionBefore);
+    if (m_edit.commandApplied)
+        m_edit.commandApplied();
 }
 
 void ZWCardListCommand::redo()
@@ -81,4 +83,6 @@ void ZWCardListCommand::redo()
     else
         RemoveCards();
     m_edit.SelectIndices(m_selectionAfter);
+    if (m_edit.commandApplied)
+        m_edit.commandApplied();
 }

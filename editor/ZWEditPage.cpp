@@ -471,6 +471,31 @@ ZWCardControl* ZWEditPage::AddControl(double x, double y, double w, double h)
     return m_page.cards.back().get();
 }
 
+ZWCardControl* ZWEditPage::NewControl(int tool)
+{
+    double x = 0, y = 0, w = 0, h = 0;
+    m_mapping.GetInitialControlDimensions(m_lastMouse, x, y, w, h);
+    const int active = m_activeState;
+    m_activeState = tool;
+    ZWCardControl* card = AddControl(x, y, w, h);
+    m_activeState = active;
+    return card;
+}
+
+void ZWEditPage::UpdateRect(const ZWCardControl* card, const ZWRect& rect)
+{
+    const int index = m_selection.Find(card);
+    if (index < 0)
+        return;
+    ZWRect& drag = m_selection.GetDraggingRect(index);
+    QPoint& anchor = m_selection.GetAnclePoint(index);
+    // The anchor keeps the corner it sat on.
+    const bool right = anchor.x() == drag.right && anchor.x() != drag.left;
+    const bool bottom = anchor.y() == drag.bottom && anchor.y() != drag.top;
+    anchor = QPoint(right ? rect.right : rect.left, bottom ? rect.bottom : rect.top);
+    drag = rect;
+}
+
 std::vector<int> ZWEditPage::SelectedIndices() const
 {
     std::vector<int> indices;

@@ -5,6 +5,7 @@
 #include "editor/ZWSelection.h"
 
 #include <QPoint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -61,7 +62,9 @@ public:
 
     ZWTemplatePage& Page() const { return m_page; }
     ZWPageMapping& Mapping() { return m_mapping; }
+    const ZWPageMapping& Mapping() const { return m_mapping; }
     ZWSelection& Selection() { return m_selection; }
+    const ZWSelection& Selection() const { return m_selection; }
 
     void SetActiveState(int state) { m_activeState = state; }
     int GetActiveState() const { return m_activeState; }
@@ -69,6 +72,17 @@ public:
     ZWCardControl* GetOverCard() const { return m_overCard; }
     // The cursor the window should show now.
     ZWHandleZones::Cursor ShownCursor() const { return m_shownCursor; }
+    // The last mouse position over the window (−1, −1 before the first).
+    QPoint LastMouse() const { return m_lastMouse; }
+    // A right click or a move without the button: the card under the mouse
+    // and the last position follow it.
+    void SetLastMouse(const QPoint& point)
+    {
+        if (m_operation == NoOperation)
+            MouseMove(point);
+    }
+    // Forgets the card under the mouse (a menu took the mouse away).
+    void ForgetOverCard() { m_overCard = nullptr; }
 
     // The first card in list order whose pixel rectangle holds the point,
     // with that rectangle; null when none or without a mapping.
@@ -90,6 +104,10 @@ public:
     void ResizeDraggingRect(const QPoint& point, bool horizontal, bool vertical);
     // Applies the drag that ends to the cards.
     void RepositioningControl(unsigned long& clickOnly);
+    // While drawing: keeps a selected card's dragging rectangle and anchor
+    // in step with the card's pixel rectangle `rect` (after a zoom or a
+    // scroll); unselected cards are ignored.
+    void UpdateRect(const ZWCardControl* card, const ZWRect& rect);
 
     // The selection as positions in the page's card list, in selection
     // order, and back: undo and redo rebuild the selection from these, never
@@ -100,6 +118,14 @@ public:
     // Makes a card of the active tool's kind at (x, y, w, h) mm, selects it
     // and appends it to the page; null for the selection tool.
     virtual ZWCardControl* AddControl(double x, double y, double w, double h);
+    // The "new card" commands: a card of the kind of creation tool `tool`
+    // at the last mouse position, one grid step (or 30 pixels) each way,
+    // whatever the active tool. Null for the selection tool.
+    ZWCardControl* NewControl(int tool);
+
+    // Called by the undo commands after each undo and each redo that changed
+    // this page, so that its window repaints and shows it.
+    std::function<void()> commandApplied;
 
     // Clones of the cards last copied; they outlive pastes and move one
     // paste offset further with each paste.

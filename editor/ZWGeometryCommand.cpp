@@ -50,6 +50,8 @@ void ZWGeometryCommand::Apply(bool after)
         card.height = values[i].height;
     }
     m_edit.SelectIndices(after ? m_selectionAfter : m_selectionBefore);
+    if (m_edit.commandApplied)
+        m_edit.commandApplied();
 }
 
 void ZWGeometryCommand::undo()

@@ -149,6 +149,41 @@ void ZWLayoutCommands::ResizeSelectedControls(ZWEditPage& edit, bool width, bool
     }
 }
 
+bool ZWLayoutCommands::NudgeSelectedControls(ZWEditPage& edit, int dx, int dy, bool gridStep)
+{
+    ZWPageMapping::Dimensions d;
+    const std::vector<ZWCardControl*> cards = Selected(edit);
+    if (cards.empty() || !edit.Mapping().GetTemplateDimensions(d))
+        return false;
+    const ZWGlobalProperties& page = edit.Page().properties;
+    const auto stepMm = [&](double grid, double mmPerPixel) {
+        return gridStep && grid > 0.0 ? grid : (gridStep ? 10.0 : 1.0) * mmPerPixel;
+    };
+    double minX = DBL_MAX, minY = DBL_MAX, maxRight = -DBL_MAX, maxBottom = -DBL_MAX;
+    for (const ZWCardControl* c : cards) {
+        minX = std::min(minX, c->x);
+        minY = std::min(minY, c->y);
+        maxRight = std::max(maxRight, c->x + c->width);
+        maxBottom = std::max(maxBottom, c->y + c->height);
+    }
+    // The block moves as far as the page lets it, never further out than it
+    // already is.
+    const auto limit = [](double move, double nearEdge, double farEdge, double extent) {
+        return std::clamp(move, std::min(0.0, -nearEdge), std::max(0.0, extent - farEdge));
+    };
+    const double mx = limit(dx * stepMm(page.xgrid, d.MmPerPixelX(page.width)), minX, maxRight, page.width);
+    const double my = limit(dy * stepMm(page.ygrid, d.MmPerPixelY(page.height)), minY, maxBottom, page.height);
+    if (mx == 0.0 && my == 0.0)
+        return false;
+    for (ZWCardControl* c : cards) {
+        c->x += mx;
+        c->y += my;
+    }
+    // The dragging rectangles follow the cards.
+    edit.SelectIndices(edit.SelectedIndices());
+    return true;
+}
+
 void ZWLayoutCommands::ControlCopy(ZWEditPage& edit)
 {
     edit.clipboard.clear();

@@ -31,6 +31,13 @@ public:
     // and/or height.
     static void ResizeSelectedControls(ZWEditPage& edit, bool width, bool height);
 
+    // Moves the selected cards together by (dx, dy) steps: a screen pixel
+    // each, or a grid step with `gridStep` (10 pixels where there is no
+    // grid). The group stays on the page: it stops at the page's edges, and
+    // a card already beyond one is not moved further out. False when nothing
+    // moved.
+    static bool NudgeSelectedControls(ZWEditPage& edit, int dx, int dy, bool gridStep);
+
     // The clipboard receives clones of the selected cards, in selection order.
     static void ControlCopy(ZWEditPage& edit);
     static void ControlCut(ZWEditPage& edit);

@@ -10,7 +10,11 @@
 // file and registers itself with a static ZWCommandRegistration.
 struct ZWCommand
 {
-    enum class Needs { Core, Gui, Widgets };
+    // Core: no GUI at all; Gui: drawing without windows (offscreen unless a
+    // platform is set); Widgets: windows on the display; HeadlessWidgets:
+    // real windows that never reach a display (offscreen unless a platform
+    // is set).
+    enum class Needs { Core, Gui, Widgets, HeadlessWidgets };
 
     QString name;
     QString summary;

@@ -4,18 +4,18 @@
 #include "editor/ZWRecovery.h"
 #include "editor/widgets/CDlgEditor.h"
 #include "editor/widgets/ZWEditorFrame.h"
+#include "host/core/ZWGuid.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWSettingsKeys.h"
 #include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerDatabase.h"
+#include "template/ZWTemplate.h"
 #include "viewer/ZWActionTexts.h"
 #include "viewer/ZWReportData.h"
 #include "viewer/ZWReportFiles.h"
-#include "template/ZWTemplate.h"
 #include "viewer/widgets/CDlgInformesList.h"
 #include "viewer/widgets/CDlgViewer.h"
-#include "host/core/ZWGuid.h"
 #include "viewer/widgets/ZWViewerIcons.h"
 
 #include <QAction>
@@ -23,9 +23,9 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QLocale>
 #include <QLabel>
 #include <QListWidget>
+#include <QLocale>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QToolBar>
@@ -99,7 +99,8 @@ ZWMainWindow::ZWMainWindow(QWidget* parent) : QMainWindow(parent)
     auto* quit = new QAction(ZWLoadString(ZWTextId::AppQuit), this);
     quit->setShortcut(QKeySequence::Quit);
     // The commands belong to the window: their keys work with the tool bar hidden.
-    for (QAction* action : {m_open, m_new, m_edit, m_delete, m_duplicate, m_refresh, m_chooseFolder, m_chooseDatabase, quit}) {
+    for (QAction* action :
+        {m_open, m_new, m_edit, m_delete, m_duplicate, m_refresh, m_chooseFolder, m_chooseDatabase, quit}) {
         ZWActionTexts::ShowShortcutInToolTip(*action);
         addAction(action);
     }
@@ -140,8 +141,8 @@ ZWMainWindow::ZWMainWindow(QWidget* parent) : QMainWindow(parent)
     connect(quit, &QAction::triggered, qApp, &QApplication::closeAllWindows);
     connect(m_list, &QListWidget::itemActivated, this, &ZWMainWindow::OnOpen);
     connect(m_list, &QListWidget::itemSelectionChanged, this, &ZWMainWindow::UpdateActions);
-    m_recovery = std::make_shared<ZWRecovery>(
-        ZWRecovery::FolderBeside(ZWMarentaSetup::instance().OpenSettings()->fileName()));
+    m_recovery
+        = std::make_shared<ZWRecovery>(ZWRecovery::FolderBeside(ZWMarentaSetup::instance().OpenSettings()->fileName()));
 
     resize(520, 600);
     Refresh();
@@ -350,8 +351,9 @@ int ZWMainWindow::OfferRecovery()
     for (const ZWRecovery::Entry& entry : pending) {
         const QString name = entry.reportPath.isEmpty() ? ZWLoadString(ZWTextId::UntitledReport)
                                                         : QFileInfo(entry.reportPath).completeBaseName();
-        text += QStringLiteral("\n") + ZWLoadString(ZWTextId::RecoveryItem)
-                    .arg(name, QLocale().toString(entry.written.toLocalTime(), QLocale::ShortFormat));
+        text += QStringLiteral("\n")
+            + ZWLoadString(ZWTextId::RecoveryItem)
+                  .arg(name, QLocale().toString(entry.written.toLocalTime(), QLocale::ShortFormat));
     }
     if (!Ask(text)) {
         for (const ZWRecovery::Entry& entry : pending)

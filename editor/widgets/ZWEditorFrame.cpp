@@ -671,6 +671,9 @@ QString ZWEditorFrame::RecoveryKey() const
 bool ZWEditorFrame::SaveReport(bool chooseName)
 {
     const QString oldKey = RecoveryKey();
+    // A report opened by its file is saved there, named after it.
+    if (m_name.isEmpty() && !m_path.isEmpty() && !chooseName)
+        m_name = QFileInfo(m_path).completeBaseName();
     if (m_name.isEmpty() || chooseName) {
         const QString name = ChooseName();
         if (name.isEmpty())

@@ -4,11 +4,11 @@
 #include "editor/widgets/CDlgEditor.h"
 #include "editor/widgets/ZWEditTemplateWnd.h"
 #include "editor/widgets/ZWEditorFrame.h"
-#include "template/ZWTemplate.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/store/ZWLoggerDatabase.h"
+#include "template/ZWTemplate.h"
 #include "tests/support/ZWTestSupport.h"
 #include "viewer/ZWReportFiles.h"
 #include "viewer/widgets/CDlgViewer.h"
@@ -347,7 +347,8 @@ TEST_F(MainWindow, ReportsAreDuplicatedDeletedEditedAndRestoredFromTheList)
     window.answer = true;
     ASSERT_TRUE(window.OnDelete());
     EXPECT_EQ(Items(list), (QStringList{u"Annual"_s, u"Boiler"_s, u"Zeta"_s}));
-    EXPECT_TRUE(QFileInfo::exists(m_dir.filePath(u"reports/Copy.XRPT.bak"_s))) << "a deleted report stays as its backup";
+    EXPECT_TRUE(QFileInfo::exists(m_dir.filePath(u"reports/Copy.XRPT.bak"_s)))
+        << "a deleted report stays as its backup";
 
     list->setCurrentRow(1);
     CDlgEditor* editor = window.OnEdit();

@@ -1,0 +1,272 @@
+// zwinformes edit-script: steps replayed on the designer's page windows,
+// with the geometry that comes out, the errors that stop a script and what
+// is written.
+#include "tests/app/commands/ProgramRun.h"
+#include "tests/support/ZWTestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Page 1: 200 × 100 mm without grid, label "a" at (10, 20, 30, 40) and
+// image "b" at (50, 20, 10, 10). In a 1000 × 600 window at 4 pixels per mm
+// and zoom 1 it covers pixels 100..899 × 100..499, "a" is (140, 180)–(260,
+// 340). Page 2: A4 portrait with label "c".
+const char* kReport = R"(<design><id>{5}</id><name>Script</name>
+<page><width>200.00</width><height>100.00</height><xgrid>0.00</xgrid><ygrid>0.00</ygrid>
+<label><x>10.00</x><y>20.00</y><width>30.00</width><height>40.00</height><color>000000</color><id>a</id></label>
+<image><x>50.00</x><y>20.00</y><width>10.00</width><height>10.00</height><color>000000</color><id>b</id></image>
+</page>
+<page><width>210.00</width><height>297.00</height>
+<label><x>10.00</x><y>10.00</y><width>80.00</width><height>10.00</height><color>000000</color><id>c</id></label>
+</page></design>)";
+
+const char* kWindow = R"({"op":"window","width":1000,"height":600,"pixelsPerMm":4},)";
+
+struct Card
+{
+    // "*": any identity (a card made by the script).
+    const char* id;
+    const char* kind;
+    double x, y, width, height;
+};
+
+struct ScriptCase
+{
+    const char* name;
+    // The steps after the window step, without the brackets.
+    const char* steps;
+    std::vector<Card> page1;
+    std::vector<const char*> selection;
+    bool canUndo;
+    bool canRedo;
+};
+
+struct ScriptRun
+{
+    QTemporaryDir dir;
+    QString report = dir.filePath(u"in.XRPT"_s);
+    QString script = dir.filePath(u"script.json"_s);
+
+    zwtest::ProgramResult Script(const QByteArray& json, const QStringList& extra = {})
+    {
+        zwtest::WriteFile(report, kReport);
+        zwtest::WriteFile(script, json);
+        zwtest::RunOptions options;
+        options.environment = {{u"QT_QPA_PLATFORM"_s, u"offscreen"_s}, {u"ZWINFORMES_LOCALE"_s, u"C"_s}};
+        return zwtest::RunProgram(QStringList{u"edit-script"_s, report, u"--script"_s, script} + extra, options);
+    }
+};
+
+class EditScriptTest : public ::testing::TestWithParam<ScriptCase>
+{};
+
+TEST_P(EditScriptTest, PrintsTheCardsWhereTheStepsLeftThem)
+{
+    const ScriptCase& c = GetParam();
+    ScriptRun run;
+    const zwtest::ProgramResult r = run.Script(QByteArray("[") + kWindow + c.steps + "]", {u"--json"_s});
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    const QJsonObject out = r.Json().toObject();
+    EXPECT_EQ(out[u"page"_s].toInt(), 0);
+    EXPECT_EQ(out[u"zoom"_s].toDouble(), 1.0);
+    EXPECT_EQ(out[u"canUndo"_s].toBool(), c.canUndo);
+    EXPECT_EQ(out[u"canRedo"_s].toBool(), c.canRedo);
+    const QJsonArray pages = out[u"pages"_s].toArray();
+    ASSERT_EQ(pages.size(), 2);
+    EXPECT_EQ(pages[0][u"width"_s].toDouble(), 200.0);
+    const QJsonArray cards = pages[0][u"cards"_s].toArray();
+    ASSERT_EQ(cards.size(), qsizetype(c.page1.size()));
+    for (size_t i = 0; i < c.page1.size(); ++i) {
+        const Card& e = c.page1[i];
+        const QJsonObject card = cards[qsizetype(i)].toObject();
+        if (QByteArray(e.id) != "*") {
+            EXPECT_EQ(card[u"id"_s].toString(), QString::fromLatin1(e.id)) << "card " << i;
+        }
+        EXPECT_EQ(card[u"kind"_s].toString(), QString::fromLatin1(e.kind)) << "card " << i;
+        EXPECT_DOUBLE_EQ(card[u"x"_s].toDouble(), e.x) << "card " << i;
+        EXPECT_DOUBLE_EQ(card[u"y"_s].toDouble(), e.y) << "card " << i;
+        EXPECT_DOUBLE_EQ(card[u"width"_s].toDouble(), e.width) << "card " << i;
+        EXPECT_DOUBLE_EQ(card[u"height"_s].toDouble(), e.height) << "card " << i;
+    }
+    const QJsonArray selection = out[u"selection"_s].toArray();
+    ASSERT_EQ(selection.size(), qsizetype(c.selection.size()));
+    for (size_t i = 0; i < c.selection.size(); ++i) {
+        // "last": the last card of the page.
+        const QString expected = QByteArray(c.selection[i]) == "last" ? cards.last()[u"id"_s].toString()
+                                                                      : QString::fromLatin1(c.selection[i]);
+        EXPECT_EQ(selection[qsizetype(i)].toString(), expected);
+    }
+}
+
+const Card A{"a", "label", 10, 20, 30, 40};
+const Card B{"b", "image", 50, 20, 10, 10};
+
+const ScriptCase scriptCases[] = {
+    {"a drag moves the card by the mouse's way",
+        R"({"op":"tool","tool":"select"},{"op":"press","x":200,"y":260},{"op":"move","x":240,"y":300},
+           {"op":"release","x":240,"y":300})",
+        {{"a", "label", 20, 30, 30, 40}, B}, {"a"}, true, false},
+    {"undo puts the dragged card back and keeps its selection",
+        R"({"op":"tool","tool":"select"},{"op":"press","x":200,"y":260},{"op":"move","x":240,"y":300},
+           {"op":"release","x":240,"y":300},{"op":"undo"})",
+        {A, B}, {"a"}, false, true},
+    {"a press and release without moving only selects",
+        R"({"op":"tool","tool":"select"},{"op":"press","x":310,"y":200},{"op":"release","x":310,"y":200})", {A, B},
+        {"b"}, false, false},
+    {"the label tool draws a label where the mouse went",
+        R"({"op":"tool","tool":"label"},{"op":"press","x":500,"y":300},{"op":"move","x":580,"y":340},
+           {"op":"release","x":580,"y":340})",
+        {A, B, {"*", "label", 100, 50, 20, 10}}, {"last"}, true, false},
+    {"the band with ctrl takes a card out of the selection",
+        R"({"op":"tool","tool":"select"},{"op":"press","x":120,"y":150},{"op":"move","x":400,"y":400},
+           {"op":"release","x":400,"y":400},{"op":"press","x":290,"y":170,"ctrl":true},
+           {"op":"move","x":350,"y":230},{"op":"release","x":350,"y":230,"ctrl":true})",
+        {A, B}, {"a"}, false, false},
+    {"align left lines the band's cards up with the last selected",
+        R"({"op":"tool","tool":"select"},{"op":"press","x":120,"y":150},{"op":"move","x":400,"y":400},
+           {"op":"release","x":400,"y":400},{"op":"align","mode":1})",
+        {{"a", "label", 50, 20, 30, 40}, B}, {"a", "b"}, true, false},
+    {"same width takes the last selected card's width",
+        R"({"op":"selectId","id":"a"},{"op":"press","x":310,"y":200,"shift":true},
+           {"op":"release","x":310,"y":200,"shift":true},{"op":"sameSize","width":true,"height":false})",
+        {{"a", "label", 10, 20, 10, 40}, B}, {"a", "b"}, true, false},
+    {"centring the group keeps the distance between the cards",
+        R"({"op":"tool","tool":"select"},{"op":"press","x":120,"y":150},{"op":"move","x":400,"y":400},
+           {"op":"release","x":400,"y":400},{"op":"justify","mode":0,"group":true})",
+        {{"a", "label", 75, 20, 30, 40}, {"b", "image", 115, 20, 10, 10}}, {"a", "b"}, true, false},
+    {"three arrow presses are three pixels and one undo step",
+        R"({"op":"selectId","id":"a"},{"op":"key","key":"Right"},{"op":"key","key":"Right"},
+           {"op":"key","key":"Down","shift":true},{"op":"key","key":"Right"},{"op":"undo"},{"op":"redo"})",
+        {{"a", "label", 10.75, 22.5, 30, 40}, B}, {"a"}, true, false},
+    {"each paste lands thirty pixels further",
+        R"({"op":"selectId","id":"a"},{"op":"key","key":"C","ctrl":true},{"op":"paste"},{"op":"paste"})",
+        {A, B, {"*", "label", 17.5, 27.5, 30, 40}, {"*", "label", 25, 35, 30, 40}}, {"last"}, true, false},
+    {"cut and undo give the card back at its place in the list",
+        R"({"op":"selectId","id":"a"},{"op":"cut"},{"op":"undo"})", {A, B}, {"a"}, false, true},
+    {"delete removes the selection", R"({"op":"selectId","id":"b"},{"op":"key","key":"Delete"})", {A}, {}, true, false},
+    {"ctrl shift z redoes",
+        R"({"op":"selectId","id":"b"},{"op":"delete"},{"op":"key","key":"Z","ctrl":true},
+           {"op":"key","key":"Z","ctrl":true,"shift":true})",
+        {A}, {}, true, false},
+    {"a new card goes where the right click was",
+        R"({"op":"rightClick","x":600,"y":300},{"op":"new","kind":"formule"})",
+        {A, B, {"*", "formule", 125, 50, 7.5, 7.5}}, {"last"}, true, false},
+    {"a drag past the right edge stops one pixel inside the page",
+        R"({"op":"tool","tool":"select"},{"op":"press","x":310,"y":200},{"op":"move","x":990,"y":200},
+           {"op":"release","x":990,"y":200})",
+        {A, {"b", "image", 189.75, 20, 10, 10}}, {"b"}, true, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Script, EditScriptTest, ::testing::ValuesIn(scriptCases),
+    [](const auto& info) { return zwtest::CaseName(info.param.name); });
+
+TEST(EditScriptPages, PageZoomAndOrientationApplyToTheChosenPage)
+{
+    ScriptRun run;
+    const zwtest::ProgramResult r = run.Script(
+        QByteArray("[") + kWindow + R"({"op":"page","index":1},{"op":"zoom","mode":0},{"op":"orientation","value":0},
+                 {"op":"selectId","id":"c"},{"op":"page","index":0},{"op":"selectId","id":"a"},
+                 {"op":"key","key":"Left"},{"op":"page","index":1},{"op":"undo"}])",
+        {u"--json"_s});
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    const QJsonObject out = r.Json().toObject();
+    // The undo showed the page it changed.
+    EXPECT_EQ(out[u"page"_s].toInt(), 0);
+    EXPECT_EQ(out[u"zoom"_s].toDouble(), 1.0);
+    const QJsonObject second = out[u"pages"_s][1].toObject();
+    EXPECT_EQ(second[u"width"_s].toDouble(), 297.0);
+    EXPECT_EQ(second[u"height"_s].toDouble(), 210.0);
+    EXPECT_EQ(out[u"pages"_s][0][u"cards"_s][0][u"x"_s].toDouble(), 10.0);
+}
+
+TEST(EditScriptPages, FitModeIsStoredNegative)
+{
+    ScriptRun run;
+    const zwtest::ProgramResult r
+        = run.Script(QByteArray("[") + kWindow + R"({"op":"page","index":1},{"op":"zoom","mode":0}])", {u"--json"_s});
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    // 600 pixels for 297 mm at 4 pixels per mm.
+    EXPECT_DOUBLE_EQ(r.Json()[u"zoom"_s].toDouble(), -600.0 / 4.0 / 297.0);
+    EXPECT_EQ(r.Json()[u"page"_s].toInt(), 1);
+}
+
+struct ErrorCase
+{
+    const char* name;
+    const char* script;
+    const char* message;
+};
+
+class EditScriptErrorTest : public ::testing::TestWithParam<ErrorCase>
+{};
+
+TEST_P(EditScriptErrorTest, StopsWithTheStepAndWritesNothing)
+{
+    const ErrorCase& c = GetParam();
+    ScriptRun run;
+    const QString out = run.dir.filePath(u"out.XRPT"_s);
+    zwtest::WriteFile(out, "before");
+    const zwtest::ProgramResult r = run.Script(c.script, {u"-o"_s, out, u"--json"_s});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err.trimmed(), run.script + u": "_s + QString::fromUtf8(c.message));
+    EXPECT_TRUE(r.out.isEmpty());
+    EXPECT_EQ(zwtest::ReadFile(out), QByteArray("before"));
+    EXPECT_FALSE(QFile::exists(out + u".bak"_s));
+}
+
+const ErrorCase errorCases[] = {
+    {"an unknown op", R"([{"op":"selectId","id":"a"},{"op":"fly"}])", R"(step 2: unknown op "fly")"},
+    {"a step without op", R"([{"x":1}])", R"(step 1: "op" is missing)"},
+    {"a missing coordinate", R"([{"op":"press","x":10}])", R"(step 1: "y" is missing)"},
+    {"a coordinate that is text", R"([{"op":"move","x":"10","y":5}])", R"(step 1: "x" must be a number)"},
+    {"a fractional coordinate", R"([{"op":"release","x":1.5,"y":5}])", R"(step 1: "x" must be a whole number)"},
+    {"a modifier that is no flag", R"([{"op":"press","x":1,"y":5,"ctrl":"yes"}])",
+        R"(step 1: "ctrl" must be true or false)"},
+    {"a page out of range", R"([{"op":"copy"},{"op":"page","index":2}])",
+        "step 2: page 2 does not exist: the report has 2 page(s), numbered from 0"},
+    {"an unknown tool", R"([{"op":"tool","tool":"pen"}])",
+        R"(step 1: "tool" must be one of "conditioned", "date", "formule", "image", "label", "select", not "pen")"},
+    {"an unknown key", R"([{"op":"key","key":"Q"}])",
+        R"(step 1: "key" must be one of "C", "Delete", "Down", "Left", "Right", "Up", "V", "X", "Y", "Z", not "Q")"},
+    {"a zoom without factor or mode", R"([{"op":"zoom"}])", R"(step 1: "zoom" needs a "factor" or a "mode")"},
+    {"a zoom of nothing", R"([{"op":"zoom","factor":0}])",
+        "step 1: a zoom factor lies between 0.01 and 100 (negative for fit mode)"},
+    {"a window without area", R"([{"op":"window","width":0,"height":5,"pixelsPerMm":4}])",
+        "step 1: the window needs a width and a height of at least 1 pixel"},
+    {"a step that is no object", R"([{"op":"copy"},3])", R"(step 2: a step is a JSON object with an "op")"},
+    {"no array", R"({"op":"copy"})", "a script is a JSON array of steps"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Script, EditScriptErrorTest, ::testing::ValuesIn(errorCases),
+    [](const auto& info) { return zwtest::CaseName(info.param.name); });
+
+TEST(EditScriptOutput, WritesTheReportAsTheDesignerSavesItAndKeepsTheOldOne)
+{
+    ScriptRun run;
+    const QString out = run.dir.filePath(u"out.XRPT"_s);
+    zwtest::WriteFile(out, "old");
+    const zwtest::ProgramResult r = run.Script(QByteArray("[") + kWindow
+            + R"({"op":"tool","tool":"select"},{"op":"press","x":200,"y":260},{"op":"move","x":240,"y":300},
+                 {"op":"release","x":240,"y":300}])",
+        {u"-o"_s, out});
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.out.isEmpty());
+    EXPECT_EQ(zwtest::ReadFile(out + u".bak"_s), QByteArray("old"));
+    const QByteArray written = zwtest::ReadFile(out);
+    EXPECT_TRUE(written.contains("<x>20.00</x>")) << written.toStdString();
+    EXPECT_TRUE(written.contains("<id>{5}</id>"));
+    EXPECT_EQ(written.count("<page>"), 2);
+    // The report it read is left as it was.
+    EXPECT_EQ(zwtest::ReadFile(run.report), QByteArray(kReport));
+}
+
+} // namespace
