@@ -862,7 +862,17 @@ void ZWEditTemplateWnd::resizeEvent(QResizeEvent* event)
 {
     QAbstractScrollArea::resizeEvent(event);
     m_redrawAll = true;
-    InitializeScrollBars(false);
+    double factor = 0.0;
+    GetMode(factor);
+    // A fitted page stays fitted to the window; fitting shows or hides
+    // scroll bars, which resizes the viewport again.
+    if (factor < 0.0 && !m_fitting) {
+        m_fitting = true;
+        SetMode(0);
+        m_fitting = false;
+    } else {
+        InitializeScrollBars(false);
+    }
 }
 
 void ZWEditTemplateWnd::scrollContentsBy(int, int)

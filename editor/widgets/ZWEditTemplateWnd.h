@@ -260,5 +260,6 @@ private:
     QTimer m_timer;
     int m_phase = 0;
     bool m_adjusting = false;
+    bool m_fitting = false;
     QList<QPointer<QAction>> m_toolBarActions;
 };

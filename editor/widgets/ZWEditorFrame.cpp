@@ -41,7 +41,10 @@ QString Text(int id)
 
 ZWEditorFrame::ZWEditorFrame(QWidget* parent) : QMainWindow(parent)
 {
-    setWindowFlag(Qt::Widget, parent != nullptr);
+    // A main window is always made a window of its own; inside the editor
+    // dialog it is a plain child.
+    if (parent)
+        setWindowFlags(Qt::Widget);
     m_stackWidget = new QStackedWidget(this);
     setCentralWidget(m_stackWidget);
     m_panel = new ZWPropertyPanel(this);
@@ -230,6 +233,8 @@ void ZWEditorFrame::BuildBars()
     bar(ZWTextId::ToolsBar, "tools", {32488, 32496, 32497, 32498, 32499, 32489});
     bar(ZWTextId::LayoutBar, "layout",
         {32492, 32493, 0, 32494, 32495, 32500, 0, 32501, 32502, 0, 32503, 32504, 32505, 32506});
+    // Two rows: the card tools and layout, then pages, zoom and report.
+    addToolBarBreak();
     QToolBar* pages = bar(ZWTextId::Pages, "pages", {32513, 32514, 32516, 32515});
     m_pageSelector = new QComboBox(pages);
     m_pageSelector->setObjectName(QStringLiteral("pageSelector"));
