@@ -48,7 +48,11 @@ QString DescribeUndefined(const std::vector<ZWToken>& undefined, const XmlDocume
         double value = ZW_NO_VALUE;
         int valueType = 0;
         const int code = reference.Evaluate(value, valueType);
-        if (code != R::Ok && code != R::UndefinedValues && code != R::NoCurrentValue) {
+        // A fault that comes from a formula it refers to is that one's.
+        const std::vector<ZWToken>& below = *reference.GetUndefinedTokens();
+        const bool inherited = std::any_of(
+            below.begin(), below.end(), [](const ZWToken& t) { return t.GetType() == ZWToken::Variable; });
+        if (!inherited && code != R::Ok && code != R::UndefinedValues && code != R::NoCurrentValue) {
             QString message;
             ZWEvaluator::ErrorMsg(code, message);
             faults << ZWLoadString(ZWTextId::FormulaReferenceFault).arg(token.GetValue(), message);

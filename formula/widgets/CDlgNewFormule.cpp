@@ -36,7 +36,8 @@ CDlgNewFormule::CDlgNewFormule(const XmlDocument& library, ZWLoggerStore* store,
     m_resultLine->setWordWrap(true);
     m_resultLine->setTextFormat(Qt::PlainText);
     m_resultLine->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_resultLine->setMinimumHeight(m_resultLine->fontMetrics().lineSpacing() * 3);
+    // Room for the value line and a few lines of what is missing.
+    m_resultLine->setMinimumHeight(m_resultLine->fontMetrics().lineSpacing() * 6);
     m_resultLine->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 
     m_check = new QPushButton(ZWLoadString(ZWTextId::FormulaCheck), this);
@@ -128,10 +129,13 @@ void CDlgNewFormule::OnEdited()
 void CDlgNewFormule::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
-    // Typing goes on at the end of the formula rather than replacing it.
-    m_text->setFocus();
-    m_text->deselect();
-    m_text->end(false);
+    // Typing goes on at the end of the formula rather than replacing it;
+    // after the window took its focus, which selects the whole line.
+    QTimer::singleShot(0, this, [this] {
+        m_text->setFocus();
+        m_text->deselect();
+        m_text->end(false);
+    });
 }
 
 void CDlgNewFormule::OnWizzard()

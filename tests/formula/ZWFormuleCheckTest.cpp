@@ -49,16 +49,17 @@ class FormuleCheck : public testing::TestWithParam<CheckCase>
 {};
 
 // Price and Total are in the library; Cost refers to Total, Total to the
-// edited entry's old name "Old"; Broken to a device variable nobody knows.
+// edited entry's old name "Old"; Broken to a device variable nobody knows,
+// UsesBroken to Broken.
 TEST_P(FormuleCheck, ResultLineAndOk)
 {
     zwtest::LiveValuesScope live;
     live.Set(QStringLiteral("meter.energy"), 1520.5);
     live.Set(QStringLiteral("meter.power"), std::nullopt);
     const std::vector<QString> names{QStringLiteral("Price"), QStringLiteral("Old"), QStringLiteral("Total"),
-        QStringLiteral("Cost"), QStringLiteral("Broken")};
+        QStringLiteral("Cost"), QStringLiteral("Broken"), QStringLiteral("UsesBroken")};
     const std::vector<QString> texts{QStringLiteral("0.25"), QStringLiteral("1"), QStringLiteral("Old * 2"),
-        QStringLiteral("Total * Price"), QStringLiteral("[meter.volume] * 2")};
+        QStringLiteral("Total * Price"), QStringLiteral("[meter.volume] * 2"), QStringLiteral("Broken * 2")};
     const CheckCase& c = GetParam();
     const ZWFormuleCheck::Result r
         = ZWFormuleCheck::Evaluate(QString::fromUtf8(c.name), QString::fromUtf8(c.text), names, texts, c.edited);
@@ -94,6 +95,10 @@ INSTANTIATE_TEST_SUITE_P(Checks, FormuleCheck,
             "Not in the library: Missing"},
         CheckCase{"a referenced formula's fault is named", "A", "Broken + Cost", -1, ZWTextId::FormulaValueMissing,
             true, "Broken cannot be evaluated: A device variable"},
+        CheckCase{"only where it comes from", "A", "UsesBroken + Price", -1, ZWTextId::FormulaValueMissing, true,
+            "Without a value: Broken, UsesBroken\nBroken cannot be evaluated: A device variable of the formula is not "
+            "known to the host, or its name carries a filter while filters (discriminators) are not allowed here. "
+            "Check the name between the square brackets."},
         CheckCase{"no current value is code 62", "A", "[meter.power] * 2", -1, ZWTextId::FormulaNoCurrentValue, true,
             "Without a value: [meter.power]"},
         CheckCase{"missing value before another is code 40", "A", "[meter.power] + [meter.energy]", -1,
