@@ -20,3 +20,9 @@ trap 'rm -f "$settings"' EXIT
 ZWINFORMES_SETTINGS="$settings" QT_QPA_PLATFORM=offscreen \
   "$ZW" screenshot examples/reports/MonthlyEnergy.XRPT --db "$DB" --locale en_US \
   --unit month --date "$last_month" --size 1200x900 -o examples/screenshot.png
+
+# The editor dialog on the same report, the title selected so that its
+# properties show: examples/designer.png.
+ZWINFORMES_SETTINGS="$settings" QT_QPA_PLATFORM=offscreen \
+  "$ZW" screenshot examples/reports/MonthlyEnergy.XRPT --editor --card 2 --size 1400x900 \
+  -o examples/designer.png
