@@ -58,5 +58,8 @@ CDlgViewer* CDlgEditor::Preview()
     }
     m_previewDirs.push_back(std::move(dir));
     viewer->show();
+    // The viewer opens on the period that holds the present, which is not
+    // over yet: the last complete one is the period before it.
+    viewer->OnPrevious();
     return viewer;
 }
