@@ -13,6 +13,7 @@
 #include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWSettingsKeys.h"
 #include "host/core/ZWTextId.h"
+#include "template/widgets/CDlgAddRemoveStyle.h"
 #include "viewer/ZWReportFiles.h"
 #include "viewer/widgets/CDlgInformesList.h"
 
@@ -189,6 +190,16 @@ void ZWEditorFrame::BuildActions()
         if (ZWEditTemplateWnd* page = CurrentPage(); page && page->GetNumberOfSelectedControls() > 0)
             page->PlayTimer();
     });
+    connect(NewAction(37001, ZWTextId::StylesTitle), &QAction::triggered, this, [this] {
+        if (ZWEditTemplateWnd* page = CurrentPage())
+            page->PauseTimer();
+        CDlgAddRemoveStyle dialog(this);
+        // Every label that uses a changed style takes it again at once.
+        connect(&dialog, &CDlgAddRemoveStyle::stylesModified, this, &ZWEditorFrame::OnStylesModified);
+        dialog.exec();
+        if (ZWEditTemplateWnd* page = CurrentPage(); page && page->GetNumberOfSelectedControls() > 0)
+            page->PlayTimer();
+    });
     connect(NewAction(32524, ZWTextId::Landscape), &QAction::triggered, this, [this] { SetOrientation(0); });
     connect(NewAction(32525, ZWTextId::Portrait), &QAction::triggered, this, [this] { SetOrientation(1); });
 
@@ -277,7 +288,7 @@ void ZWEditorFrame::BuildMenus()
     for (QAction* action : m_barActions)
         view->addAction(action);
     QMenu* page = menuBar()->addMenu(Text(ZWTextId::MenuPage));
-    for (int command : {32513, 32514, 32515, 32516, 0, 32524, 32525, 0, 32523})
+    for (int command : {32513, 32514, 32515, 32516, 0, 32524, 32525, 0, 32523, 37001})
         command == 0 ? (void)page->addSeparator() : page->addAction(Action(command));
 }
 

@@ -8,6 +8,7 @@
 #include "editor/widgets/ZWPropertyPanel.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "template/ZWCardLabel.h"
+#include "template/ZWTextStyle.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -188,6 +189,29 @@ TEST_F(EditorFrame, ACrashLeavesTheUnsavedStateToRestore)
     frame.name = u"Kept"_s;
     ASSERT_TRUE(frame.SaveReport());
     EXPECT_TRUE(recovery->Pending().empty()) << "a clean save removes the state";
+}
+
+TEST_F(EditorFrame, AChangedStyleReachesTheLabelsOfEveryPage)
+{
+    ZWMarentaSetup::instance().SetDataDirectory(m_dir.path());
+    frame.OnNewPage();
+    for (int p = 0; p < 2; ++p) {
+        frame.SetCurrentPage(p);
+        frame.CurrentPage()->OnNewLabel();
+        static_cast<ZWCardLabel&>(*frame.CurrentPage()->Page().cards.back()).styleFile = u"Heading"_s;
+    }
+    ZWTextStyle style;
+    style.name = u"Heading"_s;
+    style.size = 30;
+    style.style = 1;
+    ASSERT_TRUE(style.SaveByName());
+    frame.OnStylesModified();
+    for (int p = 0; p < 2; ++p) {
+        const auto& label = static_cast<const ZWCardLabel&>(*frame.Page(p)->Page().cards.back());
+        EXPECT_EQ(label.size, 30.0);
+        EXPECT_EQ(label.style, 1);
+    }
+    ZWMarentaSetup::instance().SetDataDirectory(QString());
 }
 
 } // namespace
