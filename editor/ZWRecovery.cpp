@@ -81,7 +81,8 @@ std::vector<ZWRecovery::Entry> ZWRecovery::Pending() const
             continue;
         entries.push_back(std::move(entry));
     }
-    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.written > b.written; });
+    std::sort(entries.begin(), entries.end(),
+        [](const Entry& a, const Entry& b) { return a.written != b.written ? a.written > b.written : a.key < b.key; });
     return entries;
 }
 

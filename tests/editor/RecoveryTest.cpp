@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -13,8 +14,12 @@ TEST(Recovery, StatesLeftBehindAreOfferedNewestFirstAndRemovedAfterASave)
 {
     QTemporaryDir dir;
     const ZWRecovery recovery(dir.filePath(u"settings/zwinformes-recovery"_s));
+    // The index keeps the time to the millisecond: the writes are kept
+    // apart so that "newest" is defined.
     ASSERT_TRUE(recovery.Write(u"/r/a.xrpt"_s, u"/r/a.xrpt"_s, "<design>a1</design>"));
+    QThread::msleep(5);
     ASSERT_TRUE(recovery.Write(u"new:1"_s, QString(), "<design>new</design>"));
+    QThread::msleep(5);
     ASSERT_TRUE(recovery.Write(u"/r/a.xrpt"_s, u"/r/a.xrpt"_s, "<design>a2</design>"));
 
     auto pending = recovery.Pending();
