@@ -1,6 +1,5 @@
 #include "editor/widgets/ZWEditorFrame.h"
 
-#include "editor/ZWEditorZoom.h"
 #include "editor/ZWPropertyEdit.h"
 #include "editor/ZWRecovery.h"
 #include "editor/widgets/ZWEditTemplateWnd.h"
@@ -15,6 +14,7 @@
 #include "host/core/ZWTextId.h"
 #include "template/widgets/CDlgAddRemoveStyle.h"
 #include "viewer/ZWReportFiles.h"
+#include "viewer/ZWViewZoom.h"
 #include "viewer/widgets/CDlgInformesList.h"
 
 #include <QActionGroup>
@@ -255,8 +255,8 @@ void ZWEditorFrame::BuildBars()
     m_zoomSelector = new QComboBox(zoom);
     m_zoomSelector->setObjectName(QStringLiteral("zoomSelector"));
     m_zoomSelector->addItem(Text(ZWTextId::FitToWindow));
-    for (int entry = 1; entry < ZWEditorZoom::Entries; ++entry)
-        m_zoomSelector->addItem(QStringLiteral("%1%").arg(int(ZWEditorZoom::FactorOf(entry) * 100)));
+    for (int entry = 1; entry < ZWViewZoom::SelectorEntries; ++entry)
+        m_zoomSelector->addItem(QStringLiteral("%1%").arg(entry * 50));
     m_zoomSelector->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     zoom->addWidget(m_zoomSelector);
     connect(m_zoomSelector, &QComboBox::activated, this, &ZWEditorFrame::OnZoomSelector);
@@ -356,7 +356,7 @@ ZWEditTemplateWnd* ZWEditorFrame::AddPage(ZWTemplatePage page)
     });
     connect(window, &ZWEditTemplateWnd::zoomChanged, this, [this, window](double factor) {
         if (window == CurrentPage())
-            m_zoomSelector->setCurrentIndex(ZWEditorZoom::EntryOf(factor));
+            m_zoomSelector->setCurrentIndex(ZWViewZoom::SelectorIndex(factor));
     });
     window->SetMode(0);
     return window;
@@ -405,7 +405,7 @@ void ZWEditorFrame::PageChanged(bool redraw)
         return;
     double factor = 0;
     page->GetMode(factor);
-    m_zoomSelector->setCurrentIndex(ZWEditorZoom::EntryOf(factor));
+    m_zoomSelector->setCurrentIndex(ZWViewZoom::SelectorIndex(factor));
     for (QAction* action : m_tools->actions())
         action->setChecked(action->data().toInt() == page->GetActiveState());
     if (redraw) {
@@ -486,29 +486,28 @@ bool ZWEditorFrame::OnDeletePage()
 
 void ZWEditorFrame::OnZoomIn()
 {
-    if (ZWEditTemplateWnd* page = CurrentPage()) {
-        double factor = 0;
-        page->GetMode(factor);
-        const double next = ZWEditorZoom::ZoomIn(factor);
-        if (next != factor) {
-            page->SetMode(next);
-            page->InitializeScrollBars(false);
-            PageChanged(true);
-        }
-    }
+    Zoom(true);
 }
 
 void ZWEditorFrame::OnZoomOut()
 {
-    if (ZWEditTemplateWnd* page = CurrentPage()) {
-        double factor = 0;
-        page->GetMode(factor);
-        const double next = ZWEditorZoom::ZoomOut(factor);
-        if (next != factor) {
-            page->SetMode(next);
-            page->InitializeScrollBars(false);
-            PageChanged(true);
-        }
+    Zoom(false);
+}
+
+void ZWEditorFrame::Zoom(bool in)
+{
+    ZWEditTemplateWnd* page = CurrentPage();
+    if (!page)
+        return;
+    double factor = 0;
+    page->GetMode(factor);
+    // The viewer's steps: by halves from 0.5 to 10, from fit to the next
+    // step past the fitted factor; nothing beyond the ends.
+    const std::optional<double> next = in ? ZWViewZoom::ZoomIn(factor) : ZWViewZoom::ZoomOut(factor);
+    if (next && *next != factor) {
+        page->SetMode(*next);
+        page->InitializeScrollBars(false);
+        PageChanged(true);
     }
 }
 
@@ -524,8 +523,8 @@ void ZWEditorFrame::OnZoomSelector(int entry)
     } else {
         double factor = 0;
         page->GetMode(factor);
-        if (factor != ZWEditorZoom::FactorOf(entry))
-            page->SetMode(ZWEditorZoom::FactorOf(entry));
+        if (factor != ZWViewZoom::FactorOfIndex(entry))
+            page->SetMode(ZWViewZoom::FactorOfIndex(entry));
         page->InitializeScrollBars(false);
     }
     PageChanged(true);

@@ -62,6 +62,7 @@ public:
     bool OnDeletePage();
     void OnZoomIn();
     void OnZoomOut();
+    void Zoom(bool in);
     void OnZoomSelector(int entry);
     void SetTool(int state);
     void SetSupportMask(int mask);

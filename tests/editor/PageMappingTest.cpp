@@ -1,6 +1,5 @@
 // The designer page's geometry: millimetres to pixels at a zoom and scroll
 // position, zoom modes, orientation, sizes of new cards and grid snapping.
-#include "editor/ZWEditorZoom.h"
 #include "editor/ZWPageMapping.h"
 #include "template/ZWCardControl.h"
 #include "template/ZWGlobalProperties.h"
@@ -313,32 +312,3 @@ TEST(PageMappingTest, PressedPointSnapsToTheNearestDotOnThePage)
 }
 
 } // namespace
-
-TEST(EditorZoom, StepsStayBetweenHalfAndTenAndLeaveFitModeForTheNextFactor)
-{
-    struct Case
-    {
-        double factor, in, out;
-    };
-    const Case cases[] = {
-        {1.0, 1.5, 0.5},
-        {10.0, 10.0, 9.5},
-        {0.5, 1.0, 0.5},
-        {-0.73, 1.0, 0.5},
-        {-1.0, 1.5, 0.5},
-        {-12.0, -12.0, 10.0},
-        {-0.3, 0.5, -0.3},
-        {2.25, 2.75, 1.75},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.factor);
-        EXPECT_DOUBLE_EQ(ZWEditorZoom::ZoomIn(c.factor), c.in);
-        EXPECT_DOUBLE_EQ(ZWEditorZoom::ZoomOut(c.factor), c.out);
-    }
-    EXPECT_EQ(ZWEditorZoom::EntryOf(-0.73), 0);
-    EXPECT_EQ(ZWEditorZoom::EntryOf(1.0), 2);
-    EXPECT_EQ(ZWEditorZoom::EntryOf(10.0), 20);
-    EXPECT_EQ(ZWEditorZoom::EntryOf(2.25), -1);
-    EXPECT_EQ(ZWEditorZoom::FactorOf(20), 10.0);
-    EXPECT_EQ(ZWEditorZoom::FactorOf(0), -1.0);
-}
