@@ -4,6 +4,7 @@
 #include "editor/widgets/CDlgEditor.h"
 #include "editor/widgets/ZWEditorFrame.h"
 #include "host/core/ZWMarentaSetup.h"
+#include "host/store/ZWLoggerDatabase.h"
 #include "viewer/ZWReportFiles.h"
 
 #include <QApplication>
@@ -31,6 +32,11 @@ int Run(const QStringList& args)
         Err() << "zwinformes edit: " << path << " is a folder, not a report\n";
         return ExitFailed;
     }
+    // The logged data's variables are offered while formulas are written
+    // and the preview shows values; editing goes on without them.
+    QString error;
+    if (!ZWLoggerDatabase::Install(ZWMarentaSetup::instance().GetLoggerDatabase(), &error))
+        Err() << "zwinformes edit: " << error << "\n";
     CDlgEditor editor;
     editor.Setup(path);
     editor.Frame()->SetRecovery(

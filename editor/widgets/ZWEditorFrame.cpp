@@ -56,6 +56,7 @@ ZWEditorFrame::ZWEditorFrame(QWidget* parent) : QMainWindow(parent)
         ZWFormulaLibrary::Read(m_formules, names, texts);
         return ZWFormuleCheck::Evaluate(ZWBasicString(), text, names, texts, -1, false).text;
     };
+    m_panel->formulaLibrary = [this] { return &m_formules; };
     m_panel->formulaNames = [this] {
         std::vector<ZWBasicString> names, texts;
         ZWFormulaLibrary::Read(m_formules, names, texts);

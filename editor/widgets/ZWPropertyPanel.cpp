@@ -2,6 +2,7 @@
 
 #include "editor/ZWPropertyEdit.h"
 #include "editor/widgets/ZWColorButton.h"
+#include "formula/widgets/CDlgWizzard.h"
 #include "formula/widgets/ZWFormulaEdit.h"
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWTextId.h"
@@ -225,7 +226,12 @@ void ZWPropertyPanel::Build()
     m_formula = new ZWFormulaEdit(m_body);
     m_formulaLabel = new QLabel(ZWLoadString(ZWTextId::PanelFormula), m_body);
     m_formulaLabel->setBuddy(m_formula);
-    form(textGroup)->addRow(m_formulaLabel, m_formula);
+    m_wizard = new QPushButton(ZWLoadString(ZWTextId::FormulaWizard), m_body);
+    auto* formulaRow = new QHBoxLayout;
+    formulaRow->addWidget(m_formula, 1);
+    formulaRow->addWidget(m_wizard);
+    form(textGroup)->addRow(m_formulaLabel, formulaRow);
+    connect(m_wizard, &QPushButton::clicked, this, &ZWPropertyPanel::OnWizard);
     form(textGroup)->addRow(QString(), m_check);
     form(textGroup)->addRow(ZWLoadString(ZWTextId::PanelFont), m_font);
     form(textGroup)->addRow(ZWLoadString(ZWTextId::PanelSize), m_size);
@@ -665,6 +671,7 @@ void ZWPropertyPanel::RefreshText()
     m_text->setVisible(!formula);
     m_formulaLabel->setVisible(formula);
     m_formula->setVisible(formula);
+    m_wizard->setVisible(formula);
     const auto value = SharedOf<ZWCardLabel, QString>(e, [](const ZWCardLabel& c) { return c.value; });
     QLineEdit* line = formula ? static_cast<QLineEdit*>(m_formula) : m_text;
     if (line->text() != value.value_or(QString()))
@@ -899,4 +906,28 @@ void ZWPropertyPanel::RefreshPage()
     }
     m_pagePreset->setCurrentIndex(preset);
     m_refreshing = was;
+}
+
+void ZWPropertyPanel::OnWizard()
+{
+    if (!m_edit)
+        return;
+    XmlDocument empty;
+    const XmlDocument* library = formulaLibrary ? formulaLibrary() : nullptr;
+    CDlgWizzard wizard(library ? *library : empty, nullptr, this);
+    int start = 0;
+    int end = 0;
+    m_formula->LastSelection(start, end);
+    wizard.SetExpression(m_formula->text(), start, end);
+    if (!RunWizard(wizard))
+        return;
+    // Setting the line records the edit, as typing does.
+    m_formula->setText(wizard.GetExpression());
+    m_formula->setCursorPosition(wizard.GetCursor());
+    m_formula->setFocus();
+}
+
+bool ZWPropertyPanel::RunWizard(CDlgWizzard& wizard)
+{
+    return wizard.exec() == QDialog::Accepted;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/core/XmlDocument.h"
+
 #include <QScrollArea>
 #include <functional>
 
@@ -13,6 +15,7 @@ class QLineEdit;
 class QListWidget;
 class QPushButton;
 class QSpinBox;
+class CDlgWizzard;
 class ZWColorButton;
 class ZWFormulaEdit;
 class ZWPropertyEdit;
@@ -41,6 +44,8 @@ public:
     std::function<QString(const QString& formula)> formulaCheck;
     // The names of the report's formulas, offered while a formula is typed.
     std::function<QStringList()> formulaNames;
+    // The report's formula library, for the wizard; null for none.
+    std::function<const XmlDocument*()> formulaLibrary;
 
     QDoubleSpinBox* XEdit() const { return m_x; }
     QDoubleSpinBox* YEdit() const { return m_y; }
@@ -68,6 +73,9 @@ public:
     void RemoveCondition();
     void MoveCondition(int step);
     void EditAlternative();
+    // The formula wizard on the formula line: the element chosen goes in
+    // place of the selection.
+    void OnWizard();
     void BackToConditioned();
     // Takes a picture file for the selected picture cards; false (and a
     // message) when it is no picture.
@@ -80,6 +88,8 @@ signals:
 
 protected:
     virtual void ShowMessage(const QString& text);
+    // Runs the wizard; true when it was accepted. Tests replace it.
+    virtual bool RunWizard(CDlgWizzard& wizard);
 
 private:
     void Build();
@@ -114,6 +124,7 @@ private:
     QLineEdit* m_text;
     QLabel* m_formulaLabel;
     ZWFormulaEdit* m_formula;
+    QPushButton* m_wizard;
     QLabel* m_check;
     QFontComboBox* m_font;
     QDoubleSpinBox* m_size;
