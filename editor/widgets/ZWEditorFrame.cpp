@@ -57,6 +57,16 @@ ZWEditorFrame::ZWEditorFrame(QWidget* parent) : QMainWindow(parent)
         return ZWFormuleCheck::Evaluate(ZWBasicString(), text, names, texts, -1, false).text;
     };
     m_panel->formulaLibrary = [this] { return &m_formules; };
+    // The dates a date card can show come from the fields document.
+    m_panel->dateFields = [] {
+        XmlDocument fields;
+        CreateDatabaseFields(fields);
+        std::vector<std::pair<QString, QString>> dates;
+        for (const XmlDocument::XmlNode& field : fields.Root().Nodes(QStringLiteral("field")))
+            if (field.Value(QStringLiteral("type")) == u"date")
+                dates.emplace_back(field.Value(QStringLiteral("id")), field.Value(QStringLiteral("name")));
+        return dates;
+    };
     m_panel->formulaNames = [this] {
         std::vector<ZWBasicString> names, texts;
         ZWFormulaLibrary::Read(m_formules, names, texts);
@@ -444,7 +454,6 @@ void ZWEditorFrame::UpdateActions()
     Action(32516)->setEnabled(m_current + 1 < PageCount());
     Action(32524)->setEnabled(page && page->GetOrientation() != 0);
     Action(32525)->setEnabled(page && page->GetOrientation() == 0);
-    Action(32510)->setEnabled(!m_name.isEmpty());
     const int support = page ? page->GetSupportMask() : 0;
     const std::pair<int, int> tools[] = {{32496, 1}, {32497, 2}, {32498, 4}, {32499, 8}, {32489, 16}};
     for (const auto& [command, bit] : tools)
@@ -753,11 +762,16 @@ void ZWEditorFrame::OnOpenReport()
 
 void ZWEditorFrame::OnDeleteReport()
 {
-    const QString path = ReportPath();
-    if (path.isEmpty() || !QFileInfo::exists(path))
+    // The report to delete is chosen in the report list, the one being
+    // edited preselected.
+    const QString name = ChooseReport();
+    if (name.isEmpty())
+        return;
+    const QString path = ZWReportFiles::ReportPath(name);
+    if (!QFileInfo::exists(path))
         return;
     const QString backup = ZWTemplate::BackupPath(path);
-    if (!Confirm(ZWLoadString(ZWTextId::DeleteReportQuestion).arg(m_name, QFileInfo(backup).fileName())))
+    if (!Confirm(ZWLoadString(ZWTextId::DeleteReportQuestion).arg(name, QFileInfo(backup).fileName())))
         return;
     // The deleted report stays as its backup, so the deletion can be undone
     // by hand.
@@ -766,9 +780,18 @@ void ZWEditorFrame::OnDeleteReport()
         ShowMessage(ZWLoadString(ZWTextId::ReportDeleteFailed).arg(path));
         return;
     }
-    if (m_recovery)
-        m_recovery->Remove(RecoveryKey());
-    ResetToNew();
+    // The report being edited was deleted: what is on screen is a report
+    // never saved.
+    if (QFileInfo(path).absoluteFilePath() == QFileInfo(ReportPath()).absoluteFilePath()) {
+        if (m_recovery)
+            m_recovery->Remove(RecoveryKey());
+        m_path.clear();
+        m_name.clear();
+        m_modified = true;
+        emit modifiedChanged(true);
+        UpdateCaption();
+        UpdateActions();
+    }
 }
 
 void ZWEditorFrame::SetRecovery(std::shared_ptr<ZWRecovery> recovery)

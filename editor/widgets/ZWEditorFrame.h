@@ -68,6 +68,9 @@ public:
     void SetSupportMask(int mask);
     void SetOrientation(int orientation);
     void OnStylesModified();
+    // Deletes a report chosen in the report list after a confirmation; its
+    // file stays as its backup. The report being edited becomes unsaved.
+    void OnDeleteReport();
 
     bool IsModified() const { return m_modified || !m_stack.isClean(); }
     void SetModified(bool modified);
@@ -125,7 +128,6 @@ private:
     void UpdateCaption();
     void OnOpenReport();
     void OnNewReport();
-    void OnDeleteReport();
     QAction* NewAction(int command, int textId, const QKeySequence& key = {});
 
     QString m_id;

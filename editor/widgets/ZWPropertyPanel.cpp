@@ -647,9 +647,14 @@ void ZWPropertyPanel::RefreshCard()
     if (IsKind(e.SharedKind(), "ZWCardDate")) {
         m_field->setEditable(false);
         m_field->addItem(ZWLoadString(ZWTextId::PanelDateFixed), QString());
-        m_field->addItem(ZWLoadString(ZWTextId::PanelDateBegin), QStringLiteral("BEGIN_DATE"));
-        m_field->addItem(ZWLoadString(ZWTextId::PanelDateEnd), QStringLiteral("END_DATE"));
-        m_field->addItem(ZWLoadString(ZWTextId::PanelDateNow), QStringLiteral("ACTUAL_DATE"));
+        if (dateFields) {
+            for (const auto& [id, name] : dateFields())
+                m_field->addItem(name, id);
+        } else {
+            m_field->addItem(ZWLoadString(ZWTextId::PanelDateBegin), QStringLiteral("BEGIN_DATE"));
+            m_field->addItem(ZWLoadString(ZWTextId::PanelDateEnd), QStringLiteral("END_DATE"));
+            m_field->addItem(ZWLoadString(ZWTextId::PanelDateNow), QStringLiteral("ACTUAL_DATE"));
+        }
         m_field->setCurrentIndex(field ? m_field->findData(*field) : -1);
     } else {
         m_field->setEditable(false);

@@ -4,6 +4,8 @@
 
 #include <QScrollArea>
 #include <functional>
+#include <utility>
+#include <vector>
 
 class QCheckBox;
 class QComboBox;
@@ -46,6 +48,9 @@ public:
     std::function<QStringList()> formulaNames;
     // The report's formula library, for the wizard; null for none.
     std::function<const XmlDocument*()> formulaLibrary;
+    // The dates a date card can be bound to, as (id, name); without it the
+    // period's start and end and the present.
+    std::function<std::vector<std::pair<QString, QString>>()> dateFields;
 
     QDoubleSpinBox* XEdit() const { return m_x; }
     QDoubleSpinBox* YEdit() const { return m_y; }

@@ -29,6 +29,7 @@ public:
     int answer = QMessageBox::No;
     int questions = 0;
     QString name;
+    QString chosen;
     QStringList messages;
 
 protected:
@@ -38,6 +39,8 @@ protected:
         return answer;
     }
     QString ChooseName() override { return name; }
+    QString ChooseReport() override { return chosen; }
+    bool Confirm(const QString&) override { return true; }
     void ShowMessage(const QString& text) override { messages << text; }
 };
 
@@ -212,6 +215,28 @@ TEST_F(EditorFrame, AChangedStyleReachesTheLabelsOfEveryPage)
         EXPECT_EQ(label.style, 1);
     }
     ZWMarentaSetup::instance().SetDataDirectory(QString());
+}
+
+TEST_F(EditorFrame, DeletingTheEditedReportKeepsItsFileAsABackupAndItsPagesUnsaved)
+{
+    frame.CurrentPage()->OnNewDate();
+    frame.name = u"Gone"_s;
+    ASSERT_TRUE(frame.SaveReport());
+    const QString path = m_dir.path() + u"/reports/Gone.XRPT"_s;
+    frame.chosen = u"Gone"_s;
+    frame.OnDeleteReport();
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_TRUE(QFile::exists(path + u".bak"_s));
+    EXPECT_TRUE(frame.IsModified()) << "the pages on screen are no longer saved anywhere";
+    EXPECT_EQ(frame.ReportName(), QString());
+    EXPECT_EQ(frame.CurrentPage()->Page().cards.size(), 1u);
+
+    // A date card is offered the dates of the fields document, in its order.
+    frame.CurrentPage()->SelectControlById(frame.CurrentPage()->Page().cards[0]->id);
+    QComboBox* field = frame.Panel()->FieldEdit();
+    ASSERT_EQ(field->count(), 4);
+    EXPECT_EQ(field->itemData(1).toString(), u"ACTUAL_DATE"_s);
+    EXPECT_EQ(field->itemData(3).toString(), u"END_DATE"_s);
 }
 
 } // namespace
