@@ -31,6 +31,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QVBoxLayout>
@@ -563,6 +564,10 @@ void ZWPropertyPanel::Build()
                 [color](ZWGlobalProperties& p) { p.outColor = color; }));
     });
     layout->addStretch(1);
+    // Wide enough for the widest group: the panel scrolls down, never
+    // sideways.
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setMinimumWidth(m_body->minimumSizeHint().width() + verticalScrollBar()->sizeHint().width() + 4);
 }
 
 void ZWPropertyPanel::SetEdit(ZWPropertyEdit* edit)
