@@ -9,6 +9,7 @@
 #include "host/core/ZWMarentaSetup.h"
 #include "template/ZWCardLabel.h"
 #include "template/ZWTextStyle.h"
+#include "tests/support/ZWTestSupport.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -63,9 +64,7 @@ protected:
     QString Write(const char* name, const QByteArray& xml)
     {
         const QString path = m_dir.filePath(QString::fromLatin1(name));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(xml);
+        EXPECT_TRUE(zwtest::WriteFile(path, xml));
         return path;
     }
     double Factor()

@@ -9,6 +9,7 @@
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardImage.h"
+#include "tests/support/ZWTestSupport.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -77,6 +78,12 @@ protected:
         QTest::keyClicks(spin, text);
         QTest::keyClick(spin, Qt::Key_Return);
     }
+    static void Type(QLineEdit* line, const QString& text)
+    {
+        line->setFocus();
+        line->selectAll();
+        QTest::keyClicks(line, text);
+    }
 
     ZWTemplatePage page;
     QUndoStack stack;
@@ -89,9 +96,7 @@ TEST_F(Panel, TypingInFieldsIsOneStepPerFieldAndUndoGivesBackTheExactCard)
     Select({0});
     const QByteArray original = Xml();
     QSignalSpy edited(&panel, &ZWPropertyPanel::edited);
-    panel.TextEdit()->setFocus();
-    panel.TextEdit()->selectAll();
-    QTest::keyClicks(panel.TextEdit(), u"Energy"_s);
+    Type(panel.TextEdit(), u"Energy"_s);
     EXPECT_EQ(At<ZWCardLabel>(0).value, u"Energy"_s);
     EXPECT_EQ(stack.count(), 1) << "six keys, one step";
     EXPECT_EQ(edited.count(), 6) << "the page is redrawn at each key";
@@ -142,9 +147,7 @@ TEST_F(Panel, DatesOfferThePeriodsDatesAndPreviewThePattern)
     At<ZWCardDate>(3).value = u"2024-02-03T04:05:06"_s;
     Select({3});
     ASSERT_EQ(panel.FieldEdit()->count(), 4);
-    panel.PatternEdit()->setFocus();
-    panel.PatternEdit()->selectAll();
-    QTest::keyClicks(panel.PatternEdit(), u"dd.MM.yyyy"_s);
+    Type(panel.PatternEdit(), u"dd.MM.yyyy"_s);
     EXPECT_EQ(At<ZWCardDate>(3).format, u"dd.MM.yyyy"_s);
     EXPECT_EQ(panel.DateSample()->text(), u"03.02.2024"_s);
     EXPECT_EQ(stack.count(), 1);
@@ -174,8 +177,7 @@ TEST_F(Panel, ConditionsAreAddedReorderedAndTheirCardsEditedWithTheSamePanels)
     EXPECT_TRUE(panel.Group("text")->isVisible());
     EXPECT_FALSE(panel.Group("conditions")->isVisible());
     EXPECT_FALSE(panel.XEdit()->isEnabled()) << "an alternative takes its card's rectangle";
-    panel.TextEdit()->setFocus();
-    QTest::keyClicks(panel.TextEdit(), u"Off"_s);
+    Type(panel.TextEdit(), u"Off"_s);
     EXPECT_EQ(static_cast<ZWCardLabel&>(*conditioned.controls[1]).value, u"Off"_s);
     panel.BackToConditioned();
     EXPECT_TRUE(panel.Group("conditions")->isVisible());
@@ -199,10 +201,7 @@ TEST_F(Panel, ThePageTakesPresetsGridAndRefusesABackgroundThatIsNoPicture)
     EXPECT_EQ(panel.PagePresetEdit()->currentIndex(), 0) << "no paper is 100 × 210 mm";
     QTemporaryDir dir;
     const QString junk = dir.filePath(u"junk.png"_s);
-    QFile file(junk);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("not a picture");
-    file.close();
+    ASSERT_TRUE(zwtest::WriteFile(junk, "not a picture"));
     EXPECT_FALSE(panel.ChooseBackground(junk));
     EXPECT_EQ(panel.messages.size(), 1);
     EXPECT_EQ(stack.count(), 2);

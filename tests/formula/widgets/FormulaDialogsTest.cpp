@@ -48,27 +48,29 @@ XmlDocument Library(const Lib& formulas)
     return doc;
 }
 
-Lib LibraryEntries(const XmlDocument& doc)
+std::string Entries(const XmlDocument& doc)
 {
-    static std::vector<QByteArray> keep;
     std::vector<QString> names, texts;
     ZWFormulaLibrary::Read(doc, names, texts);
-    Lib out;
-    for (size_t i = 0; i < names.size(); ++i) {
-        keep.push_back(names[i].toUtf8());
-        const char* n = keep.back().constData();
-        keep.push_back(texts[i].toUtf8());
-        out.emplace_back(n, keep.back().constData());
-    }
+    std::string out;
+    for (size_t i = 0; i < names.size(); ++i)
+        out += (names[i] + u'=' + texts[i] + u';').toStdString();
     return out;
 }
 
-std::string Entries(const XmlDocument& doc)
+bool Shown(QWidget* widget)
 {
-    std::string out;
-    for (const auto& [n, t] : LibraryEntries(doc))
-        out += std::string(n) + "=" + t + ";";
-    return out;
+    widget->show();
+    return QTest::qWaitForWindowExposed(widget);
+}
+
+// Types `text` over the whole line, as a user does; an empty text clears it.
+void Retype(QLineEdit* edit, const QString& text)
+{
+    edit->selectAll();
+    QTest::keyClicks(edit, text);
+    if (text.isEmpty())
+        QTest::keyClick(edit, Qt::Key_Delete);
 }
 
 // A live store with a few device variables, installed while a test runs.
@@ -155,22 +157,14 @@ TEST_P(NewFormuleTyped, ChecksWhatIsTyped)
     LiveStore live;
     const TypedCase& c = GetParam();
     CDlgNewFormule dialog(Library(kLibrary));
-    dialog.SetFormule(QString::fromUtf8(c.openName),
-        c.openName[0] ? QString::fromUtf8(std::find_if(kLibrary.begin(), kLibrary.end(),
-            [&](const auto& e) {
-                return std::string(e.first) == c.openName;
-            })->second)
-                      : QString());
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
-    dialog.NameEdit()->selectAll();
-    QTest::keyClicks(dialog.NameEdit(), QString::fromUtf8(c.name));
-    if (!*c.name)
-        QTest::keyClick(dialog.NameEdit(), Qt::Key_Delete);
-    dialog.TextEdit()->selectAll();
-    QTest::keyClicks(dialog.TextEdit(), QString::fromUtf8(c.text));
-    if (!*c.text)
-        QTest::keyClick(dialog.TextEdit(), Qt::Key_Delete);
+    QString opened;
+    for (const auto& [name, text] : kLibrary)
+        if (std::string(name) == c.openName)
+            opened = QString::fromUtf8(text);
+    dialog.SetFormule(QString::fromUtf8(c.openName), opened);
+    ASSERT_TRUE(Shown(&dialog));
+    Retype(dialog.NameEdit(), QString::fromUtf8(c.name));
+    Retype(dialog.TextEdit(), QString::fromUtf8(c.text));
     // The completion popup may be open over the text: close it first.
     QTest::keyClick(dialog.TextEdit(), Qt::Key_End);
     dialog.TextEdit()->Completer()->popup()->hide();
@@ -210,8 +204,7 @@ TEST(NewFormule, ChecksWhileTypingAndWhenShown)
     LiveStore live;
     CDlgNewFormule dialog(Library(kLibrary));
     dialog.SetFormule(QString(), QString());
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    ASSERT_TRUE(Shown(&dialog));
     EXPECT_EQ(dialog.LastResult().textId, ZWTextId::FormulaEmpty);
     EXPECT_FALSE(dialog.OkButton()->isEnabled());
     QTest::keyClicks(dialog.NameEdit(), QStringLiteral("Half"));
@@ -256,11 +249,10 @@ protected:
     }
 };
 
-TEST(Formules, AddModifyDeleteKeepLibraryOrder)
+TEST(Formules, AddModifyDeleteKeepLibraryOrderAndOkRefusesALoop)
 {
     ScriptedFormules dialog(Library(kLibrary));
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    ASSERT_TRUE(Shown(&dialog));
     ASSERT_EQ(dialog.List()->topLevelItemCount(), 3);
 
     // A new formula goes after the selected one.
@@ -283,6 +275,16 @@ TEST(Formules, AddModifyDeleteKeepLibraryOrder)
     EXPECT_EQ(dialog.List()->topLevelItemCount(), 4);
     EXPECT_EQ(dialog.shown.back(), QStringLiteral("Delete the formula \"Price\"?"));
 
+    // Tax made to refer to Cost closes a loop: OK refuses the library, the
+    // dialog stays open and still gives the library it was given.
+    SelectRow(dialog.List(), QStringLiteral("Tax"));
+    dialog.edits = {{QStringLiteral("Tax"), QStringLiteral("Cost / 100")}};
+    QTest::mouseClick(dialog.ModifyButton(), Qt::LeftButton);
+    ClickOk(&dialog);
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_TRUE(dialog.shown.back().contains(QStringLiteral("refers to itself")));
+    EXPECT_EQ(Entries(dialog.GetFormules()), "Price=0.25;Total=[Main meter.Active energy] * Price;Cost=Total + 1;");
+
     SelectRow(dialog.List(), QStringLiteral("Tax"));
     dialog.answer = true;
     QTest::mouseClick(dialog.DeleteButton(), Qt::LeftButton);
@@ -293,38 +295,18 @@ TEST(Formules, AddModifyDeleteKeepLibraryOrder)
         Entries(dialog.GetFormules()), "Price=0.25;Total=[Main meter.Active energy] * Price;Cost=Total * (1 + Tax);");
 }
 
-TEST(Formules, OkRefusesALoopAndKeepsTheLibrary)
-{
-    ScriptedFormules dialog(Library(kLibrary));
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
-    SelectRow(dialog.List(), QStringLiteral("Price"));
-    dialog.edits = {{QStringLiteral("Price"), QStringLiteral("Cost / 100")}};
-    QTest::mouseClick(dialog.ModifyButton(), Qt::LeftButton);
-    ClickOk(&dialog);
-    EXPECT_TRUE(dialog.isVisible());
-    ASSERT_EQ(dialog.shown.size(), 1);
-    EXPECT_TRUE(dialog.shown[0].contains(QStringLiteral("refers to itself")));
-    EXPECT_EQ(Entries(dialog.GetFormules()), "Price=0.25;Total=[Main meter.Active energy] * Price;Cost=Total + 1;");
-    // Cancel keeps the library given.
-    QTest::keyClick(&dialog, Qt::Key_Escape);
-    EXPECT_EQ(dialog.result(), QDialog::Rejected);
-}
-
 TEST(Formules, TheRealFormulaDialogOpensOnTheSelectedFormula)
 {
     LiveStore live;
     CDlgFormules dialog(Library(kLibrary));
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    ASSERT_TRUE(Shown(&dialog));
     SelectRow(dialog.List(), QStringLiteral("Cost"));
     bool seen = false;
     WhenShown<CDlgNewFormule>([&](CDlgNewFormule* edit) {
         seen = true;
         EXPECT_EQ(edit->NameEdit()->text(), QStringLiteral("Cost"));
         EXPECT_EQ(edit->LastResult().textId, ZWTextId::FormulaValue);
-        edit->TextEdit()->selectAll();
-        QTest::keyClicks(edit->TextEdit(), QStringLiteral("Total * 2"));
+        Retype(edit->TextEdit(), QStringLiteral("Total * 2"));
         edit->TextEdit()->Completer()->popup()->hide();
         ClickOk(edit);
     });
@@ -355,8 +337,7 @@ TEST_P(Wizzard, PlaceholderThenElementAtTheSelection)
     const WizardCase& c = GetParam();
     CDlgWizzard wizard(Library(kLibrary));
     wizard.SetExpression(QString::fromUtf8(c.text), c.start, c.end);
-    wizard.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&wizard));
+    ASSERT_TRUE(Shown(&wizard));
     ClickOption(wizard.Kinds()->button(c.kind));
     EXPECT_EQ(wizard.GetKind(), c.kind);
     EXPECT_EQ(wizard.Preview(), QString::fromUtf8(c.preview));
@@ -409,8 +390,7 @@ TEST(Wizzard, CancelOnThePageReturnsToTheChoice)
 {
     CDlgWizzard wizard(Library(kLibrary));
     wizard.SetExpression(QStringLiteral("1 + 2"), 2, 3);
-    wizard.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&wizard));
+    ASSERT_TRUE(Shown(&wizard));
     ClickOption(wizard.Kinds()->button(2));
     WhenShown<CDlgAddFunctionWizzard>([](CDlgAddFunctionWizzard* page) { page->reject(); });
     ClickOk(&wizard);
@@ -424,8 +404,7 @@ TEST(NewFormule, WizardReplacesTheSelectedTextOfTheFormula)
     LiveStore live;
     CDlgNewFormule dialog(Library(kLibrary));
     dialog.SetFormule(QStringLiteral("Cost"), QStringLiteral("Total + 1"));
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    ASSERT_TRUE(Shown(&dialog));
     // "Total" selected with the keyboard.
     QTest::keyClick(dialog.TextEdit(), Qt::Key_Home);
     for (int i = 0; i < 5; ++i)
@@ -451,8 +430,7 @@ TEST(FormulaEdit, CompletesNamesAndVariablesAsTheUserTypes)
     ZWFormulaEdit edit;
     edit.SetStore(live.store.get());
     edit.SetFormulas({QStringLiteral("Total"), QStringLiteral("Tariff")});
-    edit.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&edit));
+    ASSERT_TRUE(Shown(&edit));
     QAbstractItemView* popup = edit.Completer()->popup();
 
     QTest::keyClicks(&edit, QStringLiteral("2 * to"));
@@ -508,8 +486,7 @@ TEST(SelectDriver, OffersTheDatabaseVariablesSearchableWithTheirFilters)
 
     ZWSelectDriver dialog(&store);
     dialog.SetName(QStringLiteral("Boiler.Temperature:min"));
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    ASSERT_TRUE(Shown(&dialog));
     EXPECT_EQ(dialog.List()->topLevelItemCount(), 4);
     EXPECT_EQ(dialog.List()->currentItem()->text(1), QStringLiteral("Temperature"));
     EXPECT_EQ(dialog.Filter()->currentText(), QStringLiteral("min"));
