@@ -111,10 +111,6 @@ const Card A{"a", "label", 10, 20, 30, 40};
 const Card B{"b", "image", 50, 20, 10, 10};
 
 const ScriptCase scriptCases[] = {
-    {"undo puts the dragged card back and keeps its selection",
-        R"({"op":"tool","tool":"select"},{"op":"press","x":200,"y":260},{"op":"move","x":240,"y":300},
-           {"op":"release","x":240,"y":300},{"op":"undo"})",
-        {A, B}, {"a"}, false, true},
     {"the label tool draws a label where the mouse went",
         R"({"op":"tool","tool":"label"},{"op":"press","x":500,"y":300},{"op":"move","x":580,"y":340},
            {"op":"release","x":580,"y":340})",
