@@ -1,4 +1,5 @@
 #include "editor/widgets/ZWEditTemplateWnd.h"
+#include "viewer/widgets/ZWPageScrollBars.h"
 
 #include "editor/ZWCardListCommand.h"
 #include "editor/ZWGeometryCommand.h"
@@ -334,31 +335,10 @@ void ZWEditTemplateWnd::InitializeScrollBars(bool hide)
     // Showing one bar narrows the room of the other: settle twice.
     for (int pass = 0; pass < 2; ++pass) {
         if (hide || !GetMinimumControlDimensions(w, h)) {
-            horizontalScrollBar()->setValue(0);
-            verticalScrollBar()->setValue(0);
-            setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-            setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+            ZWPageScrollBars::Hide(*this);
             break;
         }
-        const auto setUp = [](QScrollBar* bar, int page, int client, auto setPolicy) {
-            bar->setSingleStep(1);
-            bar->setPageStep(10);
-            if (client < page - 1) {
-                // The last position shows the page's far edge.
-                const int last = page - client;
-                const int position = std::min(bar->value(), last);
-                bar->setRange(0, last);
-                bar->setValue(position);
-                setPolicy(Qt::ScrollBarAlwaysOn);
-            } else {
-                bar->setValue(0);
-                setPolicy(Qt::ScrollBarAlwaysOff);
-            }
-        };
-        setUp(horizontalScrollBar(), roundi(w), viewport()->width(),
-            [this](Qt::ScrollBarPolicy p) { setHorizontalScrollBarPolicy(p); });
-        setUp(verticalScrollBar(), roundi(h), viewport()->height(),
-            [this](Qt::ScrollBarPolicy p) { setVerticalScrollBarPolicy(p); });
+        ZWPageScrollBars::Fit(*this, QSize(roundi(w), roundi(h)), 1, 10);
     }
     m_adjusting = false;
     SyncMapping();

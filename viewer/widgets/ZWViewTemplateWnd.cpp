@@ -1,4 +1,5 @@
 #include "viewer/widgets/ZWViewTemplateWnd.h"
+#include "viewer/widgets/ZWPageScrollBars.h"
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWMath.h"
@@ -109,25 +110,7 @@ void ZWViewTemplateWnd::InitializeScrollBars(bool hide)
         setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         return;
     }
-    const auto setUp = [](QScrollBar* bar, int page, int client, auto setPolicy) {
-        bar->setSingleStep(ZWViewZoom::LineStep(client));
-        bar->setPageStep(ZWViewZoom::PageStep(client));
-        if (client < page - 1) {
-            // Positions 0 .. page − client: the last shows the page's far edge.
-            const int last = page - client;
-            const int position = std::min(bar->value(), last);
-            bar->setRange(0, last);
-            bar->setValue(position);
-            setPolicy(Qt::ScrollBarAlwaysOn);
-        } else {
-            bar->setValue(0);
-            setPolicy(Qt::ScrollBarAlwaysOff);
-        }
-    };
-    setUp(horizontalScrollBar(), roundi(w), viewport()->width(),
-        [this](Qt::ScrollBarPolicy p) { setHorizontalScrollBarPolicy(p); });
-    setUp(verticalScrollBar(), roundi(h), viewport()->height(),
-        [this](Qt::ScrollBarPolicy p) { setVerticalScrollBarPolicy(p); });
+    ZWPageScrollBars::Fit(*this, QSize(roundi(w), roundi(h)));
 }
 
 void ZWViewTemplateWnd::AdjustToClient()
