@@ -1,10 +1,12 @@
 #include "editor/ZWPropertyCommand.h"
 
+#include "template/ZWCardChart.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardImage.h"
 #include "template/ZWCardLabel.h"
+#include "template/ZWCardTable.h"
 #include "template/ZWTemplatePage.h"
 
 #include <cstring>
@@ -64,7 +66,8 @@ bool ZWPropertyCommand::Assign(ZWCardControl& to, const ZWCardControl& from)
         return false;
     // The most derived kinds first: a date card is also a label.
     return AssignAs<ZWCardDate>(to, from) || AssignAs<ZWCardFormule>(to, from) || AssignAs<ZWCardConditioned>(to, from)
-        || AssignAs<ZWCardImage>(to, from) || AssignAs<ZWCardLabel>(to, from) || AssignAs<ZWCardControl>(to, from);
+        || AssignAs<ZWCardChart>(to, from) || AssignAs<ZWCardTable>(to, from) || AssignAs<ZWCardImage>(to, from)
+        || AssignAs<ZWCardLabel>(to, from) || AssignAs<ZWCardControl>(to, from);
 }
 
 bool ZWPropertyCommand::SameCard(const ZWCardControl& a, const ZWCardControl& b)

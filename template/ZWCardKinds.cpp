@@ -1,10 +1,12 @@
 #include "template/ZWCardKinds.h"
 
+#include "template/ZWCardChart.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardImage.h"
 #include "template/ZWCardLabel.h"
+#include "template/ZWCardTable.h"
 
 namespace {
 
@@ -24,6 +26,8 @@ const ZWCardKinds::Kind kKinds[] = {
     {"ZWCardDate", "date"_L1, "ZWCardLabel", &Make<ZWCardDate>},
     {"ZWCardFormule", "formule"_L1, "ZWCardLabel", &Make<ZWCardFormule>},
     {"ZWCardConditioned", "conditioned"_L1, "ZWCardControl", &Make<ZWCardConditioned>},
+    {"ZWCardChart", "chart"_L1, "ZWCardControl", &Make<ZWCardChart>},
+    {"ZWCardTable", "table"_L1, "ZWCardControl", &Make<ZWCardTable>},
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWTextId.h"
+#include "template/ZWCardKinds.h"
 
 #include <vector>
 
@@ -9,8 +10,7 @@ namespace {
 
 bool IsCard(const QString& name)
 {
-    return name == QLatin1String("label") || name == QLatin1String("formule") || name == QLatin1String("date")
-        || name == QLatin1String("image") || name == QLatin1String("conditioned");
+    return ZWCardKinds::ByElement(name) != nullptr;
 }
 
 // The longest text of `card` and the elements below it, skipping the

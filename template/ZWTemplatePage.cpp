@@ -33,18 +33,13 @@ bool ZWTemplatePage::SetTemplate(const XmlDocument::XmlNode& page)
     properties.DeleteBackground();
     DeleteControlList();
     properties.GetFromXml(page);
-    static const QString kinds[] = {QStringLiteral("image"), QStringLiteral("label"), QStringLiteral("date"),
-        QStringLiteral("formule"), QStringLiteral("conditioned")};
+    // Every stored kind of the kinds table; other elements are skipped.
     for (const XmlDocument::XmlNode& child : page.Children()) {
-        const QString name = child.Name();
-        for (const QString& kind : kinds) {
-            if (name != kind)
-                continue;
-            std::unique_ptr<ZWCardControl> card = ZWCardControl::CreateFromElement(kind);
-            card->GetFromXml(child);
-            cards.push_back(std::move(card));
-            break;
-        }
+        std::unique_ptr<ZWCardControl> card = ZWCardControl::CreateFromElement(child.Name());
+        if (!card)
+            continue;
+        card->GetFromXml(child);
+        cards.push_back(std::move(card));
     }
     return true;
 }

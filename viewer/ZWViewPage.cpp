@@ -1,13 +1,18 @@
 #include "viewer/ZWViewPage.h"
 
+#include "host/core/ZWLoadString.h"
 #include "host/core/ZWNoValue.h"
 #include "host/core/ZWRemote.h"
+#include "host/core/ZWTextId.h"
+#include "template/ZWCardChart.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardImage.h"
 #include "template/ZWCardLabel.h"
+#include "template/ZWCardTable.h"
 #include "template/ZWColorRef.h"
+#include "template/ZWDataCardDrawing.h"
 #include "template/ZWPageRenderer.h"
 #include "viewer/ZWViewZoom.h"
 
@@ -50,6 +55,10 @@ void TurnContent(ZWCardControl& card, bool right)
     } else if (auto* conditioned = dynamic_cast<ZWCardConditioned*>(&card)) {
         for (auto& control : conditioned->controls)
             TurnContent(*control, right);
+    } else if (auto* chart = dynamic_cast<ZWCardChart*>(&card)) {
+        chart->turn += right ? 1 : -1;
+    } else if (auto* table = dynamic_cast<ZWCardTable*>(&card)) {
+        table->turn += right ? 1 : -1;
     }
 }
 
@@ -130,6 +139,69 @@ bool KindMatches(const QString& name, const ZWCardControl& card)
     return false;
 }
 
+// A chart's labels and series values. Points past the limit are dropped and
+// the card says so instead of drawing a part of its period.
+void SetChartValues(ZWCardChart& chart, const XmlDocument::XmlNode& element)
+{
+    QStringList labels;
+    for (const XmlDocument::XmlNode& label : element.Nodes(QStringLiteral("label")))
+        labels << label.Text();
+    qsizetype points = labels.size();
+    int malformed = 0;
+    std::vector<std::vector<double>> values;
+    for (const XmlDocument::XmlNode& series : element.Nodes(QStringLiteral("series"))) {
+        if (values.size() == size_t(ZWCardChart::MaxSeries))
+            break;
+        int total = 0, bad = 0;
+        values.push_back(
+            ZWDataCardDrawing::ParseValues(series.Value(QStringLiteral("values")), ZWCardChart::MaxPoints, total, bad));
+        points = std::max<qsizetype>(points, total);
+        malformed += bad;
+    }
+    QString error = element.Value(QStringLiteral("error"));
+    if (points > ZWCardChart::MaxPoints) {
+        qWarning("chart %s: %lld points, only the first %d are kept", qPrintable(chart.id), qint64(points),
+            ZWCardChart::MaxPoints);
+        if (error.isEmpty())
+            error = ZWLoadString(ZWTextId::ChartTooManyPoints).arg(points).arg(ZWCardChart::MaxPoints);
+    }
+    if (malformed > 0)
+        qWarning("chart %s: %d values that are no numbers are drawn as gaps", qPrintable(chart.id), malformed);
+    chart.SetValues(std::move(labels), std::move(values), error);
+}
+
+ZWCardTable::Row ReadRow(const XmlDocument::XmlNode& element)
+{
+    ZWCardTable::Row row;
+    row.label = element.Value(QStringLiteral("label"));
+    for (const XmlDocument::XmlNode& cell : element.Nodes(QStringLiteral("cell"))) {
+        if (row.cells.size() == ZWCardTable::MaxColumns)
+            break;
+        row.cells << cell.Text();
+    }
+    return row;
+}
+
+void SetTableRows(ZWCardTable& table, const XmlDocument::XmlNode& element)
+{
+    std::vector<ZWCardTable::Row> rows;
+    const std::vector<XmlDocument::XmlNode> rowElements = element.Nodes(QStringLiteral("row"));
+    for (const XmlDocument::XmlNode& row : rowElements) {
+        if (rows.size() == size_t(ZWCardTable::MaxRows))
+            break;
+        rows.push_back(ReadRow(row));
+    }
+    QString error = element.Value(QStringLiteral("error"));
+    if (rowElements.size() > size_t(ZWCardTable::MaxRows)) {
+        qWarning("table %s: %d rows, only the first %d are kept", qPrintable(table.id), int(rowElements.size()),
+            ZWCardTable::MaxRows);
+        if (error.isEmpty())
+            error = ZWLoadString(ZWTextId::TableTooManyRows).arg(rowElements.size()).arg(ZWCardTable::MaxRows);
+    }
+    const XmlDocument::XmlNode total = element.Node(QStringLiteral("total"));
+    table.SetRows(std::move(rows), !total.IsNull(), total.IsNull() ? ZWCardTable::Row() : ReadRow(total), error);
+}
+
 } // namespace
 
 bool ZWViewPage::RechargeValue(ZWCardControl* card, const XmlDocument::XmlNode& element)
@@ -143,6 +215,10 @@ bool ZWViewPage::RechargeValue(ZWCardControl* card, const XmlDocument::XmlNode& 
         const XmlDocument::XmlNode value = element.Node(QStringLiteral("/value"));
         if (!value.IsNull())
             SetText(*card, value.Text());
+    } else if (name == QLatin1String("chart") && card->IsKindOf("ZWCardChart")) {
+        SetChartValues(static_cast<ZWCardChart&>(*card), element);
+    } else if (name == QLatin1String("table") && card->IsKindOf("ZWCardTable")) {
+        SetTableRows(static_cast<ZWCardTable&>(*card), element);
     } else if (name == QLatin1String("conditioned") && card->IsKindOf("ZWCardConditioned")) {
         auto* conditioned = static_cast<ZWCardConditioned*>(card);
         XmlDocument::XmlNode chosen;

@@ -410,6 +410,8 @@ TEST(TemplateRoundTrip, EveryCardKindIsMadeByClassAndByElementAndKnowsItsAncesto
         {"ZWCardDate", "date", "ZWCardDate ZWCardLabel ZWCardControl"},
         {"ZWCardFormule", "formule", "ZWCardFormule ZWCardLabel ZWCardControl"},
         {"ZWCardConditioned", "conditioned", "ZWCardConditioned ZWCardControl"},
+        {"ZWCardChart", "chart", "ZWCardChart ZWCardControl"},
+        {"ZWCardTable", "table", "ZWCardTable ZWCardControl"},
     };
     ASSERT_EQ(ZWCardKinds::All().size(), std::size(rows));
     for (const Row& row : rows) {
