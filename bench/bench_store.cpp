@@ -8,6 +8,11 @@
 // median time of the store's PeriodValues (rollups plus raw edges, one
 // query) and of the baseline query, their ratio, and the largest relative
 // difference between their values.
+//
+// Then, for ten counters over the 31 days of March 2025, the median time of
+// SeriesValues by day (one query) against PeriodValues of the whole month and
+// against 31 PeriodValues calls, one per day, with their ratios and the
+// largest difference between the series and the daily calls' values.
 #include "app/demo/ZWDemoData.h"
 #include "host/core/ZWLocalTime.h"
 #include "host/core/ZWNoValue.h"
@@ -184,6 +189,61 @@ int main(int argc, char** argv)
                 std::fflush(stdout);
             }
         }
+    }
+    std::printf("\n| database | counters | series by day, 31 days (median ms) | PeriodValues of the month (median ms) "
+                "| 31 PeriodValues calls (median ms) | series / month | series / 31 calls | largest difference |\n"
+                "|---|---|---|---|---|---|---|---|\n");
+    for (const QString& text : urls) {
+        ZWLoggerUrl url;
+        QString error;
+        url.Parse(text, &error);
+        ZWSqlLoggerStore store(url);
+        if (!store.Open(&error)) {
+            std::fprintf(stderr, "%s\n", qPrintable(error));
+            return 1;
+        }
+        QStringList names;
+        for (const auto& v : store.Variables())
+            if (v.kind == ZWSqlLoggerStore::Kind::Counter && names.size() < 10)
+                names << v.name;
+        const ZWDateTime start = ZWDateTime::FromDMY(2025, 3, 1), end = ZWDateTime::FromDMY(2025, 4, 1);
+        const std::vector<ZWDateTime> days = ZWLoggerStore::SubPeriodBounds(start, end, ZWSeriesUnit::Day);
+        std::vector<double> seriesMs, monthMs, callsMs;
+        ZWSeries series;
+        std::vector<std::vector<double>> daily(days.size() - 1);
+        std::vector<double> month;
+        QElapsedTimer timer;
+        for (int r = 0; r < repeat; ++r) {
+            timer.start();
+            if (!store.SeriesValues(names, start, end, ZWSeriesUnit::Day, series, nullptr, &error)) {
+                std::fprintf(stderr, "%s\n", qPrintable(error));
+                return 1;
+            }
+            seriesMs.push_back(double(timer.nsecsElapsed()) / 1e6);
+            timer.start();
+            if (!store.PeriodValues(names, start, end, month, nullptr, &error)) {
+                std::fprintf(stderr, "%s\n", qPrintable(error));
+                return 1;
+            }
+            monthMs.push_back(double(timer.nsecsElapsed()) / 1e6);
+            timer.start();
+            for (size_t d = 0; d + 1 < days.size(); ++d) {
+                if (!store.PeriodValues(names, days[d], days[d + 1], daily[d], nullptr, &error)) {
+                    std::fprintf(stderr, "%s\n", qPrintable(error));
+                    return 1;
+                }
+            }
+            callsMs.push_back(double(timer.nsecsElapsed()) / 1e6);
+        }
+        double worst = 0.0;
+        for (size_t d = 0; d < daily.size(); ++d)
+            for (size_t i = 0; i < daily[d].size(); ++i)
+                worst = std::max(worst, std::fabs(daily[d][i] - series.values[d][i]));
+        std::printf("| %s | %lld | %.2f | %.2f | %.2f | %.2f | %.3f | %.1e |\n",
+            url.backend() == ZWLoggerUrl::Backend::SQLite ? "SQLite" : "PostgreSQL", qlonglong(names.size()),
+            Median(seriesMs), Median(monthMs), Median(callsMs), Median(seriesMs) / Median(monthMs),
+            Median(seriesMs) / Median(callsMs), worst);
+        std::fflush(stdout);
     }
     return 0;
 }

@@ -2,6 +2,7 @@
 
 #include "host/core/ZWNoValue.h"
 #include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWPeriodShift.h"
 
 void ZWLiveValues::Set(const QString& name, std::optional<double> value)
 {
@@ -22,6 +23,11 @@ std::optional<std::optional<double>> ZWLiveValues::Find(const QString& name) con
     if (it == m_values.constEnd()) {
         QString device, variable, filter;
         if (!SplitFilterDriverVariable(name, device, variable, filter) || filter.isEmpty())
+            return std::nullopt;
+        // Any reduction is served, a malformed shift is not ("x@", "x@+1").
+        QString reduction;
+        ZWPeriodShift shift;
+        if (!ZWPeriodShift::Parse(filter, reduction, shift))
             return std::nullopt;
         it = m_values.constFind(device + QLatin1Char('.') + variable);
         if (it == m_values.constEnd())

@@ -8,8 +8,8 @@
 
 // An in-process logger store that holds the live values given to it: the
 // command line's --set NAME=VALUE, a host that pushes readings, tests.
-// Filtered names are served when their plain name is known; a period's
-// value is the live value.
+// Filtered names are served when their plain name is known and their shift
+// (if any) reads; a period's value, shifted or not, is the live value.
 class ZWLiveValues : public ZWLoggerStore
 {
 public:

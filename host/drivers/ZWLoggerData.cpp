@@ -43,6 +43,23 @@ bool ZWLoggerData::SelectData(const ZWDateTime& start, const ZWDateTime& end, ZW
     return true;
 }
 
+bool ZWLoggerData::SelectSeries(
+    const ZWDateTime& start, const ZWDateTime& end, ZWSeriesUnit unit, ZWSeries& out, ZWProgress* progress)
+{
+    out = ZWSeries();
+    m_error.clear();
+    std::shared_ptr<ZWLoggerStore> store = m_store ? m_store : ZWDriverSupport::Store();
+    if (!store) {
+        m_error = QStringLiteral("no logged-data store is configured");
+        return false;
+    }
+    if (!store->SeriesValues(m_names, start, end, unit, out, progress, &m_error)) {
+        out = ZWSeries();
+        return false;
+    }
+    return true;
+}
+
 bool ZWLoggerData::HasAnyValue() const
 {
     if (!m_hasRecord)

@@ -2,13 +2,13 @@
 
 #include "host/core/ZWDateTime.h"
 #include "host/drivers/ZWLoggerInfo.h"
+#include "host/drivers/ZWLoggerStore.h"
 
 #include <QString>
 #include <QStringList>
 #include <memory>
 #include <vector>
 
-class ZWLoggerStore;
 class ZWProgress;
 
 // One record of logged data: the values of the loaded variables (in the
@@ -34,6 +34,12 @@ public:
     // Reads the period [start, end). False when the store cannot be read;
     // LastError() then says why. The record is empty afterwards.
     virtual bool SelectData(const ZWDateTime& start, const ZWDateTime& end, ZWProgress* progress);
+    // Reads the values of the Setup names for every sub-period of [start,
+    // end) (see ZWLoggerStore::SeriesValues). False when the store cannot be
+    // read or the period holds too many sub-periods; LastError() says why.
+    // The period's record is left as it is.
+    bool SelectSeries(
+        const ZWDateTime& start, const ZWDateTime& end, ZWSeriesUnit unit, ZWSeries& out, ZWProgress* progress);
     // Sets the period and its record directly (a host that computes values
     // itself, tests).
     void SetData(const ZWDateTime& start, const ZWDateTime& end, const ZWDataRecord& record);

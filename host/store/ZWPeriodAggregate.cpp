@@ -83,7 +83,9 @@ void ZWPeriodAggregate::AddResetAcrossStart(qint64 end)
 {
     const Sample& a = m_seek[AtOrBeforeStart];
     const Sample& b = m_seek[AfterStart];
-    if (a.valid && b.valid && b.t <= end && b.value < a.value)
+    // A reading over several ranges at once may have found it already.
+    const bool known = !m_resets.empty() && m_resets.front().t == b.t;
+    if (a.valid && b.valid && b.t <= end && b.value < a.value && !known)
         m_resets.insert(m_resets.begin(), Reset{b.t, a.value, b.value});
 }
 

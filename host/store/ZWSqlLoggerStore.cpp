@@ -13,7 +13,10 @@
 #include <QSet>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <algorithm>
+#include <array>
 #include <functional>
+#include <map>
 
 namespace {
 
@@ -182,12 +185,20 @@ std::optional<ZWSqlLoggerStore::Variable> ZWSqlLoggerStore::FindVariable(const Q
 {
     Variable v;
     ZWLoggerReduction r;
-    if (Resolve(plainName, v, r) && r == ZWLoggerReduction::Default)
+    ZWPeriodShift shift;
+    if (Resolve(plainName, v, r, shift) && r == ZWLoggerReduction::Default && shift.IsNone())
         return v;
     return std::nullopt;
 }
 
 bool ZWSqlLoggerStore::Resolve(const QString& name, Variable& variable, ZWLoggerReduction& reduction)
+{
+    ZWPeriodShift shift;
+    return Resolve(name, variable, reduction, shift);
+}
+
+bool ZWSqlLoggerStore::Resolve(
+    const QString& name, Variable& variable, ZWLoggerReduction& reduction, ZWPeriodShift& shift)
 {
     ZWSqlLoggerConnection& c = Connection();
     if (!EnsureReady(c, nullptr))
@@ -195,14 +206,18 @@ bool ZWSqlLoggerStore::Resolve(const QString& name, Variable& variable, ZWLogger
     // Twice at most: a name unknown to the list read earlier may have been
     // added since by another process (at most one re-read a second).
     for (int pass = 0; pass < 2; ++pass) {
+        shift = ZWPeriodShift();
         if (const auto whole = Lookup(name)) {
             variable = *whole;
             reduction = ZWLoggerReduction::Default;
             return true;
         }
-        QString device, plain, filter;
+        QString device, plain, filter, reductionText;
         if (SplitFilterDriverVariable(name, device, plain, filter) && !filter.isEmpty()) {
-            if (!ZWPeriodAggregate::ParseReduction(filter, reduction))
+            if (!ZWPeriodShift::Parse(filter, reductionText, shift))
+                return false;
+            reduction = ZWLoggerReduction::Default;
+            if (!reductionText.isEmpty() && !ZWPeriodAggregate::ParseReduction(reductionText, reduction))
                 return false;
             if (const auto base = Lookup(device + QLatin1Char('.') + plain)) {
                 variable = *base;
@@ -273,6 +288,316 @@ bool ZWSqlLoggerStore::LiveValue(const QString& name, double& value)
     return ok && found;
 }
 
+// What a period query returned, by what it is about.
+struct ZWSqlLoggerStore::Rows
+{
+    struct Partial
+    {
+        qint64 count;
+        double sum, minimum, maximum;
+    };
+    struct Found
+    {
+        bool valid = false;
+        qint64 t = 0;
+        double value = 0.0;
+    };
+    using Key = QPair<qint64, qint64>;
+    // (variable, piece): the piece's count, sum, minimum and maximum.
+    QHash<Key, Partial> partials;
+    // (variable, instant): the samples at or before it, after it and before it.
+    QHash<Key, std::array<Found, 3>> seeks;
+    // variable: its resets by time (value before, value).
+    QHash<qint64, std::map<qint64, std::pair<double, double>>> resets;
+
+    void Merge(Rows&& other)
+    {
+        for (auto it = other.partials.cbegin(); it != other.partials.cend(); ++it)
+            partials.insert(it.key(), it.value());
+        for (auto it = other.seeks.cbegin(); it != other.seeks.cend(); ++it) {
+            std::array<Found, 3>& to = seeks[it.key()];
+            for (size_t k = 0; k < 3; ++k)
+                if (it.value()[k].valid)
+                    to[k] = it.value()[k];
+        }
+        for (auto it = other.resets.cbegin(); it != other.resets.cend(); ++it)
+            resets[it.key()].insert(it.value().begin(), it.value().end());
+    }
+};
+
+namespace {
+
+// Bound values a statement may carry before a call is split (SQLite allows
+// 32,766, PostgreSQL 65,535).
+constexpr int MostBinds = 30000;
+// Statements with more bound values than this are prepared for one use
+// instead of being kept with the connection: their text depends on the
+// number of ranges.
+constexpr int MostBindsKept = 200;
+
+enum Table { Samples, RollupHour, RollupDay };
+
+struct Piece
+{
+    Table table;
+    qint64 lo, hi;
+    qint64 id;
+};
+
+// The reading plan of one group of ranges.
+struct PlanGroup
+{
+    // Which variables need which parts of the query: aggregates over the
+    // samples (va), the samples next to the bounds (vs), the counter resets
+    // kept in the database (vr) or found among the raw samples (vg).
+    QList<qint64> va, vs, vr, vg;
+    std::vector<Piece> pieces;
+    // Per range: its pieces in time order.
+    std::vector<std::vector<qint64>> rangePieces;
+    // Where samples are sought: at or before, after, before these instants.
+    std::vector<qint64> atOrBefore, after, before;
+    // Where resets are read: the ranges joined into spans (lo, hi].
+    std::vector<std::pair<qint64, qint64>> spans;
+
+    bool Empty() const { return va.isEmpty() && vs.isEmpty() && vr.isEmpty() && vg.isEmpty(); }
+    int Binds() const
+    {
+        return int(2 * (va.size() + vs.size() + vr.size() + vg.size()) + 4 * pieces.size()
+            + 2 * (atOrBefore.size() + after.size() + before.size()) + 3 * spans.size());
+    }
+};
+
+void AddOnce(QList<qint64>& list, qint64 id)
+{
+    if (!list.contains(id))
+        list.append(id);
+}
+
+void SortUnique(std::vector<qint64>& v)
+{
+    std::sort(v.begin(), v.end());
+    v.erase(std::unique(v.begin(), v.end()), v.end());
+}
+
+// [lo, hi) in pieces: raw samples for the partial hours at the edges, hour
+// rollups for whole hours, day rollups for whole (UTC) days.
+void Split(qint64 lo, qint64 hi, bool raw, qint64& nextId, std::vector<Piece>& pieces, std::vector<qint64>& ids)
+{
+    const auto add = [&](Table table, qint64 a, qint64 b) {
+        if (a >= b)
+            return;
+        pieces.push_back({table, a, b, nextId});
+        ids.push_back(nextId++);
+    };
+    const qint64 h0 = CeilTo(lo, Hour), h1 = FloorTo(hi, Hour);
+    if (raw || h0 >= h1) {
+        add(Samples, lo, hi);
+        return;
+    }
+    add(Samples, lo, h0);
+    const qint64 d0 = CeilTo(h0, Day), d1 = FloorTo(h1, Day);
+    if (d0 < d1) {
+        add(RollupHour, h0, d0);
+        add(RollupDay, d0, d1);
+        add(RollupHour, d1, h1);
+    } else {
+        add(RollupHour, h0, h1);
+    }
+    add(Samples, h1, hi);
+}
+
+// The pieces, seek instants and reset spans of a group's ranges.
+void PlanRanges(PlanGroup& g, const std::vector<std::pair<qint64, qint64>>& ranges, bool raw, qint64& nextId)
+{
+    std::vector<qint64> cuts;
+    for (const auto& [s, e] : ranges) {
+        if (s < e) {
+            cuts.push_back(s);
+            cuts.push_back(e);
+        }
+    }
+    SortUnique(cuts);
+    const auto at = [&](qint64 t) { return size_t(std::lower_bound(cuts.begin(), cuts.end(), t) - cuts.begin()); };
+    if (!g.va.isEmpty()) {
+        // The ranges' bounds cut the time axis into stretches; each covered
+        // stretch is read once, and each range adds up its stretches.
+        std::vector<int> cover(cuts.size() + 1, 0);
+        for (const auto& [s, e] : ranges) {
+            if (s < e) {
+                ++cover[at(s)];
+                --cover[at(e)];
+            }
+        }
+        std::vector<std::vector<qint64>> stretch(cuts.size());
+        int depth = 0;
+        for (size_t k = 0; k + 1 < cuts.size(); ++k) {
+            depth += cover[k];
+            if (depth > 0)
+                Split(cuts[k], cuts[k + 1], raw, nextId, g.pieces, stretch[k]);
+        }
+        g.rangePieces.resize(ranges.size());
+        for (size_t r = 0; r < ranges.size(); ++r) {
+            const auto& [s, e] = ranges[r];
+            if (s >= e)
+                continue;
+            for (size_t k = at(s); k < at(e); ++k)
+                g.rangePieces[r].insert(g.rangePieces[r].end(), stretch[k].begin(), stretch[k].end());
+        }
+    }
+    if (!g.vs.isEmpty()) {
+        for (const auto& [s, e] : ranges) {
+            if (s < e) {
+                g.atOrBefore.push_back(s);
+                g.atOrBefore.push_back(e);
+                g.after.push_back(s);
+                g.before.push_back(e);
+            }
+        }
+        SortUnique(g.atOrBefore);
+        SortUnique(g.after);
+        SortUnique(g.before);
+    }
+    if (!g.vr.isEmpty() || !g.vg.isEmpty()) {
+        std::vector<std::pair<qint64, qint64>> sorted;
+        for (const auto& range : ranges)
+            if (range.first < range.second)
+                sorted.push_back(range);
+        std::sort(sorted.begin(), sorted.end());
+        for (const auto& range : sorted) {
+            if (!g.spans.empty() && range.first <= g.spans.back().second)
+                g.spans.back().second = std::max(g.spans.back().second, range.second);
+            else
+                g.spans.push_back(range);
+        }
+    }
+}
+
+// One statement for the groups `batch`: common table expressions of the
+// variables, pieces, seek instants and spans of each group (g = group
+// index), then one part per kind of row. Every part returns (variable, part,
+// key, a, b, c, d):
+// - 0: a piece's aggregate: key the piece, a count, b sum, c min, d max;
+// - 10, 11, 12: the sample at or before, after, before instant `key`: a its
+//   time, b its value;
+// - 20: a reset at time key = a: b the value before, c the value.
+QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& batch, QVariantList& binds)
+{
+    QStringList ctes, parts;
+    const auto cte = [&](const char* name, const char* columns, int arity, const std::vector<qint64>& flat) {
+        if (flat.empty())
+            return false;
+        QStringList cells;
+        for (int i = 0; i < arity; ++i)
+            cells << QStringLiteral("CAST(? AS BIGINT)");
+        const QString row = QLatin1Char('(') + cells.join(QLatin1Char(',')) + QLatin1Char(')');
+        QStringList rows;
+        for (size_t i = 0; i < flat.size(); i += size_t(arity))
+            rows << row;
+        for (const qint64 v : flat)
+            binds << v;
+        ctes << QLatin1String(name) + QLatin1Char('(') + QLatin1String(columns) + QStringLiteral(") AS (VALUES ")
+                + rows.join(QLatin1Char(',')) + QLatin1Char(')');
+        return true;
+    };
+    const auto variables = [&](const char* name, QList<qint64> PlanGroup::*list) {
+        std::vector<qint64> flat;
+        for (const int g : batch) {
+            for (const qint64 id : plan[size_t(g)].*list) {
+                flat.push_back(g);
+                flat.push_back(id);
+            }
+        }
+        return cte(name, "g, id", 2, flat);
+    };
+    const bool va = variables("va", &PlanGroup::va);
+    const bool vs = variables("vs", &PlanGroup::vs);
+    const bool vr = variables("vr", &PlanGroup::vr);
+    const bool vg = variables("vg", &PlanGroup::vg);
+
+    static const QString nullReal = QStringLiteral("CAST(NULL AS DOUBLE PRECISION)");
+    if (va) {
+        const char* const names[] = {"pr", "ph", "pd"};
+        for (const Table table : {Samples, RollupHour, RollupDay}) {
+            std::vector<qint64> flat;
+            for (const int g : batch) {
+                for (const Piece& p : plan[size_t(g)].pieces) {
+                    if (p.table == table)
+                        flat.insert(flat.end(), {qint64(g), p.id, p.lo, p.hi});
+                }
+            }
+            if (!cte(names[table], "g, p, lo, hi", 4, flat))
+                continue;
+            // The pieces and variables are the outer loops, the table the
+            // inner one (SQLite keeps the order of a CROSS JOIN): every piece
+            // is an index range of its table.
+            if (table == Samples)
+                parts << QStringLiteral("SELECT v.id, 0, p.p, COUNT(*), SUM(s.value), MIN(s.value), MAX(s.value) "
+                                        "FROM va v CROSS JOIN pr p CROSS JOIN samples s WHERE p.g = v.g "
+                                        "AND s.variable_id = v.id AND s.t >= p.lo AND s.t < p.hi GROUP BY v.id, p.p");
+            else
+                parts << QStringLiteral("SELECT v.id, 0, p.p, CAST(SUM(r.n) AS BIGINT), SUM(r.total), MIN(r.lo), "
+                                        "MAX(r.hi) FROM va v CROSS JOIN %1 p CROSS JOIN %2 r WHERE p.g = v.g "
+                                        "AND r.variable_id = v.id AND r.bucket >= p.lo AND r.bucket < p.hi "
+                                        "GROUP BY v.id, p.p")
+                             .arg(QLatin1String(names[table]),
+                                 QLatin1String(table == RollupHour ? "rollup_hour" : "rollup_day"));
+        }
+    }
+    if (vs) {
+        struct SeekSql
+        {
+            const char* name;
+            std::vector<qint64> PlanGroup::*instants;
+            const char* function;
+            const char* compare;
+        };
+        const SeekSql seeks[] = {
+            {"sa", &PlanGroup::atOrBefore, "MAX", "<="},
+            {"sn", &PlanGroup::after, "MIN", ">"},
+            {"sb", &PlanGroup::before, "MAX", "<"},
+        };
+        for (int k = 0; k < 3; ++k) {
+            std::vector<qint64> flat;
+            for (const int g : batch) {
+                for (const qint64 t : plan[size_t(g)].*(seeks[k].instants)) {
+                    flat.push_back(g);
+                    flat.push_back(t);
+                }
+            }
+            if (!cte(seeks[k].name, "g, b", 2, flat))
+                continue;
+            parts << QStringLiteral("SELECT s.variable_id, %1, q.b, s.t, s.value, %5, %5 FROM (SELECT v.id, b.b, "
+                                    "(SELECT %2(x.t) FROM samples x WHERE x.variable_id = v.id AND x.t %3 b.b) AS t "
+                                    "FROM vs v CROSS JOIN %4 b WHERE b.g = v.g) q "
+                                    "JOIN samples s ON s.variable_id = q.id AND s.t = q.t")
+                         .arg(QString::number(10 + k), QLatin1String(seeks[k].function),
+                             QLatin1String(seeks[k].compare), QLatin1String(seeks[k].name), nullReal);
+        }
+    }
+    if (vr || vg) {
+        std::vector<qint64> flat;
+        for (const int g : batch)
+            for (const auto& [lo, hi] : plan[size_t(g)].spans)
+                flat.insert(flat.end(), {qint64(g), lo, hi});
+        cte("rs", "g, lo, hi", 3, flat);
+    }
+    if (vr)
+        parts << QStringLiteral("SELECT r.variable_id, 20, r.t, r.t, r.before_value, r.value, %1 FROM vr v "
+                                "CROSS JOIN rs p CROSS JOIN counter_resets r WHERE p.g = v.g AND r.variable_id = v.id "
+                                "AND r.t > p.lo AND r.t <= p.hi")
+                     .arg(nullReal);
+    if (vg)
+        parts << QStringLiteral("SELECT w.id, 20, w.t, w.t, w.prev, w.value, %1 FROM (SELECT v.id, s.t, s.value, "
+                                "LAG(s.value) OVER (PARTITION BY v.id, p.g, p.lo ORDER BY s.t) AS prev FROM vg v "
+                                "CROSS JOIN rs p CROSS JOIN samples s WHERE p.g = v.g AND s.variable_id = v.id "
+                                "AND s.t > p.lo AND s.t <= p.hi) w WHERE w.value < w.prev")
+                     .arg(nullReal);
+    return QStringLiteral("WITH ") + ctes.join(QStringLiteral(", ")) + QLatin1Char(' ')
+        + parts.join(QStringLiteral(" UNION ALL "));
+}
+
+} // namespace
+
 bool ZWSqlLoggerStore::PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
     std::vector<double>& values, ZWProgress* progress, QString* error)
 {
@@ -282,21 +607,140 @@ bool ZWSqlLoggerStore::PeriodValues(const QStringList& names, const ZWDateTime& 
         values.assign(size_t(names.size()), ZW_NO_VALUE);
         return true;
     }
-    return PeriodValuesUtc(
-        names, ZWLocalTime::ToUtc(start), ZWLocalTime::ToUtc(end), values, error, Method::Rollups, progress);
+    return ReadPeriod(names, start, end, ZWLocalTime::ToUtc(start), ZWLocalTime::ToUtc(end), values, error,
+        Method::Rollups, progress);
+}
+
+bool ZWSqlLoggerStore::PeriodValuesUtc(const QStringList& names, qint64 start, qint64 end, std::vector<double>& values,
+    QString* error, Method method, const ZWProgress* progress)
+{
+    return ReadPeriod(
+        names, ZWLocalTime::FromUtc(start), ZWLocalTime::FromUtc(end), start, end, values, error, method, progress);
+}
+
+bool ZWSqlLoggerStore::ReadPeriod(const QStringList& names, const ZWDateTime& localStart, const ZWDateTime& localEnd,
+    qint64 start, qint64 end, std::vector<double>& values, QString* error, Method method, const ZWProgress* progress)
+{
+    values.assign(size_t(names.size()), ZW_NO_VALUE);
+    // One group per distinct range: the period and each shifted period.
+    std::vector<Ranges> groups;
+    std::vector<Ask> asks;
+    std::vector<int> askName;
+    for (int i = 0; i < names.size(); ++i) {
+        Ask ask{{}, ZWLoggerReduction::Default, 0, 0, ZW_NO_VALUE};
+        ZWPeriodShift shift;
+        if (!Resolve(names[i], ask.variable, ask.reduction, shift))
+            continue;
+        if (ask.reduction == ZWLoggerReduction::Default)
+            ask.reduction = ask.variable.kind == Kind::Counter ? ZWLoggerReduction::Delta : ZWLoggerReduction::Avg;
+        std::pair<qint64, qint64> range{start, end};
+        if (!shift.IsNone()) {
+            ZWDateTime s = localStart, e = localEnd;
+            shift.Apply(s, e);
+            if (!s.IsValid() || !e.IsValid())
+                continue;
+            range = {ZWLocalTime::ToUtc(s), ZWLocalTime::ToUtc(e)};
+        }
+        const auto it = std::find_if(groups.begin(), groups.end(), [&](const Ranges& r) { return r[0] == range; });
+        ask.group = int(it - groups.begin());
+        if (it == groups.end())
+            groups.push_back({range});
+        asks.push_back(ask);
+        askName.push_back(i);
+    }
+    if (!ReadRanges(groups, asks, method, progress, error))
+        return false;
+    for (size_t k = 0; k < asks.size(); ++k)
+        values[size_t(askName[k])] = asks[k].value;
+    return true;
+}
+
+bool ZWSqlLoggerStore::SeriesValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
+    ZWSeriesUnit unit, ZWSeries& out, ZWProgress* progress, QString* error)
+{
+    return SeriesValues(names, start, end, unit, out, progress, error, Method::Rollups);
+}
+
+bool ZWSqlLoggerStore::SeriesValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
+    ZWSeriesUnit unit, ZWSeries& out, ZWProgress* progress, QString* error, Method method)
+{
+    out = ZWSeries();
+    if (progress)
+        progress->SetText(ZWLoadString(ZWTextId::StoreReading));
+    const std::vector<qint64> instants = SubPeriodInstants(start, end, unit);
+    if (instants.size() > size_t(MaxSeriesPoints) + 1) {
+        if (error)
+            *error = TooManyPointsMessage(start, end, unit);
+        return false;
+    }
+    out.bounds = SubPeriodBounds(start, end, unit);
+    const size_t count = instants.empty() ? 0 : instants.size() - 1;
+    out.values.assign(count, std::vector<double>(size_t(names.size()), ZW_NO_VALUE));
+
+    // Group 0 the sub-periods of the period, then one group per shift: the
+    // sub-periods of the shifted period, as many as the series has at most.
+    const auto ranges = [count](const std::vector<qint64>& bounds) {
+        Ranges r;
+        for (size_t j = 0; j + 1 < bounds.size() && j < count; ++j)
+            r.push_back({bounds[j], bounds[j + 1]});
+        return r;
+    };
+    std::vector<Ranges> groups{ranges(instants)};
+    std::vector<ZWPeriodShift> shifts{ZWPeriodShift()};
+    std::vector<Ask> asks;
+    std::vector<std::pair<size_t, size_t>> where; // (sub-period, name)
+    for (int i = 0; i < names.size() && count > 0; ++i) {
+        Variable variable;
+        ZWLoggerReduction reduction;
+        ZWPeriodShift shift;
+        if (!Resolve(names[i], variable, reduction, shift))
+            continue;
+        if (reduction == ZWLoggerReduction::Default)
+            reduction = variable.kind == Kind::Counter ? ZWLoggerReduction::Delta : ZWLoggerReduction::Avg;
+        auto it = std::find(shifts.begin(), shifts.end(), shift);
+        if (it == shifts.end()) {
+            ZWDateTime s = start, e = end;
+            shift.Apply(s, e);
+            shifts.push_back(shift);
+            groups.push_back(ranges(SubPeriodInstants(s, e, unit)));
+            it = shifts.end() - 1;
+        }
+        const int g = int(it - shifts.begin());
+        for (size_t j = 0; j < groups[size_t(g)].size(); ++j) {
+            asks.push_back({variable, reduction, g, int(j), ZW_NO_VALUE});
+            where.push_back({j, size_t(i)});
+        }
+    }
+    if (!ReadRanges(groups, asks, method, progress, error))
+        return false;
+    for (size_t k = 0; k < asks.size(); ++k)
+        out.values[where[k].first][where[k].second] = asks[k].value;
+    return true;
 }
 
 bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& sql, const QVariantList& binds,
-    QHash<qint64, ZWPeriodAggregate>& out, const ZWProgress* progress, QString* error)
+    Rows& out, const ZWProgress* progress, QString* error)
 {
     return WithReconnect(
         c,
         [&](QString* why) {
             ++m_periodQueries;
-            out.clear();
-            QSqlQuery* q = c.Prepared(sql, why);
-            if (!q)
-                return false;
+            out = Rows();
+            std::unique_ptr<QSqlQuery> once;
+            QSqlQuery* q = nullptr;
+            if (binds.size() <= MostBindsKept) {
+                q = c.Prepared(sql, why);
+                if (!q)
+                    return false;
+            } else {
+                once = std::make_unique<QSqlQuery>(c.Database());
+                once->setForwardOnly(true);
+                if (!once->prepare(sql)) {
+                    *why = ZWSqlLoggerConnection::ErrorText(once->lastError());
+                    return false;
+                }
+                q = once.get();
+            }
             for (int i = 0; i < binds.size(); ++i)
                 q->bindValue(i, binds[i]);
             if (!c.ExecBounded(*q, progress, why))
@@ -304,15 +748,16 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
             while (q->next()) {
                 const qint64 id = q->value(0).toLongLong();
                 const int part = q->value(1).toInt();
-                const qint64 a = q->value(2).toLongLong();
-                const double b = q->value(3).toDouble();
-                ZWPeriodAggregate& agg = out[id];
-                if (part < 10) {
-                    agg.AddPart(a, b, q->value(4).toDouble(), q->value(5).toDouble());
+                const qint64 key = q->value(2).toLongLong();
+                if (part == 0) {
+                    out.partials.insert({id, key},
+                        {q->value(3).toLongLong(), q->value(4).toDouble(), q->value(5).toDouble(),
+                            q->value(6).toDouble()});
                 } else if (part < 20) {
-                    agg.SetSeek(ZWPeriodAggregate::Seek(part - 10), a, b);
+                    out.seeks[{id, key}][size_t(part - 10)]
+                        = Rows::Found{true, q->value(3).toLongLong(), q->value(4).toDouble()};
                 } else {
-                    agg.AddReset(a, b, q->value(4).toDouble());
+                    out.resets[id][key] = {q->value(4).toDouble(), q->value(5).toDouble()};
                 }
             }
             if (q->lastError().isValid()) {
@@ -325,171 +770,94 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
         error, ZWTextId::StoreCannotRead);
 }
 
-bool ZWSqlLoggerStore::PeriodValuesUtc(const QStringList& names, qint64 start, qint64 end, std::vector<double>& values,
-    QString* error, Method method, const ZWProgress* progress)
+bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groups, std::vector<Ask>& asks, Method method,
+    const ZWProgress* progress, QString* error)
 {
-    values.assign(size_t(names.size()), ZW_NO_VALUE);
-    struct Item
-    {
-        int index;
-        Variable variable;
-        ZWLoggerReduction reduction;
-    };
-    std::vector<Item> items;
-    for (int i = 0; i < names.size(); ++i) {
-        Item item{i, {}, ZWLoggerReduction::Default};
-        if (!Resolve(names[i], item.variable, item.reduction))
-            continue;
-        if (item.reduction == ZWLoggerReduction::Default)
-            item.reduction = item.variable.kind == Kind::Counter ? ZWLoggerReduction::Delta : ZWLoggerReduction::Avg;
-        items.push_back(item);
-    }
     ZWSqlLoggerConnection& c = Connection();
     if (!EnsureReady(c, error))
         return false;
-    if (items.empty() || end <= start)
-        return true;
-
-    // Which variables need which parts of the query: aggregates over the
-    // samples (va), the samples next to the bounds (vs), the counter resets
-    // kept in the database (vr) or found among the raw samples (vg).
-    QList<qint64> va, vs, vr, vg;
-    const auto add = [](QList<qint64>& list, qint64 id) {
-        if (!list.contains(id))
-            list.append(id);
+    const auto rawResets = [method](const Ask& a) {
+        // Resets are kept for counters only; a gauge's "delta" finds them
+        // among its raw samples, as the raw reading does for every variable.
+        return method == Method::Raw || a.variable.kind != Kind::Counter;
     };
-    for (const Item& item : items) {
-        switch (item.reduction) {
+    std::vector<PlanGroup> plan(groups.size());
+    for (Ask& a : asks) {
+        a.value = ZW_NO_VALUE;
+        const auto& [s, e] = groups[size_t(a.group)][size_t(a.range)];
+        if (e <= s)
+            continue;
+        PlanGroup& g = plan[size_t(a.group)];
+        switch (a.reduction) {
         case ZWLoggerReduction::First:
         case ZWLoggerReduction::Last:
         case ZWLoggerReduction::Hours:
-            add(vs, item.variable.id);
+            AddOnce(g.vs, a.variable.id);
             break;
         case ZWLoggerReduction::Delta:
-            add(vs, item.variable.id);
-            // Resets are kept for counters only; a gauge's "delta" finds them
-            // among its raw samples.
-            add(method == Method::Rollups && item.variable.kind == Kind::Counter ? vr : vg, item.variable.id);
+            AddOnce(g.vs, a.variable.id);
+            AddOnce(rawResets(a) ? g.vg : g.vr, a.variable.id);
             break;
         default:
-            add(va, item.variable.id);
+            AddOnce(g.va, a.variable.id);
             break;
         }
     }
-
-    QStringList ctes;
-    QVariantList binds;
-    const auto cte = [&](const char* name, const QList<qint64>& ids) {
-        if (ids.isEmpty())
-            return;
-        QStringList rows;
-        for (const qint64 id : ids) {
-            rows << QStringLiteral("(CAST(? AS BIGINT))");
-            binds << id;
+    qint64 nextPiece = 0;
+    std::vector<std::vector<int>> batches;
+    int batchBinds = 0;
+    for (size_t g = 0; g < plan.size(); ++g) {
+        if (plan[g].Empty())
+            continue;
+        PlanRanges(plan[g], groups[g], method == Method::Raw, nextPiece);
+        const int binds = plan[g].Binds();
+        if (batches.empty() || batchBinds + binds > MostBinds) {
+            batches.emplace_back();
+            batchBinds = 0;
         }
-        ctes << QLatin1String(name) + QStringLiteral("(id) AS (VALUES ") + rows.join(QLatin1Char(','))
-                + QLatin1Char(')');
-    };
-    cte("va", va);
-    cte("vs", vs);
-    cte("vr", vr);
-    cte("vg", vg);
-
-    // Every part returns (variable, part, a, b, c, d); parts 0-9 are
-    // aggregates in time order (a count, b sum, c min, d max), 10-13 the
-    // seeks (a time, b value), 20 resets (a time, b value before, c value).
-    static const QString nullReal = QStringLiteral("CAST(NULL AS DOUBLE PRECISION)");
-    QStringList parts;
-    if (!va.isEmpty()) {
-        struct Range
-        {
-            const char* table;
-            qint64 lo, hi;
-        };
-        std::vector<Range> ranges;
-        const qint64 h0 = CeilTo(start, Hour), h1 = FloorTo(end, Hour);
-        if (method == Method::Raw || h0 >= h1) {
-            ranges.push_back({"samples", start, end});
-        } else {
-            ranges.push_back({"samples", start, h0});
-            const qint64 d0 = CeilTo(h0, Day), d1 = FloorTo(h1, Day);
-            if (d0 < d1) {
-                ranges.push_back({"rollup_hour", h0, d0});
-                ranges.push_back({"rollup_day", d0, d1});
-                ranges.push_back({"rollup_hour", d1, h1});
-            } else {
-                ranges.push_back({"rollup_hour", h0, h1});
+        batches.back().push_back(int(g));
+        batchBinds += binds;
+    }
+    Rows rows;
+    for (const std::vector<int>& batch : batches) {
+        QVariantList binds;
+        const QString sql = PeriodSql(plan, batch, binds);
+        Rows part;
+        if (!RunPeriodQuery(c, sql, binds, part, progress, error))
+            return false;
+        rows.Merge(std::move(part));
+    }
+    for (Ask& a : asks) {
+        const auto& [s, e] = groups[size_t(a.group)][size_t(a.range)];
+        if (e <= s)
+            continue;
+        const PlanGroup& g = plan[size_t(a.group)];
+        const qint64 id = a.variable.id;
+        ZWPeriodAggregate aggregate;
+        if (size_t(a.range) < g.rangePieces.size()) {
+            for (const qint64 piece : g.rangePieces[size_t(a.range)]) {
+                const auto it = rows.partials.constFind({id, piece});
+                if (it != rows.partials.constEnd())
+                    aggregate.AddPart(it->count, it->sum, it->minimum, it->maximum);
             }
-            ranges.push_back({"samples", h1, end});
         }
-        int part = 0;
-        for (const Range& r : ranges) {
-            if (r.lo >= r.hi)
-                continue;
-            if (qstrcmp(r.table, "samples") == 0)
-                parts << QStringLiteral("SELECT variable_id, %1, COUNT(*), SUM(value), MIN(value), MAX(value) "
-                                        "FROM samples WHERE variable_id IN (SELECT id FROM va) AND t >= ? AND t < ? "
-                                        "GROUP BY variable_id")
-                             .arg(part);
-            else
-                parts << QStringLiteral("SELECT variable_id, %1, CAST(SUM(n) AS BIGINT), SUM(total), MIN(lo), "
-                                        "MAX(hi) FROM %2 WHERE variable_id IN (SELECT id FROM va) AND bucket >= ? "
-                                        "AND bucket < ? GROUP BY variable_id")
-                             .arg(part)
-                             .arg(QLatin1String(r.table));
-            binds << r.lo << r.hi;
-            ++part;
-        }
-    }
-    if (!vs.isEmpty()) {
-        struct SeekSql
-        {
-            ZWPeriodAggregate::Seek seek;
-            const char* function;
-            const char* compare;
-            qint64 bound;
+        const auto seek = [&](ZWPeriodAggregate::Seek which, qint64 t, size_t k) {
+            const auto it = rows.seeks.constFind({id, t});
+            if (it != rows.seeks.constEnd() && (*it)[k].valid)
+                aggregate.SetSeek(which, (*it)[k].t, (*it)[k].value);
         };
-        const SeekSql seeks[] = {
-            {ZWPeriodAggregate::AtOrBeforeStart, "MAX", "<=", start},
-            {ZWPeriodAggregate::AfterStart, "MIN", ">", start},
-            {ZWPeriodAggregate::BeforeEnd, "MAX", "<", end},
-            {ZWPeriodAggregate::AtOrBeforeEnd, "MAX", "<=", end},
-        };
-        for (const SeekSql& s : seeks) {
-            parts << QStringLiteral("SELECT s.variable_id, %1, s.t, s.value, %4, %4 FROM (SELECT vs.id, "
-                                    "(SELECT %2(x.t) FROM samples x WHERE x.variable_id = vs.id AND x.t %3 ?) AS t "
-                                    "FROM vs) b JOIN samples s ON s.variable_id = b.id AND s.t = b.t")
-                         .arg(10 + int(s.seek))
-                         .arg(QLatin1String(s.function), QLatin1String(s.compare), nullReal);
-            binds << s.bound;
+        seek(ZWPeriodAggregate::AtOrBeforeStart, s, 0);
+        seek(ZWPeriodAggregate::AfterStart, s, 1);
+        seek(ZWPeriodAggregate::BeforeEnd, e, 2);
+        seek(ZWPeriodAggregate::AtOrBeforeEnd, e, 0);
+        const auto resets = rows.resets.constFind(id);
+        if (resets != rows.resets.constEnd()) {
+            for (auto r = resets->upper_bound(s); r != resets->end() && r->first <= e; ++r)
+                aggregate.AddReset(r->first, r->second.first, r->second.second);
         }
-    }
-    if (!vr.isEmpty()) {
-        parts << QStringLiteral("SELECT variable_id, 20, t, before_value, value, %1 FROM counter_resets "
-                                "WHERE variable_id IN (SELECT id FROM vr) AND t > ? AND t <= ?")
-                     .arg(nullReal);
-        binds << start << end;
-    }
-    if (!vg.isEmpty()) {
-        parts << QStringLiteral("SELECT w.variable_id, 20, w.t, w.prev, w.value, %1 FROM (SELECT variable_id, t, "
-                                "value, LAG(value) OVER (PARTITION BY variable_id ORDER BY t) AS prev FROM samples "
-                                "WHERE variable_id IN (SELECT id FROM vg) AND t > ? AND t <= ?) w "
-                                "WHERE w.value < w.prev")
-                     .arg(nullReal);
-        binds << start << end;
-    }
-    const QString sql = QStringLiteral("WITH ") + ctes.join(QStringLiteral(", ")) + QLatin1Char(' ')
-        + parts.join(QStringLiteral(" UNION ALL ")) + QStringLiteral(" ORDER BY 1, 2, 3");
-
-    QHash<qint64, ZWPeriodAggregate> aggregates;
-    if (!RunPeriodQuery(c, sql, binds, aggregates, progress, error))
-        return false;
-    for (const qint64 id : vg)
-        aggregates[id].AddResetAcrossStart(end);
-    for (const Item& item : items) {
-        const auto it = aggregates.constFind(item.variable.id);
-        if (it != aggregates.constEnd())
-            values[size_t(item.index)] = it->Value(item.reduction, start, end);
+        if (a.reduction == ZWLoggerReduction::Delta && rawResets(a))
+            aggregate.AddResetAcrossStart(e);
+        a.value = aggregate.Value(a.reduction, s, e);
     }
     return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/drivers/ZWLoggerStore.h"
+#include "host/drivers/ZWPeriodShift.h"
 #include "host/store/ZWLoggerUrl.h"
 #include "host/store/ZWPeriodAggregate.h"
 
@@ -33,10 +34,18 @@ class ZWSqlLoggerConnection;
 //   before it counting as a meter reset whose reading is itself increase;
 // - no sample (for delta: no sample after the first one in reach) gives the
 //   no-value marker.
-// All values come from one query per call, with bound values only. That
-// query reads rollups for the whole hours and days of the period and raw
-// samples only for the partial hours at its edges; Method::Raw reads only
-// raw samples (the reference that the rollups are checked against).
+// A filter may end in a shift, "@-1y" (see ZWPeriodShift): that name's value
+// is read over the shifted period.
+//
+// All values of a call come from one query, with bound values only: the
+// period, every distinct shifted period and, for a series, every sub-period
+// are ranges of that query, each cut into pieces so that rollups serve its
+// whole hours and days and raw samples only the partial hours at its edges;
+// the pieces' partial results are put together per (variable, range) by
+// ZWPeriodAggregate. Method::Raw reads only raw samples (the reference that
+// the rollups are checked against). Only a call whose ranges need more than
+// some 30,000 bound values (many shifts of a long hour series) is split into
+// several statements, a group of ranges each.
 class ZWSqlLoggerStore : public ZWLoggerStore
 {
 public:
@@ -71,13 +80,21 @@ public:
     bool LiveValue(const QString& name, double& value) override;
     bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
         std::vector<double>& values, ZWProgress* progress, QString* error) override;
-    // The same over UTC bounds. The query is bounded by the URL's statement
-    // timeout and ends early when `progress` is cancelled.
+    // The same over UTC bounds (shifts move the bounds' local times). The
+    // query is bounded by the URL's statement timeout and ends early when
+    // `progress` is cancelled.
     bool PeriodValuesUtc(const QStringList& names, qint64 start, qint64 end, std::vector<double>& values,
         QString* error, Method method = Method::Rollups, const ZWProgress* progress = nullptr);
+    // Every sub-period in one query (the override reads rollups).
+    bool SeriesValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end, ZWSeriesUnit unit,
+        ZWSeries& out, ZWProgress* progress, QString* error) override;
+    bool SeriesValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end, ZWSeriesUnit unit,
+        ZWSeries& out, ZWProgress* progress, QString* error, Method method);
 
-    // A name (plain or filtered) to its variable and reduction; false when
-    // the variable is unknown or the filter is not a reduction.
+    // A name (plain or filtered) to its variable, reduction and shift; false
+    // when the variable is unknown, the filter is not a reduction or the
+    // shift is malformed.
+    bool Resolve(const QString& name, Variable& variable, ZWLoggerReduction& reduction, ZWPeriodShift& shift);
     bool Resolve(const QString& name, Variable& variable, ZWLoggerReduction& reduction);
     std::optional<Variable> FindVariable(const QString& plainName);
     QList<Variable> Variables();
@@ -91,10 +108,26 @@ public:
     int PeriodQueryCount() const { return m_periodQueries.load(); }
 
 private:
-    struct Request;
+    // UTC ranges [start, end) read together.
+    using Ranges = std::vector<std::pair<qint64, qint64>>;
+    // One value to compute: a variable's reduction over range `range` of
+    // group `group`.
+    struct Ask
+    {
+        Variable variable;
+        ZWLoggerReduction reduction;
+        int group;
+        int range;
+        double value;
+    };
+    struct Rows;
+    bool ReadRanges(const std::vector<Ranges>& groups, std::vector<Ask>& asks, Method method,
+        const ZWProgress* progress, QString* error);
+    bool ReadPeriod(const QStringList& names, const ZWDateTime& localStart, const ZWDateTime& localEnd, qint64 start,
+        qint64 end, std::vector<double>& values, QString* error, Method method, const ZWProgress* progress);
     bool EnsureReady(ZWSqlLoggerConnection& c, QString* error);
-    bool RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& sql, const QVariantList& binds,
-        QHash<qint64, ZWPeriodAggregate>& out, const ZWProgress* progress, QString* error);
+    bool RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& sql, const QVariantList& binds, Rows& out,
+        const ZWProgress* progress, QString* error);
     bool LoadVariables(ZWSqlLoggerConnection& c, QString* error);
     std::optional<Variable> Lookup(const QString& name);
 

@@ -50,6 +50,11 @@ TEST(StoreCommands, ImportReportsAndRefusesBadRows)
     r = Zw(u"period-values --db %1 --from 2025-01-06 --to 2025-01-07 M.E R.T:count No.Such"_s.arg(db));
     EXPECT_EQ(r.status, 0) << r;
     EXPECT_EQ(r.out, u"M.E\t2\nR.T:count\t1\nNo.Such\t-\n"_s);
+    r = Zw(u"period-values --db %1 --from 2025-01-06 --to 2025-01-06T03:00:00 --series hour M.E R.T"_s.arg(db));
+    EXPECT_EQ(r.status, 0) << r;
+    EXPECT_EQ(r.out,
+        u"start\tM.E\tR.T\n2025-01-06T00:00:00\t2\t20\n2025-01-06T01:00:00\t-\t-\n2025-01-06T02:00:00\t-\t-\n"_s);
+    EXPECT_EQ(Zw(u"period-values --db %1 --from 2025-01-06 --to 2025-01-07 --series year M.E"_s.arg(db)).status, 2);
 
     EXPECT_EQ(Zw(u"import --db "_s + db).status, 2);
     EXPECT_EQ(Zw(u"import --db mysql://x/y "_s + good).status, 2);

@@ -4,9 +4,15 @@
 #include "host/store/ZWSqlLoggerConnection.h"
 #include "tests/support/ZWTestPostgres.h"
 
+#include "host/core/ZWNoValue.h"
+
 #include <QSqlError>
 #include <QSqlQuery>
+#include <algorithm>
+#include <cmath>
 #include <ctime>
+#include <map>
+#include <numeric>
 
 using namespace Qt::StringLiterals;
 
@@ -90,6 +96,56 @@ double StoreTest::Value(const QString& name, qint64 start, qint64 end, ZWSqlLogg
 {
     const std::vector<double> values = Values({name}, start, end, method);
     return values.empty() ? -12345.0 : values[0];
+}
+
+Reference::Reference(Samples s) : samples(std::move(s))
+{
+    std::sort(samples.begin(), samples.end());
+}
+
+double Reference::Reduce(const QString& reduction, qint64 start, qint64 end) const
+{
+    if (reduction == QLatin1String("delta"))
+        return Increase(start, end);
+    std::vector<double> in;
+    for (const auto& [t, v] : samples)
+        if (t >= start && t < end)
+            in.push_back(v);
+    if (in.empty())
+        return ZW_NO_VALUE;
+    const double sum = std::accumulate(in.begin(), in.end(), 0.0);
+    const std::map<QString, double> values = {{u"avg"_s, sum / double(in.size())}, {u"sum"_s, sum},
+        {u"min"_s, *std::min_element(in.begin(), in.end())}, {u"max"_s, *std::max_element(in.begin(), in.end())},
+        {u"count"_s, double(in.size())}, {u"first"_s, in.front()}, {u"last"_s, in.back()}};
+    return values.at(reduction);
+}
+
+double Reference::Increase(qint64 start, qint64 end) const
+{
+    int first = -1, last = -1;
+    for (int i = 0; i < int(samples.size()); ++i) {
+        if (samples[size_t(i)].first <= start)
+            first = i;
+        if (samples[size_t(i)].first <= end)
+            last = i;
+    }
+    if (first < 0 && !samples.empty() && samples[0].first <= end)
+        first = 0;
+    if (first < 0 || last <= first)
+        return ZW_NO_VALUE;
+    double sum = 0.0;
+    for (int i = first + 1; i <= last; ++i) {
+        const double d = samples[size_t(i)].second - samples[size_t(i - 1)].second;
+        sum += d >= 0 ? d : samples[size_t(i)].second;
+    }
+    return sum;
+}
+
+bool Close(double a, double b, double relative)
+{
+    if (IsNoValue(a) || IsNoValue(b))
+        return a == b;
+    return std::fabs(a - b) <= relative * std::max({1.0, std::fabs(a), std::fabs(b)});
 }
 
 qint64 StoreTest::CountRows(const QString& table)

@@ -39,6 +39,21 @@ protected:
     std::unique_ptr<ZWSqlLoggerStore> m_store;
 };
 
+// The definitions, computed the plainest way from the samples in memory.
+struct Reference
+{
+    explicit Reference(Samples s);
+    // "avg", "min", "max", "sum", "count", "first", "last" or "delta" of the
+    // samples over [start, end).
+    double Reduce(const QString& reduction, qint64 start, qint64 end) const;
+    double Increase(qint64 start, qint64 end) const;
+
+    Samples samples;
+};
+
+// Equal within `relative`, or both the no-value marker.
+bool Close(double a, double b, double relative);
+
 // 2025-01-06T00:00:00Z, a Monday.
 constexpr qint64 T0 = 1736121600;
 
