@@ -439,6 +439,15 @@ ZWCardControl* ZWEditPage::AddControl(double x, double y, double w, double h)
         className = "ZWCardConditioned";
         color = conditionedColor;
         break;
+    // Charts and tables draw their texts and axes in the card's colour.
+    case ChartTool:
+        className = "ZWCardChart";
+        color = labelColor;
+        break;
+    case TableTool:
+        className = "ZWCardTable";
+        color = labelColor;
+        break;
     default:
         return nullptr;
     }

@@ -55,6 +55,8 @@ public:
         DateTool = 3,
         FormuleTool = 4,
         ConditionedTool = 8,
+        ChartTool = 9,
+        TableTool = 10,
     };
 
     explicit ZWEditPage(ZWTemplatePage& page);

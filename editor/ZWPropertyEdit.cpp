@@ -44,8 +44,8 @@ const char* ZWPropertyEdit::SharedKind() const
     const auto cards = Cards();
     if (cards.empty())
         return "";
-    static const char* const kinds[]
-        = {"ZWCardDate", "ZWCardFormule", "ZWCardLabel", "ZWCardImage", "ZWCardConditioned", "ZWCardControl"};
+    static const char* const kinds[] = {"ZWCardDate", "ZWCardFormule", "ZWCardLabel", "ZWCardImage",
+        "ZWCardConditioned", "ZWCardChart", "ZWCardTable", "ZWCardControl"};
     for (const char* kind : kinds) {
         if (std::all_of(cards.begin(), cards.end(), [kind](const ZWCardControl* card) { return card->IsKindOf(kind); }))
             return kind;

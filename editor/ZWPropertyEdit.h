@@ -17,7 +17,7 @@ class ZWPropertyEdit
 {
 public:
     // The fields, for merging the steps of one field.
-    enum Field {
+    enum Field : int {
         X,
         Y,
         Width,
@@ -53,7 +53,38 @@ public:
         PageBackground,
         PageOutColor,
         PageSize,
+        ChartType,
+        ChartTitle,
+        ChartXTitle,
+        ChartYTitle,
+        ChartLegend,
+        DataUnit,
+        DataFormat,
+        DataThousands,
+        DataLabelFormat,
+        DataFont,
+        DataSize,
+        TableLabelTitle,
+        TableHeaderColor,
+        TableStripeColor,
+        TableGridColor,
+        TableTotal,
+        TableTotalTitle,
+        // Fields of one series or column: RowField() tells the rows apart.
+        RowTitle,
+        RowFormula,
+        RowColor,
+        RowShift,
+        RowFormat,
+        RowThousands,
+        RowTotal,
+        // Adding, removing and moving series or columns: never merged.
+        DataRows = -1,
     };
+
+    // The field of row `row` of a card's series or columns, so that typing in
+    // one row merges into one step but never with typing in another.
+    static Field RowField(Field field, int row) { return Field(int(field) + 1000 * (row + 1)); }
 
     ZWPropertyEdit(ZWTemplatePage& page, QUndoStack& stack);
 
@@ -71,7 +102,8 @@ public:
     std::vector<ZWCardControl*> Cards() const;
     // The most derived kind every edited card is or derives from, among
     // "ZWCardDate", "ZWCardFormule", "ZWCardLabel", "ZWCardImage",
-    // "ZWCardConditioned" and "ZWCardControl"; empty for the page.
+    // "ZWCardConditioned", "ZWCardChart", "ZWCardTable" and "ZWCardControl"; empty
+    // for the page.
     const char* SharedKind() const;
 
     // The value of a field when every edited card has the same, else none.

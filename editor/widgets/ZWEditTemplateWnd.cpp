@@ -615,6 +615,8 @@ QMenu* ZWEditTemplateWnd::CreateContextMenu(const QPoint& point)
         {DateSupport, ZWTextId::NewDateMenu, NewDateCommand, &ZWEditTemplateWnd::OnNewDate},
         {FormuleSupport, ZWTextId::NewFormuleMenu, NewFormuleCommand, &ZWEditTemplateWnd::OnNewFormule},
         {ConditionedSupport, ZWTextId::NewConditionedMenu, NewConditionedCommand, &ZWEditTemplateWnd::OnNewConditioned},
+        {ChartSupport, ZWTextId::NewChartMenu, NewChartCommand, &ZWEditTemplateWnd::OnNewChart},
+        {TableSupport, ZWTextId::NewTableMenu, NewTableCommand, &ZWEditTemplateWnd::OnNewTable},
     };
     bool any = false;
     for (const Item& item : items) {

@@ -48,6 +48,8 @@ public:
         NewDateCommand = 422,
         NewFormuleCommand = 423,
         NewConditionedCommand = 424,
+        NewChartCommand = 425,
+        NewTableCommand = 426,
         FirstToolBarCommand = 800,
     };
     // The support mask's bits: which kinds of card may be made here.
@@ -57,6 +59,8 @@ public:
         DateSupport = 4,
         FormuleSupport = 8,
         ConditionedSupport = 16,
+        ChartSupport = 32,
+        TableSupport = 64,
     };
 
     explicit ZWEditTemplateWnd(QWidget* parent = nullptr);
@@ -123,6 +127,8 @@ public:
     void SetDateSupport(bool on) { SetSupport(DateSupport, on); }
     void SetFormuleSupport(bool on) { SetSupport(FormuleSupport, on); }
     void SetConditionedSupport(bool on) { SetSupport(ConditionedSupport, on); }
+    void SetChartSupport(bool on) { SetSupport(ChartSupport, on); }
+    void SetTableSupport(bool on) { SetSupport(TableSupport, on); }
     int GetSupportMask() const { return m_support; }
     // The tool: 2 selects, 0 label, 1 image, 3 date, 4 formula, 8
     // conditioned card (ZWEditPage::ActiveState).
@@ -143,6 +149,8 @@ public:
     void OnNewDate() { NewCard(ZWEditPage::DateTool); }
     void OnNewFormule() { NewCard(ZWEditPage::FormuleTool); }
     void OnNewConditioned() { NewCard(ZWEditPage::ConditionedTool); }
+    void OnNewChart() { NewCard(ZWEditPage::ChartTool); }
+    void OnNewTable() { NewCard(ZWEditPage::TableTool); }
     void AlignSelectedControls(int mode);
     void DistributeSelectedControls(int mode);
     void JustifySelectedControls(int mode, bool asGroup);
@@ -248,7 +256,7 @@ private:
     double m_pixelsPerMmX = 0.0;
     double m_pixelsPerMmY = 0.0;
     int m_layerCount = 2;
-    int m_support = 31;
+    int m_support = 127;
     bool m_viewBoundingRectangles = true;
     bool m_redrawAll = true;
     // The outlines of the unselected cards are drawn once over the page

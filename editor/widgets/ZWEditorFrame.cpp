@@ -136,9 +136,10 @@ QAction* ZWEditorFrame::Action(int command) const
 void ZWEditorFrame::BuildActions()
 {
     m_tools = new QActionGroup(this);
-    const std::pair<int, int> tools[] = {{32488, 2}, {32496, 0}, {32497, 1}, {32498, 3}, {32499, 4}, {32489, 8}};
+    const std::pair<int, int> tools[] = {{32488, 2}, {32496, 0}, {32497, 1}, {32498, 3}, {32499, 4}, {32489, 8},
+        {ZWTextId::ToolChart, ZWEditPage::ChartTool}, {ZWTextId::ToolTable, ZWEditPage::TableTool}};
     const int toolTexts[] = {ZWTextId::ToolSelect, ZWTextId::ToolLabel, ZWTextId::ToolImage, ZWTextId::ToolDate,
-        ZWTextId::ToolFormule, ZWTextId::ToolConditioned};
+        ZWTextId::ToolFormule, ZWTextId::ToolConditioned, ZWTextId::ToolChart, ZWTextId::ToolTable};
     for (size_t i = 0; i < std::size(tools); ++i) {
         QAction* action = NewAction(tools[i].first, toolTexts[i]);
         action->setCheckable(true);
@@ -252,7 +253,8 @@ void ZWEditorFrame::BuildBars()
         m_barActions << toolBar->toggleViewAction();
         return toolBar;
     };
-    bar(ZWTextId::ToolsBar, "tools", {32488, 32496, 32497, 32498, 32499, 32489});
+    bar(ZWTextId::ToolsBar, "tools",
+        {32488, 32496, 32497, 32498, 32499, 32489, int(ZWTextId::ToolChart), int(ZWTextId::ToolTable)});
     bar(ZWTextId::LayoutBar, "layout",
         {32492, 32493, 0, 32494, 32495, 32500, 0, 32501, 32502, 0, 32503, 32504, 32505, 32506});
     // Two rows: the card tools and layout, then pages, zoom and report.
@@ -337,6 +339,8 @@ ZWEditTemplateWnd* ZWEditorFrame::AddPage(ZWTemplatePage page)
     // The conditioned card needs one of the other kinds for its
     // alternatives.
     window->SetConditionedSupport((m_support & 16) && (m_support & 15));
+    window->SetChartSupport(m_support & ZWEditTemplateWnd::ChartSupport);
+    window->SetTableSupport(m_support & ZWEditTemplateWnd::TableSupport);
     window->SetActiveState(m_defaultTool);
     window->SetViewBoundingRectangles(true);
     window->SetPage(std::move(page));
@@ -455,7 +459,8 @@ void ZWEditorFrame::UpdateActions()
     Action(32524)->setEnabled(page && page->GetOrientation() != 0);
     Action(32525)->setEnabled(page && page->GetOrientation() == 0);
     const int support = page ? page->GetSupportMask() : 0;
-    const std::pair<int, int> tools[] = {{32496, 1}, {32497, 2}, {32498, 4}, {32499, 8}, {32489, 16}};
+    const std::pair<int, int> tools[] = {{32496, 1}, {32497, 2}, {32498, 4}, {32499, 8}, {32489, 16},
+        {ZWTextId::ToolChart, ZWEditTemplateWnd::ChartSupport}, {ZWTextId::ToolTable, ZWEditTemplateWnd::TableSupport}};
     for (const auto& [command, bit] : tools)
         Action(command)->setEnabled(support & bit);
 }
@@ -558,6 +563,8 @@ void ZWEditorFrame::SetSupportMask(int mask)
         page->SetDateSupport(mask & 4);
         page->SetFormuleSupport(mask & 8);
         page->SetConditionedSupport((mask & 16) && (mask & 15));
+        page->SetChartSupport(mask & ZWEditTemplateWnd::ChartSupport);
+        page->SetTableSupport(mask & ZWEditTemplateWnd::TableSupport);
     }
     UpdateActions();
 }

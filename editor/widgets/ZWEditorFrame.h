@@ -138,7 +138,7 @@ private:
     QUndoStack m_stack;
     std::vector<ZWEditTemplateWnd*> m_pages;
     int m_current = -1;
-    int m_support = 31;
+    int m_support = 127;
     int m_defaultTool = 2;
     QStackedWidget* m_stackWidget;
     ZWPropertyPanel* m_panel;

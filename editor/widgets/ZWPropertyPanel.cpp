@@ -2,6 +2,7 @@
 
 #include "editor/ZWPropertyEdit.h"
 #include "editor/widgets/ZWColorButton.h"
+#include "editor/widgets/ZWDataCardGroups.h"
 #include "formula/widgets/CDlgWizzard.h"
 #include "formula/widgets/ZWFormulaEdit.h"
 #include "host/core/ZWLoadString.h"
@@ -563,6 +564,12 @@ void ZWPropertyPanel::Build()
             Pushed(m_edit->ApplyPage(ZWPropertyEdit::PageOutColor, ZWLoadString(ZWTextId::PanelOutColor),
                 [color](ZWGlobalProperties& p) { p.outColor = color; }));
     });
+    // Charts and tables.
+    m_dataGroups = new ZWDataCardGroups(m_body);
+    layout->addWidget(m_dataGroups->ChartGroup());
+    layout->addWidget(m_dataGroups->TableGroup());
+    m_dataGroups->formulaNames = [this] { return formulaNames ? formulaNames() : QStringList(); };
+    connect(m_dataGroups, &ZWDataCardGroups::edited, this, &ZWPropertyPanel::edited);
     layout->addStretch(1);
     // Wide enough for the widest group: the panel scrolls down, never
     // sideways.
@@ -604,6 +611,8 @@ void ZWPropertyPanel::Refresh()
         ->setVisible(cards && IsKind(kind, "ZWCardConditioned") && m_edit->Indices().size() == 1 && !alternative);
     Group("page")->setVisible(m_edit && !cards);
     m_back->setVisible(alternative);
+    m_dataGroups->SetEdit(cards ? m_edit : nullptr);
+    m_dataGroups->Refresh();
     if (cards) {
         RefreshCard();
         if (label)

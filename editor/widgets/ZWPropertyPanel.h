@@ -19,6 +19,7 @@ class QPushButton;
 class QSpinBox;
 class CDlgWizzard;
 class ZWColorButton;
+class ZWDataCardGroups;
 class ZWFormulaEdit;
 class ZWPropertyEdit;
 
@@ -72,6 +73,8 @@ public:
     QDoubleSpinBox* PageWidthEdit() const { return m_pageWidth; }
     QListWidget* ConditionList() const { return m_conditions; }
     QGroupBox* Group(const char* name) const;
+    // The chart and table groups.
+    ZWDataCardGroups* DataGroups() const { return m_dataGroups; }
 
     // Conditions of the selected conditioned card.
     void AddCondition(const QString& element);
@@ -171,4 +174,6 @@ private:
     QPushButton* m_background;
     QPushButton* m_noBackground;
     ZWColorButton* m_outColor;
+
+    ZWDataCardGroups* m_dataGroups;
 };

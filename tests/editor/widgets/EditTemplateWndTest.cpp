@@ -306,8 +306,9 @@ TEST(EditTemplateWndTest, ContextMenuOffersTheSupportedKindsAndMakesOneAtTheClic
     QList<int> commands;
     for (QAction* a : menu->actions())
         commands << (a->isSeparator() ? 0 : a->data().toInt());
-    // Four kinds, the separator and the tool-bar sub-menu (no data).
-    EXPECT_EQ(commands, (QList<int>{420, 421, 423, 424, 0, 0}));
+    // Six kinds (not the date), the separator and the tool-bar sub-menu (no
+    // data).
+    EXPECT_EQ(commands, (QList<int>{420, 421, 423, 424, 425, 426, 0, 0}));
     // The right click leaves the mouse where the new card goes.
     QTest::mousePress(w.Area(), Qt::RightButton, {}, {600, 300});
     QTest::mouseRelease(w.Area(), Qt::RightButton, {}, {600, 300});
