@@ -82,6 +82,9 @@ std::vector<double> ZWDataCardDrawing::NiceTicks(double low, double high, int ma
         low = high = 0.0;
     if (low > high)
         std::swap(low, high);
+    // Values near the double's limits would make an infinite range.
+    low = std::clamp(low, -1e300, 1e300);
+    high = std::clamp(high, -1e300, 1e300);
     if (high - low < 1e-300) {
         // One value: the axis runs from zero to it, or over one unit.
         if (low > 0.0)

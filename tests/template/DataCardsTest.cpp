@@ -15,6 +15,8 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -266,6 +268,13 @@ TEST_F(DataCards, ValueAxesTakeNiceSteps)
         for (size_t i = 0; i < ticks.size(); ++i)
             EXPECT_NEAR(ticks[i], c.ticks[i], 1e-9) << c.low << ".." << c.high << " tick " << i;
     }
+    // The largest doubles still give a finite, rising axis.
+    const std::vector<double> extreme = ZWDataCardDrawing::NiceTicks(-1.7e308, 1.7e308, 4);
+    ASSERT_GE(extreme.size(), 2u);
+    EXPECT_TRUE(std::is_sorted(extreme.begin(), extreme.end()));
+    EXPECT_TRUE(std::isfinite(extreme.front()) && std::isfinite(extreme.back()));
+    EXPECT_LT(extreme.front(), extreme.back());
+
     int total = 0, malformed = 0;
     const auto values = ZWDataCardDrawing::ParseValues(u"12.5;13;; 14.25 ;x;inf;-1e3"_s, 5, total, malformed);
     EXPECT_EQ(total, 7);
