@@ -6,7 +6,6 @@
 #include "template/ZWCardChart.h"
 #include "template/ZWCardTable.h"
 #include "template/ZWDataCardDrawing.h"
-#include "template/ZWTemplate.h"
 #include "tests/support/ZWTestSupport.h"
 #include "tests/template/TemplateTestSupport.h"
 
@@ -206,39 +205,6 @@ TEST_F(DataCards, BadFieldsKeepTheirDefaults)
     ZWCardTable table;
     table.GetFromXml(doc.Root());
     EXPECT_EQ(table.columns.size(), 20u);
-}
-
-TEST_F(DataCards, AReportKeepsItsChartsAndTablesAndDropsWhatItDoesNotKnow)
-{
-    QTemporaryDir dir;
-    const QString in = dir.filePath(u"In.XRPT"_s);
-    const QString out = dir.filePath(u"Out.XRPT"_s);
-    ASSERT_TRUE(zwtest::WriteFile(in,
-        "<design><id>r</id><name>R</name><page><width>210</width><height>297</height>"
-        "<label><value>L</value></label>"
-        "<chart><id>c</id><type>line</type><pie>3</pie><series><title>E</title><formula>[M.E]</formula></series></"
-        "chart>"
-        "<gauge><id>g</id></gauge>"
-        "<table><id>t</id><column><title>P</title></column><total>min</total></table>"
-        "</page></design>"));
-    ZWTemplate report;
-    ASSERT_TRUE(report.Load(in));
-    ASSERT_EQ(report.pages.size(), 1u);
-    const auto& cards = report.pages[0].cards;
-    ASSERT_EQ(cards.size(), 3u);
-    EXPECT_STREQ(cards[1]->GetRuntimeClass(), "ZWCardChart");
-    EXPECT_STREQ(cards[2]->GetRuntimeClass(), "ZWCardTable");
-    ASSERT_TRUE(report.Save(out));
-    const QString saved = QString::fromUtf8(zwtest::ReadFile(out));
-    EXPECT_FALSE(saved.contains(u"pie"_s));
-    EXPECT_FALSE(saved.contains(u"gauge"_s));
-    ZWTemplate again;
-    ASSERT_TRUE(again.Load(out));
-    ASSERT_EQ(again.pages[0].cards.size(), 3u);
-    for (size_t i = 0; i < 3; ++i)
-        EXPECT_EQ(CardXml(*again.pages[0].cards[i]), CardXml(*cards[i])) << i;
-    EXPECT_EQ(static_cast<const ZWCardChart&>(*cards[1]).type, ZWCardChart::Type::Line);
-    EXPECT_EQ(static_cast<const ZWCardTable&>(*cards[2]).total, ZWCardTable::Total::Min);
 }
 
 // ---------------------------------------------------------------- helpers
