@@ -35,10 +35,8 @@ void PrintWeek(const ZWTariffCalendar& calendar, const QDate& monday)
 {
     const QStringList& names = calendar.PeriodNames();
     Out() << ZWLoadString(ZWTextId::TariffCheckCalendar)
-                 .arg(calendar.Name())
-                 .arg(names.size())
-                 .arg(names.join(QLatin1Char(' ')))
-                 .arg(calendar.Holidays().size())
+                 .arg(calendar.Name(), QString::number(names.size()), names.join(QLatin1Char(' ')),
+                     QString::number(calendar.Holidays().size()))
           << "\n"
           << ZWLoadString(ZWTextId::TariffCheckWeek)
                  .arg(monday.toString(Qt::ISODate), monday.addDays(6).toString(Qt::ISODate))

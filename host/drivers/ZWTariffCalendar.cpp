@@ -157,7 +157,7 @@ bool ZWTariffCalendar::Read(const XmlDocument::XmlNode& calendar, int position, 
     for (size_t i = 0; i < rules.size(); ++i) {
         Rule rule;
         if (!ReadRule(rules[i], rule, message)) {
-            error = ZWLoadString(ZWTextId::TariffInRule).arg(Quote(m_name)).arg(i + 1).arg(message);
+            error = ZWLoadString(ZWTextId::TariffInRule).arg(Quote(m_name), QString::number(i + 1), message);
             m_periods.clear();
             return false;
         }
@@ -261,8 +261,9 @@ bool ZWTariffCalendar::Apply(const Rule& rule, QString& error)
                 const QString dayName = DayTypeName(DayType(day));
                 const QString a = m_periods[earlier], b = m_periods[rule.period];
                 error = last == hour
-                    ? ZWLoadString(ZWTextId::TariffOverlap).arg(where, dayName).arg(hour).arg(a, b)
-                    : ZWLoadString(ZWTextId::TariffOverlapRun).arg(where, dayName).arg(hour).arg(last).arg(a, b);
+                    ? ZWLoadString(ZWTextId::TariffOverlap).arg(where, dayName, QString::number(hour), a, b)
+                    : ZWLoadString(ZWTextId::TariffOverlapRun)
+                          .arg(where, dayName, QString::number(hour), QString::number(last), a, b);
                 return false;
             }
             for (int hour = 0; hour < 24; ++hour)
@@ -286,8 +287,9 @@ bool ZWTariffCalendar::CheckComplete(QString& error) const
                 = int(std::find_if(gap, hours.end(), [](quint8 p) { return p != Unset; }) - hours.begin()) - 1;
             const QString dayName = DayTypeName(DayType(day));
             error = first == last
-                ? ZWLoadString(ZWTextId::TariffGap).arg(MonthName(month), dayName).arg(first)
-                : ZWLoadString(ZWTextId::TariffGapRun).arg(MonthName(month), dayName).arg(first).arg(last);
+                ? ZWLoadString(ZWTextId::TariffGap).arg(MonthName(month), dayName, QString::number(first))
+                : ZWLoadString(ZWTextId::TariffGapRun)
+                      .arg(MonthName(month), dayName, QString::number(first), QString::number(last));
             return false;
         }
     }
