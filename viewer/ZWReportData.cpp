@@ -120,6 +120,7 @@ bool ZWReportData::Setup(QString& name)
 void ZWReportData::SetupLoggerData()
 {
     GetLoggerInfo(m_info);
+    m_series.Collect(m_design, &m_formules);
     if (!m_loggerData)
         m_loggerData = std::make_unique<ZWLoggerData>();
     m_loggerData->Setup(m_info);
@@ -146,6 +147,8 @@ bool ZWReportData::SetupDataWork(bool reload, ZWProgress* progress)
         if (!m_loggerData->SelectData(m_period.Start(), m_period.End(), progress)) {
             m_error = m_loggerData->LastError();
             ok = false;
+        } else if (!SelectSeries(progress)) {
+            ok = false;
         } else if (m_info.GetCount() > 0) {
             if (m_loggerData->StoreHoldsNoVariables())
                 m_notice = ZWLoadString(ZWTextId::NoVariables);
@@ -156,6 +159,18 @@ bool ZWReportData::SetupDataWork(bool reload, ZWProgress* progress)
     }
     GetDatabaseValues(m_values, progress);
     return ok;
+}
+
+bool ZWReportData::SelectSeries(ZWProgress* progress)
+{
+    if (m_series.IsEmpty())
+        return true;
+    const std::shared_ptr<ZWLoggerStore> store = m_loggerData->Store();
+    if (!store) {
+        m_series.Clear();
+        return true;
+    }
+    return m_series.Select(*store, m_period.Start(), m_period.End(), progress, &m_error);
 }
 
 bool ZWReportData::GetDatabaseValues(QByteArray& out, ZWProgress* progress)
@@ -185,6 +200,8 @@ bool ZWReportData::GetDatabaseValues(QByteArray& out, ZWProgress* progress)
                     xml.Add(QStringLiteral("value"), value);
                     xml.Close(kind);
                 }
+            } else if (kind == QLatin1String("chart") || kind == QLatin1String("table")) {
+                m_series.WriteCard(card, xml);
             } else if (kind == QLatin1String("conditioned")) {
                 xml.Open(kind);
                 xml.Add(QStringLiteral("id"), id);

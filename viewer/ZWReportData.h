@@ -4,6 +4,7 @@
 #include "host/drivers/ZWLoggerData.h"
 #include "host/drivers/ZWLoggerInfo.h"
 #include "viewer/ZWReportPeriod.h"
+#include "viewer/ZWSeriesGathering.h"
 
 #include <QByteArray>
 #include <QString>
@@ -76,12 +77,15 @@ public:
 
 private:
     void SetupLoggerData();
+    // Reads the sub-period values of the chart and table cards.
+    bool SelectSeries(ZWProgress* progress);
 
     XmlDocument m_design;
     XmlDocument m_formules;
     QString m_designError;
     std::unique_ptr<ZWLoggerData> m_loggerData;
     ZWLoggerInfo m_info;
+    ZWSeriesGathering m_series;
     ZWReportPeriod m_period;
     ZWDateTime m_now;
     QByteArray m_values;

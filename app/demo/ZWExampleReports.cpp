@@ -1,11 +1,13 @@
 #include "app/demo/ZWExampleReports.h"
 
 #include "host/core/ZWSimpleXml.h"
+#include "template/ZWCardChart.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardImage.h"
 #include "template/ZWCardLabel.h"
+#include "template/ZWCardTable.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -271,7 +273,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     auto printed = AddDate(first, 20.0, 285.0, 100.0, 6.0, QStringLiteral("ACTUAL_DATE"),
         QStringLiteral("\"Printed on \"dd/MM/yyyy \"at\" hh:mm"), 8.0);
     printed->color = Grey;
-    AddLabel(first, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 1 of 2"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
+    AddLabel(first, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 1 of 3"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
 
     // Page 2: power and comfort.
     ZWTemplatePage& second = report.AddPage();
@@ -306,7 +308,62 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     auto note = AddLabel(second, 20.0, 135.0, 170.0, 8.0,
         QStringLiteral("Gauges show the mean of the period; counters show their increase over it."), 9.0, Italic, Grey);
     note->horizontalAlign = ZWCardLabel::AlignLeft;
-    AddLabel(second, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 2 of 2"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
+    AddLabel(second, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 2 of 3"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
+
+    // Page 3: trends and comparisons.
+    ZWTemplatePage& third = report.AddPage();
+    third.properties.InitializeBackground(QString::fromLatin1(BackgroundPng(210, 297).toBase64()));
+    third.properties.background->maintainAspectRatio = false;
+    AddHeader(third, 210.0, QStringLiteral("Trends and comparisons"), QStringLiteral("Head office building"));
+
+    AddLabel(third, 20.0, 38.0, 170.0, 9.0, QStringLiteral("Electricity against earlier periods"), 14.0, Bold, DarkBlue);
+    row = 0;
+    AddRow(third, row++, 49.0, QStringLiteral("This period"), QStringLiteral("[Main meter.Active energy]"),
+        QStringLiteral(".0"), QStringLiteral("kWh"));
+    AddRow(third, row++, 49.0, QStringLiteral("The period before"), QStringLiteral("[Main meter.Active energy:@-1]"),
+        QStringLiteral(".0"), QStringLiteral("kWh"));
+    AddRow(third, row++, 49.0, QStringLiteral("The same period a year before"),
+        QStringLiteral("[Main meter.Active energy:@-1y]"), QStringLiteral(".0"), QStringLiteral("kWh"));
+    AddRow(third, row++, 49.0, QStringLiteral("Change against a year before"),
+        QStringLiteral("([Main meter.Active energy] / [Main meter.Active energy:@-1y] - 1) * 100"),
+        QStringLiteral(".1"), QStringLiteral("%"));
+
+    ZWCardChart* daily = Add<ZWCardChart>(third, 20.0, 88.0, 170.0, 70.0);
+    daily->title = QStringLiteral("Electricity per day");
+    daily->yTitle = QStringLiteral("kWh");
+    daily->format = QStringLiteral(".0");
+    daily->series = {
+        {QStringLiteral("This period"), QStringLiteral("[Main meter.Active energy]"), DarkBlue, QString()},
+        {QStringLiteral("A year before"), QStringLiteral("[Main meter.Active energy]"), DarkBlue, QStringLiteral("-1y")},
+    };
+
+    ZWCardChart* power = Add<ZWCardChart>(third, 20.0, 162.0, 170.0, 55.0);
+    power->type = ZWCardChart::Type::Line;
+    power->title = QStringLiteral("Electric power per day");
+    power->yTitle = QStringLiteral("kW");
+    power->format = QStringLiteral(".0");
+    power->series = {
+        {QStringLiteral("Peak"), QStringLiteral("[Main meter.Active power:max]"), Red, QString()},
+        {QStringLiteral("Mean"), QStringLiteral("[Main meter.Active power]"), Green, QString()},
+    };
+
+    ZWCardTable* weekly = Add<ZWCardTable>(third, 20.0, 222.0, 170.0, 56.0);
+    weekly->unit = QStringLiteral("week");
+    weekly->labelTitle = QStringLiteral("Week from");
+    weekly->totalTitle = QStringLiteral("Total");
+    weekly->size = 8.0;
+    weekly->columns = {
+        {QStringLiteral("Electricity kWh"), QStringLiteral("[Main meter.Active energy]"), QStringLiteral(".0"), true,
+            QString(), QString()},
+        {QStringLiteral("Gas m3"), QStringLiteral("[Gas meter.Volume]"), QStringLiteral(".1"), true, QString(),
+            QString()},
+        {QStringLiteral("Water m3"), QStringLiteral("[Water meter.Volume]"), QStringLiteral(".1"), true, QString(),
+            QString()},
+        {QStringLiteral("Peak kW"), QStringLiteral("[Main meter.Active power:max]"), QStringLiteral(".1"), false,
+            QString(), QStringLiteral("max")},
+        {QStringLiteral("Cost EUR"), QStringLiteral("TotalCost"), QStringLiteral(".2"), true, QString(), QString()},
+    };
+    AddLabel(third, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 3 of 3"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
     return report;
 }
 

@@ -60,6 +60,11 @@ bool ZWLoggerData::SelectSeries(
     return true;
 }
 
+std::shared_ptr<ZWLoggerStore> ZWLoggerData::Store() const
+{
+    return m_store ? m_store : ZWDriverSupport::Store();
+}
+
 bool ZWLoggerData::HasAnyValue() const
 {
     if (!m_hasRecord)

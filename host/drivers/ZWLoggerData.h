@@ -46,6 +46,8 @@ public:
 
     // The record of the period [from, to), or null when there is none.
     const ZWDataRecord* DataRecord(const ZWDateTime& from, const ZWDateTime& to) const;
+    // The store the data is read from: the one given, else the installed one.
+    std::shared_ptr<ZWLoggerStore> Store() const;
     const ZWDateTime& GetBegin() const { return m_begin; }
     const ZWDateTime& GetEnd() const { return m_end; }
     const QStringList& GetVariables() const { return m_names; }
