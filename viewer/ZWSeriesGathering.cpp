@@ -50,11 +50,11 @@ QString ShiftOf(const XmlDocument::XmlNode& item)
     return item.Value(QStringLiteral("/shift")).trimmed();
 }
 
-// A number as the value document carries it: the shortest text that reads
-// back to the same double.
+// A number as the value document carries it: 15 significant digits, so that
+// sums of readings show as 6.6 rather than 6.6000000000000005.
 QString NumberText(double value)
 {
-    return IsNoValue(value) ? QString() : QString::number(value, 'g', QLocale::FloatingPointShortest);
+    return IsNoValue(value) ? QString() : QString::number(value, 'g', 15);
 }
 
 QString Formatted(double value, const XmlDocument::XmlNode& item)
@@ -298,7 +298,8 @@ void ZWSeriesGathering::WriteCard(const XmlDocument::XmlNode& card, ZWSimpleXml&
     const QString rule = card.Value(QStringLiteral("/total"), QStringLiteral("sum")).trimmed().toLower();
     if (rule != QLatin1String("none")) {
         xml.Open(QStringLiteral("total"));
-        xml.Add(QStringLiteral("label"), card.Value(QStringLiteral("/totalTitle"), ZWLoadString(ZWTextId::SeriesTotal)));
+        xml.Add(
+            QStringLiteral("label"), card.Value(QStringLiteral("/totalTitle"), ZWLoadString(ZWTextId::SeriesTotal)));
         for (size_t c = 0; c < items.size(); ++c) {
             const QString own = items[c].Value(QStringLiteral("/total")).trimmed().toLower();
             const QString columnRule = own.isEmpty() ? rule : own;

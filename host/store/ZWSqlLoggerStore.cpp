@@ -566,10 +566,12 @@ QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& ba
             }
             if (!cte(seeks[k].name, "g, b", 2, flat))
                 continue;
+            // The seeks are the outer loop: with a plain JOIN SQLite may scan
+            // the samples and run the correlated seek for each of them.
             parts << QStringLiteral("SELECT s.variable_id, %1, q.b, s.t, s.value, %5, %5 FROM (SELECT v.id, b.b, "
                                     "(SELECT %2(x.t) FROM samples x WHERE x.variable_id = v.id AND x.t %3 b.b) AS t "
                                     "FROM vs v CROSS JOIN %4 b WHERE b.g = v.g) q "
-                                    "JOIN samples s ON s.variable_id = q.id AND s.t = q.t")
+                                    "CROSS JOIN samples s WHERE s.variable_id = q.id AND s.t = q.t")
                          .arg(QString::number(10 + k), QLatin1String(seeks[k].function),
                              QLatin1String(seeks[k].compare), QLatin1String(seeks[k].name), nullReal);
         }

@@ -118,7 +118,7 @@ TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
 
     const Result info = Poppler(u"pdfinfo"_s, {pdf});
     ASSERT_EQ(info.status, 0);
-    EXPECT_TRUE(info.out.contains(QRegularExpression(u"Pages:\\s+2\\n"_s))) << info;
+    EXPECT_TRUE(info.out.contains(QRegularExpression(u"Pages:\\s+3\\n"_s))) << info;
     EXPECT_TRUE(info.out.contains(u"595 x 842 pts (A4)"_s)) << info;
     const Result fonts = Poppler(u"pdffonts"_s, {pdf});
     EXPECT_TRUE(fonts.out.contains(u"LiberationSans"_s)) << fonts;
@@ -139,6 +139,8 @@ TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
         "Over budget",                          // 12345.6 kWh > 400 kWh a day over 28 days
         "25",                                   // solar share, percent
         "[Main meter.Active power]",            // no power data: the formula shows as written
+        "Week from",                            // the weekly table's label column
+        "7,346",                                // its last week: 13345.6 - 6000
     };
     for (const char* e : expected)
         EXPECT_TRUE(text.out.contains(QString::fromUtf8(e))) << e << "\n" << text;
