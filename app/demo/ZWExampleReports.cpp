@@ -316,7 +316,8 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     third.properties.background->maintainAspectRatio = false;
     AddHeader(third, 210.0, QStringLiteral("Trends and comparisons"), QStringLiteral("Head office building"));
 
-    AddLabel(third, 20.0, 38.0, 170.0, 9.0, QStringLiteral("Electricity against earlier periods"), 14.0, Bold, DarkBlue);
+    AddLabel(
+        third, 20.0, 38.0, 170.0, 9.0, QStringLiteral("Electricity against earlier periods"), 14.0, Bold, DarkBlue);
     row = 0;
     AddRow(third, row++, 49.0, QStringLiteral("This period"), QStringLiteral("[Main meter.Active energy]"),
         QStringLiteral(".0"), QStringLiteral("kWh"));
@@ -334,7 +335,8 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     daily->format = QStringLiteral(".0");
     daily->series = {
         {QStringLiteral("This period"), QStringLiteral("[Main meter.Active energy]"), DarkBlue, QString()},
-        {QStringLiteral("A year before"), QStringLiteral("[Main meter.Active energy]"), DarkBlue, QStringLiteral("-1y")},
+        {QStringLiteral("A year before"), QStringLiteral("[Main meter.Active energy]"), DarkBlue,
+            QStringLiteral("-1y")},
     };
 
     ZWCardChart* power = Add<ZWCardChart>(third, 20.0, 162.0, 170.0, 55.0);
