@@ -316,7 +316,7 @@ void ZWCardChart::Draw(QPainter& dc, const tagDraw& draw)
     bool fillInteger = false, fillDecimal = false;
     ZWCardFormule::ParseFormat(format, digits, decimals, fillInteger, fillDecimal);
     const int maxTicks = std::max(1, int((plotBottom - top) / (lh * 1.8)));
-    const std::vector<double> ticks = ZWDataCardDrawing::NiceTicks(low, high, maxTicks);
+    const std::vector<double> ticks = ZWDataCardDrawing::NiceTicks(low, high, maxTicks, decimals);
     QStringList tickTexts;
     double tickWidth = 0.0;
     for (double t : ticks) {

@@ -76,7 +76,7 @@ std::vector<double> ZWDataCardDrawing::SampleValues(int count, int phase)
     return values;
 }
 
-std::vector<double> ZWDataCardDrawing::NiceTicks(double low, double high, int maxTicks)
+std::vector<double> ZWDataCardDrawing::NiceTicks(double low, double high, int maxTicks, int decimals)
 {
     if (!std::isfinite(low) || !std::isfinite(high))
         low = high = 0.0;
@@ -97,12 +97,25 @@ std::vector<double> ZWDataCardDrawing::NiceTicks(double low, double high, int ma
     maxTicks = std::clamp(maxTicks, 1, 50);
     const double raw = (high - low) / maxTicks;
     const double magnitude = std::pow(10.0, std::floor(std::log10(raw)));
+    // The smallest step the format can write: 1 for no decimals, 0.1 for one.
+    const double shown = decimals >= 0 ? std::pow(10.0, -std::min(decimals, 15)) : 0.0;
+    const auto writable = [shown](double candidate) {
+        if (shown == 0.0)
+            return true;
+        const double k = candidate / shown;
+        return k >= 1.0 - 1e-9 && std::fabs(k - std::round(k)) < 1e-6;
+    };
     double step = 10.0 * magnitude;
-    for (const double m : {1.0, 2.0, 2.5, 5.0, 10.0}) {
-        const double candidate = m * magnitude;
-        if (std::ceil(high / candidate - 1e-9) - std::floor(low / candidate + 1e-9) <= maxTicks) {
-            step = candidate;
-            break;
+    bool found = false;
+    for (double scale = magnitude; !found && scale < 1e301; scale *= 10.0) {
+        for (const double m : {1.0, 2.0, 2.5, 5.0}) {
+            const double candidate = m * scale;
+            if (writable(candidate)
+                && std::ceil(high / candidate - 1e-9) - std::floor(low / candidate + 1e-9) <= maxTicks) {
+                step = candidate;
+                found = true;
+                break;
+            }
         }
     }
     const double first = std::floor(low / step + 1e-9);

@@ -37,8 +37,11 @@ public:
     // The ticks of a value axis over [low, high]: "nice" steps (1, 2, 2.5 or
     // 5 times a power of ten), from a multiple of the step at or below `low`
     // to one at or above `high`, with at most `maxTicks` intervals (at least
-    // one). An empty range is widened so that it has one.
-    static std::vector<double> NiceTicks(double low, double high, int maxTicks);
+    // one). An empty range is widened so that it has one. With `decimals`
+    // (the axis format's) at 0 or more, only steps that those decimals show
+    // exactly are taken: a format without decimals never gets 2.5 apart
+    // ticks that would print as 3, 5, 8.
+    static std::vector<double> NiceTicks(double low, double high, int maxTicks, int decimals = -1);
     // `colour` mixed with white: 0 the colour, 1 white.
     static QColor Tint(const QColor& colour, double amount);
 

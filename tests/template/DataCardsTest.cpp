@@ -216,6 +216,7 @@ TEST_F(DataCards, ValueAxesTakeNiceSteps)
         double low, high;
         int maxTicks;
         std::vector<double> ticks;
+        int decimals = -1; // the axis format's; -1 any step
     };
     const Case cases[] = {
         {0, 100, 5, {0, 20, 40, 60, 80, 100}},
@@ -227,9 +228,12 @@ TEST_F(DataCards, ValueAxesTakeNiceSteps)
         {-3, -3, 3, {-3, -2, -1, 0}},              // one negative value: up to zero
         {1200, 1800, 3, {1200, 1400, 1600, 1800}}, // a line's own range
         {0, 1e6, 1, {0, 1e6}},
+        {2.8, 18.4, 8, {0, 5, 10, 15, 20}, 0}, // no decimals: 2.5 apart would print 3, 5, 8
+        {2.8, 18.4, 8, {2.5, 5, 7.5, 10, 12.5, 15, 17.5, 20}, 1},
+        {0, 0.7, 4, {0, 1}, 0},
     };
     for (const Case& c : cases) {
-        const std::vector<double> ticks = ZWDataCardDrawing::NiceTicks(c.low, c.high, c.maxTicks);
+        const std::vector<double> ticks = ZWDataCardDrawing::NiceTicks(c.low, c.high, c.maxTicks, c.decimals);
         ASSERT_EQ(ticks.size(), c.ticks.size()) << c.low << ".." << c.high;
         for (size_t i = 0; i < ticks.size(); ++i)
             EXPECT_NEAR(ticks[i], c.ticks[i], 1e-9) << c.low << ".." << c.high << " tick " << i;
