@@ -5,8 +5,8 @@
 # counters and a 31-row table of five columns, against one raw SQL query that
 # computes the same daily figures with sqlite3.
 #   bench/series-report-bench.sh BUILD_DIR DB.sqlite [MONTH (default 2025-06)] [RUNS (default 5)]
-# Writes its reports to a temporary folder; prints the medians in seconds
-# and their ratios.
+# Writes its reports to ZW_BENCH_OUT (default a temporary folder, removed
+# after); prints the medians in seconds and their ratios.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 build=${1:?usage: series-report-bench.sh BUILD_DIR DB.sqlite [MONTH] [RUNS]}
@@ -15,8 +15,13 @@ month=${3:-2025-06}
 runs=${4:-5}
 zw="$build/app/zwinformes"
 export TZ=${TZ:-Europe/Madrid}
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+if [ -n "${ZW_BENCH_OUT:-}" ]; then
+  work=$ZW_BENCH_OUT
+  mkdir -p "$work"
+else
+  work=$(mktemp -d)
+  trap 'rm -rf "$work"' EXIT
+fi
 
 plain="$work/Plain.XRPT"
 charted="$work/Charted.XRPT"
@@ -73,7 +78,7 @@ median() {
 }
 
 opts=(--db "sqlite:$db" --unit month --date "$month-15T12:00:00")
-"$zw" values "$charted" "${opts[@]}" | grep -c '<row>' | sed 's/^/table rows: /'
+echo "$raw" >"$work/raw-daily.sql"
 t_plain=$(median "$zw" values "$plain" "${opts[@]}")
 t_chart=$(median "$zw" values "$charted" "${opts[@]}")
 t_raw=$(median sqlite3 "$db" "$raw")

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes examples/screenshot.png, the picture of the viewer in the README:
+# Makes the README's pictures: examples/screenshot.png, the viewer on
 # the monthly energy report of the demo site for the last complete month.
 # Runs without a display (Qt's offscreen platform) and leaves the user's
 # settings alone. Usage: examples/screenshot.sh [BUILD_DIR]
@@ -26,3 +26,11 @@ ZWINFORMES_SETTINGS="$settings" QT_QPA_PLATFORM=offscreen \
 ZWINFORMES_SETTINGS="$settings" QT_QPA_PLATFORM=offscreen \
   "$ZW" screenshot examples/reports/MonthlyEnergy.XRPT --editor --card 2 --size 1400x900 \
   -o examples/designer.png
+
+# The example report's trends page (charts, comparisons, the weekly table) at
+# 80 dpi: examples/trends.png.
+pages=$(mktemp -d)
+"$ZW" render examples/reports/MonthlyEnergy.XRPT --db "$DB" --locale en_US --unit month --date "$last_month" \
+  --png "$pages" --dpi 80 >/dev/null
+cp "$pages/MonthlyEnergy-page3.png" examples/trends.png
+rm -rf "$pages"
