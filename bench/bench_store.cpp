@@ -1,7 +1,7 @@
 // Period values from the logger store against one plain SQL aggregate query
 // over the raw samples, on the benchmark database (bench/make-bench-db.sh).
 //
-//   bench_store [--repeat N] [--baseline-repeat N] DB_URL...
+//   bench_store [--repeat N] [--baseline-repeat N] [--series-only] DB_URL...
 //
 // For the example report's seven variables and for all variables, for a day,
 // a month and a year (local time, TZ, default Europe/Madrid), it prints the
@@ -94,6 +94,7 @@ int main(int argc, char** argv)
         qputenv("TZ", "Europe/Madrid");
     tzset();
     int repeat = 7, baselineRepeat = 3;
+    bool seriesOnly = false;
     QStringList urls;
     const QStringList args = app.arguments().mid(1);
     for (int i = 0; i < args.size(); ++i) {
@@ -101,11 +102,13 @@ int main(int argc, char** argv)
             repeat = args[++i].toInt();
         else if (args[i] == QLatin1String("--baseline-repeat") && i + 1 < args.size())
             baselineRepeat = args[++i].toInt();
+        else if (args[i] == QLatin1String("--series-only"))
+            seriesOnly = true;
         else
             urls << args[i];
     }
     if (urls.isEmpty()) {
-        std::fprintf(stderr, "usage: bench_store [--repeat N] [--baseline-repeat N] DB_URL...\n");
+        std::fprintf(stderr, "usage: bench_store [--repeat N] [--baseline-repeat N] [--series-only] DB_URL...\n");
         return 2;
     }
     struct Period
@@ -118,10 +121,11 @@ int main(int argc, char** argv)
         {"month", ZWDateTime::FromDMY(2025, 6, 1), ZWDateTime::FromDMY(2025, 7, 1)},
         {"year", ZWDateTime::FromDMY(2025, 1, 1), ZWDateTime::FromDMY(2026, 1, 1)},
     };
-    std::printf(
-        "| database | variables | period | store (median ms) | first call, new store (ms) | baseline raw "
-        "query (median ms) | baseline / store | largest relative difference |\n|---|---|---|---|---|---|---|---|\n");
-    for (const QString& text : urls) {
+    if (!seriesOnly)
+        std::printf("| database | variables | period | store (median ms) | first call, new store (ms) | baseline raw "
+                    "query (median ms) | baseline / store | largest relative difference "
+                    "|\n|---|---|---|---|---|---|---|---|\n");
+    for (const QString& text : seriesOnly ? QStringList() : urls) {
         ZWLoggerUrl url;
         QString error;
         if (!url.Parse(text, &error)) {

@@ -262,6 +262,10 @@ QSqlQuery* ZWSqlLoggerConnection::Prepared(const QString& sql, QString* error)
     auto it = m_queries.find(sql);
     if (it != m_queries.end())
         return it->second.get();
+    // Statement texts depend on how many names and ranges a reading has: a
+    // long-lived connection starts afresh rather than keep every shape.
+    if (m_queries.size() >= MaxPrepared)
+        m_queries.clear();
     auto query = std::make_unique<QSqlQuery>(m_db);
     query->setForwardOnly(true);
     if (!query->prepare(sql)) {

@@ -44,8 +44,11 @@ public:
     bool IsOpen() const { return m_db.isOpen(); }
 
     // A statement prepared once per connection and kept (bound values are
-    // replaced at each use). Null with a message when it cannot be prepared.
+    // replaced at each use; at most MaxPrepared are kept, the pointer is
+    // valid until the next call). Null with a message when it cannot be
+    // prepared.
     QSqlQuery* Prepared(const QString& sql, QString* error);
+    static constexpr size_t MaxPrepared = 64;
     // Runs a statement without values.
     bool Exec(const QString& sql, QString* error);
     // Runs a prepared query; on PostgreSQL within the URL's statement

@@ -331,9 +331,9 @@ namespace {
 // 32,766, PostgreSQL 65,535).
 constexpr int MostBinds = 30000;
 // Statements with more bound values than this are prepared for one use
-// instead of being kept with the connection: their text depends on the
-// number of ranges.
-constexpr int MostBindsKept = 200;
+// instead of being kept with the connection (preparing a month's series by
+// day costs about as much as running it).
+constexpr int MostBindsKept = 4000;
 
 enum Table { Samples, RollupHour, RollupDay };
 
@@ -528,8 +528,10 @@ QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& ba
             if (!cte(names[table], "g, p, lo, hi", 4, flat))
                 continue;
             // The pieces and variables are the outer loops, the table the
-            // inner one (SQLite keeps the order of a CROSS JOIN): every piece
-            // is an index range of its table.
+            // inner one (SQLite keeps the order of a CROSS JOIN, even in a
+            // flattened subquery; a plain join over a few dozen ranges made it
+            // scan a variable's samples first): every piece is an index range
+            // of its table.
             if (table == Samples)
                 parts << QStringLiteral("SELECT v.id, 0, p.p, COUNT(*), SUM(s.value), MIN(s.value), MAX(s.value) "
                                         "FROM va v CROSS JOIN pr p CROSS JOIN samples s WHERE p.g = v.g "
