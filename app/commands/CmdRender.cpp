@@ -1,6 +1,8 @@
 #include "app/commands/ZWCommand.h"
 #include "app/commands/ZWCommandLine.h"
+#include "app/commands/ZWOutputPattern.h"
 #include "app/commands/ZWReportJob.h"
+#include "app/commands/ZWTerminalProgress.h"
 #include "host/core/ZWNoValue.h"
 #include "template/ZWColorRef.h"
 #include "template/ZWPageRenderer.h"
@@ -12,6 +14,7 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QSaveFile>
+#include <QSet>
 
 namespace {
 
@@ -110,12 +113,184 @@ bool WritePngs(const QString& dir, const QString& base, std::vector<std::unique_
     return true;
 }
 
+// Every page is checked before anything is written.
+bool CheckPages(const std::vector<std::unique_ptr<ZWViewPage>>& pages, bool pdf, bool png, double dpi)
+{
+    for (size_t i = 0; i < pages.size(); ++i) {
+        QString problem;
+        if (pdf)
+            problem = ZWPageRenderer::SizeProblem(pages[i]->Page().properties);
+        if (problem.isEmpty() && png)
+            problem = ZWPageRenderer::SizeProblem(pages[i]->Page().properties, dpi);
+        if (!problem.isEmpty()) {
+            Err() << "zwinformes render: page " << i + 1 << " cannot be drawn: " << problem << "\n";
+            return false;
+        }
+    }
+    return true;
+}
+
+// Writes the filled pages to the PDF and/or the PNG folder (empty: none),
+// the PDF's folder made first when `createFolder`, naming what it wrote on stdout. False (with `error`) at the first
+// file that cannot be written.
+bool WriteOutputs(ZWReportJob& job, std::vector<std::unique_ptr<ZWViewPage>>& pages, const QString& pdf,
+    const QString& pngDir, double dpi, bool createFolder, QString& error)
+{
+    const QString title = job.Data().Design().Value(QStringLiteral("/name"));
+    if (!pdf.isEmpty()) {
+        const QString folder = QFileInfo(pdf).path();
+        if (createFolder && !QDir().mkpath(folder)) {
+            error = QStringLiteral("%1: cannot create the folder %2").arg(pdf, folder);
+            return false;
+        }
+        if (!WritePdf(pdf, title, pages, error)) {
+            error = QStringLiteral("%1: %2").arg(pdf, error);
+            return false;
+        }
+        Out() << pdf << "\n";
+    }
+    if (!pngDir.isEmpty()) {
+        QStringList written;
+        const QString base = QFileInfo(job.ReportPath()).completeBaseName();
+        if (!WritePngs(pngDir, base, pages, dpi, written, error))
+            return false;
+        for (const QString& path : written)
+            Out() << path << "\n";
+    }
+    return true;
+}
+
+void NamePictureProblems(const std::vector<std::unique_ptr<ZWViewPage>>& pages, const QString& prefix)
+{
+    // Pictures that could not be drawn are named, though the report is made.
+    for (size_t i = 0; i < pages.size(); ++i)
+        for (const QString& problem : pages[i]->Page().PictureProblems())
+            Err() << "zwinformes render: " << prefix << "page " << i + 1 << ", " << problem << "\n";
+}
+
+// The most periods one batch renders (over 27 years of days).
+constexpr int kMaxPeriods = 10000;
+
+// Every whole period of `unit` in [from, to): one gathering each, the store
+// opened and the report loaded once; a period that fails is named and the
+// others go on.
+int RunBatch(ZWCommandLine& cl, const QString& report, double dpi)
+{
+    QCommandLineParser& p = cl.Parser();
+    const QString unitName = p.value(QStringLiteral("each")).toLower();
+    const std::optional<int> unit = ZWReportPeriod::UnitFromName(unitName);
+    if (!unit || *unit == ID_GROUPBY_USER)
+        return cl.UsageError(QStringLiteral("--each is day, week, month, 3month or year"));
+    if (p.isSet(QStringLiteral("unit")) || p.isSet(QStringLiteral("date")))
+        return cl.UsageError(QStringLiteral("--each takes its periods from --from and --to, not --unit or --date"));
+    if (!p.isSet(QStringLiteral("from")) || !p.isSet(QStringLiteral("to")))
+        return cl.UsageError(QStringLiteral("--each needs --from and --to"));
+    ZWDateTime from, to, now = ZWDateTime::LTC();
+    const std::initializer_list<std::pair<QString, ZWDateTime*>> dates
+        = {{QStringLiteral("from"), &from}, {QStringLiteral("to"), &to}, {QStringLiteral("now"), &now}};
+    for (const auto& [option, date] : dates) {
+        if (p.isSet(option) && !String2DateTime(*date, p.value(option)))
+            return cl.UsageError(
+                QStringLiteral("--%1: '%2' is not a date-time (use 2024-03-05T09:05:07)").arg(option, p.value(option)));
+    }
+
+    // Whole periods only: one that begins before --from is left out.
+    std::vector<std::pair<ZWDateTime, ZWDateTime>> periods;
+    ZWDateTime start = ZWReportPeriod::AdjustToGroupBy(from, *unit);
+    if (start < from)
+        start = ZWReportPeriod::AddGroupByUnit(start, *unit);
+    for (ZWDateTime end = ZWReportPeriod::AddGroupByUnit(start, *unit); end <= to;
+         start = end, end = ZWReportPeriod::AddGroupByUnit(start, *unit)) {
+        if (periods.size() >= size_t(kMaxPeriods))
+            return cl.UsageError(QStringLiteral("more than %1 periods between --from and --to").arg(kMaxPeriods));
+        periods.emplace_back(start, end);
+    }
+    if (periods.empty())
+        return cl.UsageError(QStringLiteral("no whole %1 between --from and --to").arg(unitName));
+
+    // The file names of every period, checked before anything is opened:
+    // two periods may not write the same file. The report's name is the same
+    // for all, so the name as given serves for the check.
+    ZWOutputPattern pdfPattern, pngPattern;
+    for (const auto& [option, pattern] :
+        {std::pair{QStringLiteral("output"), &pdfPattern}, std::pair{QStringLiteral("png"), &pngPattern}}) {
+        if (!p.isSet(option))
+            continue;
+        QString error;
+        if (!pattern->Parse(p.value(option), error))
+            return cl.UsageError(QStringLiteral("--%1: %2").arg(option, error));
+        QSet<QString> seen;
+        for (const auto& [periodStart, periodEnd] : periods) {
+            const QString path
+                = pattern->Expand(QFileInfo(report).completeBaseName(), unitName, periodStart, periodEnd);
+            if (seen.contains(path))
+                return cl.UsageError(
+                    QStringLiteral("--%1 '%2' names %3 for more than one period: put {start:PATTERN} in it")
+                        .arg(option, p.value(option), path));
+            seen.insert(path);
+        }
+    }
+
+    ZWReportJob job;
+    if (const int status = job.Open(cl, report); status >= 0)
+        return status;
+    // The report's file name, now that a name is found in the report folder.
+    const QString name = QFileInfo(job.ReportPath()).completeBaseName();
+    job.Data().SetNow(now);
+    const bool pdf = p.isSet(QStringLiteral("output")), png = p.isSet(QStringLiteral("png"));
+    if (!CheckPages(BuildPages(job.Data()), pdf, png, dpi))
+        return ExitFailed;
+
+    ZWTerminalProgress bar;
+    bar.SetRange(0, int(periods.size()));
+    int failed = 0;
+    for (size_t i = 0; i < periods.size(); ++i) {
+        const auto& [periodStart, periodEnd] = periods[i];
+        const QString label = QStringLiteral("%1 - %2").arg(periodStart.ToIso(), periodEnd.ToIso());
+        bar.SetText(label);
+        bar.SetPos(int(i));
+        // The period is set by its end; it is placed in the calendar as it
+        // stands, whatever the present.
+        ZWReportPeriod& period = job.Data().Period();
+        period.Reset(*unit);
+        period.SetupData(periodEnd, *unit, true, periodEnd);
+        const bool gathered = job.GatherQuietly(nullptr);
+        bar.End(gathered);
+        QString error;
+        bool ok = gathered;
+        if (!gathered) {
+            error = QStringLiteral("the logged data could not be read: %1").arg(job.Data().LastError());
+        } else {
+            if (!job.Data().Notice().isEmpty())
+                Err() << "zwinformes render: " << label << ": " << job.Data().Notice() << "\n";
+            std::vector<std::unique_ptr<ZWViewPage>> pages = BuildPages(job.Data());
+            const QString pdfPath = pdf ? pdfPattern.Expand(name, unitName, periodStart, periodEnd) : QString();
+            const QString pngPath = png ? pngPattern.Expand(name, unitName, periodStart, periodEnd) : QString();
+            ok = WriteOutputs(job, pages, pdfPath, pngPath, dpi, true, error);
+            NamePictureProblems(pages, label + QStringLiteral(", "));
+        }
+        if (!ok) {
+            ++failed;
+            Err() << "zwinformes render: " << label << ": " << error << "\n";
+        }
+        Out().flush();
+        Err().flush();
+    }
+    bar.SetPos(int(periods.size()));
+    bar.End(failed == 0);
+    Out() << periods.size() << (periods.size() == 1 ? " period: " : " periods: ") << periods.size() - size_t(failed)
+          << " written, " << failed << " failed\n";
+    return failed > 0 ? ExitFailed : ExitOk;
+}
+
 int Run(const QStringList& args)
 {
     ZWCommandLine cl(QStringLiteral("render"),
         QStringLiteral("Renders a report filled with the logged data of a period: every page at real size "
                        "(1 mm of template = 1 mm of paper) to a PDF with searchable text and embedded fonts, "
-                       "and/or to PNG pictures."),
+                       "and/or to PNG pictures. With --each, every whole period of a unit between --from and "
+                       "--to, -o and --png then naming each period's files with {name}, {unit}, "
+                       "{start:PATTERN} and {end:PATTERN} (Qt date patterns: yyyy-MM)."),
         QStringLiteral("REPORT"));
     QCommandLineParser& p = cl.Parser();
     ZWReportJob::AddOptions(p);
@@ -125,6 +300,9 @@ int Run(const QStringList& args)
         {QStringLiteral("png"), QStringLiteral("Also write one PNG per page into DIR."), QStringLiteral("DIR")});
     p.addOption({QStringLiteral("dpi"), QStringLiteral("Resolution of the PNG pages (default 150)."),
         QStringLiteral("N"), QStringLiteral("150")});
+    p.addOption({QStringLiteral("each"),
+        QStringLiteral("Render every whole day, week, month, 3month or year between --from and --to."),
+        QStringLiteral("U")});
     if (const int status = cl.Parse(args); status >= 0)
         return status;
     const QStringList positional = p.positionalArguments();
@@ -136,6 +314,8 @@ int Run(const QStringList& args)
     const double dpi = p.value(QStringLiteral("dpi")).toDouble(&dpiOk);
     if (!dpiOk || !(dpi >= 10 && dpi <= 2400))
         return cl.UsageError(QStringLiteral("--dpi must be a number from 10 to 2400"));
+    if (p.isSet(QStringLiteral("each")))
+        return RunBatch(cl, positional.first(), dpi);
 
     ZWReportJob job;
     if (const int status = job.Prepare(cl, positional.first()); status >= 0)
@@ -143,42 +323,16 @@ int Run(const QStringList& args)
     if (!job.Gather())
         return ExitFailed;
     std::vector<std::unique_ptr<ZWViewPage>> pages = BuildPages(job.Data());
-    // Every page is checked before anything is written.
-    for (size_t i = 0; i < pages.size(); ++i) {
-        QString problem;
-        if (p.isSet(QStringLiteral("output")))
-            problem = ZWPageRenderer::SizeProblem(pages[i]->Page().properties);
-        if (problem.isEmpty() && p.isSet(QStringLiteral("png")))
-            problem = ZWPageRenderer::SizeProblem(pages[i]->Page().properties, dpi);
-        if (!problem.isEmpty()) {
-            Err() << "zwinformes render: page " << i + 1 << " cannot be drawn: " << problem << "\n";
-            return ExitFailed;
-        }
-    }
-    const QString title = job.Data().Design().Value(QStringLiteral("/name"));
+    const bool pdf = p.isSet(QStringLiteral("output")), png = p.isSet(QStringLiteral("png"));
+    if (!CheckPages(pages, pdf, png, dpi))
+        return ExitFailed;
     QString error;
-    if (p.isSet(QStringLiteral("output"))) {
-        const QString out = p.value(QStringLiteral("output"));
-        if (!WritePdf(out, title, pages, error)) {
-            Err() << "zwinformes render: " << out << ": " << error << "\n";
-            return ExitFailed;
-        }
-        Out() << out << "\n";
+    if (!WriteOutputs(job, pages, pdf ? p.value(QStringLiteral("output")) : QString(),
+            png ? p.value(QStringLiteral("png")) : QString(), dpi, false, error)) {
+        Err() << "zwinformes render: " << error << "\n";
+        return ExitFailed;
     }
-    if (p.isSet(QStringLiteral("png"))) {
-        QStringList written;
-        const QString base = QFileInfo(job.ReportPath()).completeBaseName();
-        if (!WritePngs(p.value(QStringLiteral("png")), base, pages, dpi, written, error)) {
-            Err() << "zwinformes render: " << error << "\n";
-            return ExitFailed;
-        }
-        for (const QString& path : written)
-            Out() << path << "\n";
-    }
-    // Pictures that could not be drawn are named, though the report is made.
-    for (size_t i = 0; i < pages.size(); ++i)
-        for (const QString& problem : pages[i]->Page().PictureProblems())
-            Err() << "zwinformes render: page " << i + 1 << ", " << problem << "\n";
+    NamePictureProblems(pages, QString());
     return ExitOk;
 }
 

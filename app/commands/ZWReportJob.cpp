@@ -79,8 +79,15 @@ int ZWReportJob::Prepare(ZWCommandLine& cl, const QString& report)
     ZWReportPeriod period;
     if (const int status = ReadPeriod(cl, period, now); status >= 0)
         return status;
-    QString error;
+    if (const int status = Open(cl, report); status >= 0)
+        return status;
+    m_data.SetNow(now);
+    m_data.Period() = period;
+    return -1;
+}
 
+int ZWReportJob::Open(ZWCommandLine& cl, const QString& report)
+{
     ZWLoggerDatabase::Opened opened = ZWLoggerDatabase::OpenConfigured();
     if (opened.badAddress)
         return cl.UsageError(QStringLiteral("--db: %1").arg(opened.error));
@@ -96,19 +103,23 @@ int ZWReportJob::Prepare(ZWCommandLine& cl, const QString& report)
         Err() << "zwinformes: cannot read the report: " << m_data.DesignError() << "\n";
         return ExitFailed;
     }
-    m_data.SetNow(now);
-    m_data.Period() = period;
     return -1;
+}
+
+bool ZWReportJob::GatherQuietly(ZWProgress* progress)
+{
+    bool ok = false;
+    // The gathering runs on a worker thread of its own, as in the viewer.
+    std::unique_ptr<QThread> worker(QThread::create([&] { ok = m_data.SetupDataWork(true, progress); }));
+    worker->start();
+    worker->wait();
+    return ok;
 }
 
 bool ZWReportJob::Gather()
 {
     ZWTerminalProgress progress;
-    bool ok = false;
-    // The gathering runs on a worker thread of its own, as in the viewer.
-    std::unique_ptr<QThread> worker(QThread::create([&] { ok = m_data.SetupDataWork(true, &progress); }));
-    worker->start();
-    worker->wait();
+    const bool ok = GatherQuietly(&progress);
     progress.End(ok);
     if (!ok)
         Err() << "zwinformes: the logged data could not be read: " << m_data.LastError() << "\n";

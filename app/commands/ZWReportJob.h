@@ -24,9 +24,16 @@ public:
     // Reads the options, opens the database and the report and sets the
     // period. Returns -1 to go on or the exit status to return.
     int Prepare(ZWCommandLine& cl, const QString& report);
+    // Opens the database and the report, leaving the period to the caller.
+    // Returns -1 to go on or the exit status to return.
+    int Open(ZWCommandLine& cl, const QString& report);
     // Gathers the period's data and computes the value document. False (with
     // a message on stderr) when the logged data could not be read.
     bool Gather();
+    // The gathering alone, on a worker thread, reporting to `progress` (may
+    // be null); says nothing. False when the logged data could not be read
+    // (Data().LastError() says why).
+    bool GatherQuietly(ZWProgress* progress);
 
     ZWReportData& Data() { return m_data; }
     const QString& ReportPath() const { return m_path; }

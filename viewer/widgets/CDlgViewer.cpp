@@ -8,6 +8,7 @@
 #include "host/widgets/CDlgProgress.h"
 #include "host/widgets/CGoToDateDlg.h"
 #include "viewer/ZWActionTexts.h"
+#include "viewer/ZWValueExport.h"
 #include "viewer/ZWWindowPlacement.h"
 #include "viewer/widgets/CDlgUserInterval.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
@@ -16,6 +17,7 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLabel>
@@ -150,8 +152,12 @@ void CDlgViewer::InitializeMenus()
     addAction(close);
     connect(close, &QAction::triggered, this, &CDlgViewer::close);
 
+    m_export = new QAction(ZWLoadString(ZWTextId::ExportValues), this);
+    connect(m_export, &QAction::triggered, this, &CDlgViewer::OnExport);
+
     QMenu* report = m_menuBar->addMenu(ZWLoadString(ZWTextId::MenuReport));
     report->addAction(m_frame->Action(ZWViewReportFrame::ID_FILE_PRINT));
+    report->addAction(m_export);
     report->addAction(m_frame->Action(ZWViewReportFrame::ID_VIEW_REFRESH));
     report->addSeparator();
     report->addAction(close);
@@ -412,6 +418,56 @@ void CDlgViewer::OnRefresh()
         Gather(true);
 }
 
+void CDlgViewer::OnExport()
+{
+    if (m_gathering)
+        return;
+    if (m_data.ValueDocument().isEmpty()) {
+        ShowMessage(ZWLoadString(ZWTextId::ExportNoValues));
+        return;
+    }
+    struct Choice
+    {
+        int filter;
+        const char* extension;
+    };
+    static constexpr Choice kChoices[] = {
+        {ZWTextId::ExportFilterXlsx, "xlsx"},
+        {ZWTextId::ExportFilterCsv, "csv"},
+        {ZWTextId::ExportFilterJson, "json"},
+        {ZWTextId::ExportFilterXml, "xml"},
+    };
+    QStringList filters;
+    for (const Choice& c : kChoices)
+        filters << ZWLoadString(c.filter);
+    QFileDialog dialog(this, ZWLoadString(ZWTextId::ExportValuesTitle));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setNameFilters(filters);
+    const ZWDateTime start = m_data.Period().Start();
+    dialog.selectFile(
+        QStringLiteral("%1-%2.xlsx")
+            .arg(m_reportName.isEmpty() ? QStringLiteral("values") : m_reportName,
+                start.IsValid() ? start.ToLocalQDateTime().toString(QStringLiteral("yyyy-MM-dd")) : QString()));
+    if (ExecDialog(dialog) != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    QString path = dialog.selectedFiles().first();
+    std::optional<ZWValueExport::Format> format = ZWValueExport::FormatOfPath(path);
+    if (!format) {
+        // A name without a known extension takes that of the chosen filter.
+        const qsizetype index = std::max<qsizetype>(0, filters.indexOf(dialog.selectedNameFilter()));
+        path += QLatin1Char('.') + QLatin1String(kChoices[index].extension);
+        format = ZWValueExport::FormatOfPath(path);
+    }
+    ZWValueExport values;
+    QString error;
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool ok = values.Read(m_data.ValueDocument(), m_data.Design()) && values.Write(path, *format, error);
+    QGuiApplication::restoreOverrideCursor();
+    if (!ok)
+        ShowMessage(ZWLoadString(ZWTextId::ExportFailed).arg(path, error.isEmpty() ? values.Error() : error));
+}
+
 void CDlgViewer::UpdateNext()
 {
     m_next->setEnabled(!m_gathering && m_data.Period().CanNext(Now()));
@@ -427,6 +483,8 @@ void CDlgViewer::UpdateCommands()
     UpdateNext();
     UpdateGoTo();
     m_previous->setEnabled(!m_gathering);
+    if (m_export)
+        m_export->setEnabled(!m_gathering);
     m_groupBy->setEnabled(!m_gathering);
     m_unitGroup->setEnabled(!m_gathering);
     UpdateUnitChecks();

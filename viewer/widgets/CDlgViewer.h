@@ -58,6 +58,9 @@ public:
     void OnGroupByMenuItem(int id);
     // Reads the logged data of the present period again.
     void OnRefresh();
+    // Asks for a file and writes the values shown into it, in the format its
+    // extension names (xlsx, csv, json, xml); a failure is shown.
+    void OnExport();
     // Fills `menu` with the six units, the current one checked; its items
     // lead to OnGroupByMenuItem.
     bool CreateGroupByMenu(QMenu& menu);
@@ -75,6 +78,7 @@ public:
     // The command of a group-by unit (31894..31899), checked for the present unit.
     QAction* UnitAction(int unit) const;
     QMenuBar* MenuBar() const { return m_menuBar; }
+    QAction* ExportAction() const { return m_export; }
     // How many gatherings have run (each period change, each refresh).
     int GatheringCount() const { return m_gatherings; }
     bool IsGathering() const { return m_gathering; }
@@ -114,6 +118,7 @@ private:
     QAction* m_next = nullptr;
     QAction* m_goTo = nullptr;
     QAction* m_groupBy = nullptr;
+    QAction* m_export = nullptr;
     QMenu* m_groupByMenu = nullptr;
     QMenuBar* m_menuBar = nullptr;
     // The units in the group-by menu's order: user interval, day … year.

@@ -16,8 +16,10 @@
 #include <QAction>
 #include <QApplication>
 #include <QCalendarWidget>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
+#include <QMenuBar>
 #include <QProgressDialog>
 #include <QSemaphore>
 #include <QSettings>
@@ -411,6 +413,63 @@ TEST_F(ViewerDialog, EmptyNameOpensTheLastReport)
     EXPECT_EQ(viewer.Frame()->Title(), u"Daily energy"_s);
     // The week of 10 March 2026 (a Tuesday) under the C locale's Monday.
     EXPECT_EQ(Card(viewer, "B"), u"2026-03-09 00:00"_s);
+}
+
+TEST_F(ViewerDialog, ExportWritesTheValuesShownInTheFormatOfTheFilesExtension)
+{
+    TestViewer viewer;
+    Open(viewer, ID_GROUPBY_DAY);
+    QAction* exportAction = nullptr;
+    for (QAction* menu : viewer.MenuBar()->actions())
+        if (menu->menu() && menu->menu()->actions().contains(viewer.ExportAction()))
+            exportAction = viewer.ExportAction();
+    ASSERT_NE(exportAction, nullptr) << "Export… is in the Report menu";
+
+    const struct
+    {
+        const char* what;
+        QString file; // typed into the dialog; empty cancels it
+        int filter;   // the filter chosen (0 xlsx, 1 csv, 2 json, 3 xml)
+        QString written;
+        const char* content; // a part of the file written, or of the message shown
+    } cases[] = {
+        {"csv by its extension", u"values.csv"_s, 0, u"values.csv"_s,
+            "id,kind,text,value\r\nE,formule,[Main meter.Active energy],240\r\n"},
+        {"json by the chosen filter", u"values"_s, 2, u"values.json"_s,
+            R"({"id":"E","kind":"formule","number":240,"text":"[Main meter.Active energy]","value":"240"})"},
+        {"the value document", u"values.XML"_s, 0, u"values.XML"_s, "<formule><id>E2</id><value>480</value></formule>"},
+        {"a folder that does not exist", u"none/values.xlsx"_s, 0, QString(), "The values could not be exported to "},
+        {"cancelled", QString(), 0, QString(), ""},
+    };
+    for (const auto& c : cases) {
+        viewer.messages.clear();
+        QStringList filters;
+        viewer.onDialog = [&](QDialog& dialog) {
+            auto* files = qobject_cast<QFileDialog*>(&dialog);
+            if (!files || c.file.isEmpty())
+                return int(QDialog::Rejected);
+            filters = files->nameFilters();
+            files->selectNameFilter(filters.value(c.filter));
+            files->selectFile(m_dir.filePath(c.file));
+            return int(QDialog::Accepted);
+        };
+        exportAction->trigger();
+        if (c.file.isEmpty()) {
+            EXPECT_TRUE(viewer.messages.empty()) << c.what;
+            continue;
+        }
+        EXPECT_EQ(filters.size(), 4) << c.what;
+        if (c.written.isEmpty()) {
+            ASSERT_EQ(viewer.messages.size(), 1u) << c.what;
+            EXPECT_TRUE(viewer.messages[0].startsWith(QString::fromUtf8(c.content) + m_dir.filePath(c.file)))
+                << viewer.messages[0].toStdString();
+            continue;
+        }
+        EXPECT_TRUE(viewer.messages.empty()) << c.what;
+        EXPECT_TRUE(zwtest::ReadFile(m_dir.filePath(c.written)).contains(c.content))
+            << c.what << "\n"
+            << zwtest::ReadFile(m_dir.filePath(c.written)).toStdString();
+    }
 }
 
 } // namespace
