@@ -72,8 +72,9 @@ TEST_F(ExportCommands, ValuesAsJsonAndCsvCarryTheMonthsNumbers)
     const Result json = Zw(u"values "_s + kExample + February() + u" --format json"_s);
     ASSERT_EQ(json.status, 0) << json;
     const QJsonArray cards = json.Json().toArray();
-    EXPECT_EQ(
-        cards.size(), xml.out.count(u"<formule>"_s) + xml.out.count(u"<date>"_s) + xml.out.count(u"<conditioned>"_s));
+    EXPECT_EQ(cards.size(),
+        xml.out.count(u"<formule>"_s) + xml.out.count(u"<date>"_s) + xml.out.count(u"<conditioned>"_s)
+            + xml.out.count(u"<chart>"_s) + xml.out.count(u"<table>"_s));
     // card formula → shown value, its number
     const struct
     {
