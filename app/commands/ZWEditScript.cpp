@@ -104,6 +104,8 @@ const std::map<QString, int>& Tools()
         {QStringLiteral("date"), ZWEditPage::DateTool},
         {QStringLiteral("formule"), ZWEditPage::FormuleTool},
         {QStringLiteral("conditioned"), ZWEditPage::ConditionedTool},
+        {QStringLiteral("chart"), ZWEditPage::ChartTool},
+        {QStringLiteral("table"), ZWEditPage::TableTool},
     };
     return tools;
 }
@@ -389,6 +391,12 @@ bool ZWEditScript::RunStep(const QJsonObject& step, QString& reason)
             break;
         case ZWEditPage::FormuleTool:
             page.OnNewFormule();
+            break;
+        case ZWEditPage::ChartTool:
+            page.OnNewChart();
+            break;
+        case ZWEditPage::TableTool:
+            page.OnNewTable();
             break;
         default:
             page.OnNewConditioned();
