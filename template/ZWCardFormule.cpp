@@ -83,6 +83,15 @@ QString ZWCardFormule::FormatValue(double number) const
         number, integerDigits, decimals, thousandSeparator, fillIntegerZeros, fillDecimalZeros);
 }
 
+QString ZWCardFormule::FormatNumber(double number, const QString& format, bool thousandSeparator)
+{
+    int integerDigits = 0, decimals = 0;
+    bool fillIntegerZeros = false, fillDecimalZeros = false;
+    ParseFormat(format, integerDigits, decimals, fillIntegerZeros, fillDecimalZeros);
+    return ZWFormat::FormatDouble(
+        number, integerDigits, decimals, thousandSeparator, fillIntegerZeros, fillDecimalZeros);
+}
+
 bool ZWCardFormule::SaveTemplate(XmlDocument::XmlNode node, bool createElement) const
 {
     XmlDocument::XmlNode e = TargetElement(node, createElement);

@@ -26,6 +26,9 @@ public:
     void SetFormat(const QString& format);
     // A number as this card shows it.
     QString FormatValue(double number) const;
+    // A number as a card with the stored format string and thousands
+    // separator shows it (charts, tables and samples use it too).
+    static QString FormatNumber(double number, const QString& format, bool thousandSeparator);
 
     bool thousandSeparator = false;
     bool fillIntegerZeros = false;

@@ -233,16 +233,8 @@ QString ZWReportData::GetFormuleValue(const XmlDocument::XmlNode& card)
     int valueType = 0;
     if (evaluator.Evaluate(result, valueType) != 0)
         return text;
-    int integerDigits = -1;
-    int decimals = 3;
-    bool fillIntegerZeros = false;
-    bool fillDecimalZeros = false;
-    ZWCardFormule::ParseFormat(card.Value(QStringLiteral("/format"), QStringLiteral(".3")), integerDigits, decimals,
-        fillIntegerZeros, fillDecimalZeros);
-    const bool thousands = card.Value(QStringLiteral("/thousandSeparator")) == QLatin1String("T");
-    QString out;
-    ZWFormat::FormatDouble(out, result, integerDigits, decimals, thousands, fillIntegerZeros, fillDecimalZeros);
-    return out;
+    return ZWCardFormule::FormatNumber(result, card.Value(QStringLiteral("/format"), QStringLiteral(".3")),
+        card.Value(QStringLiteral("/thousandSeparator")) == QLatin1String("T"));
 }
 
 QString ZWReportData::GetDateValue(const XmlDocument::XmlNode& card)

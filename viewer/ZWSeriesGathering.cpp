@@ -61,14 +61,8 @@ QString Formatted(double value, const XmlDocument::XmlNode& item)
 {
     if (IsNoValue(value))
         return QString();
-    int integerDigits = -1;
-    int decimals = 3;
-    bool fillIntegerZeros = false;
-    bool fillDecimalZeros = false;
-    ZWCardFormule::ParseFormat(item.Value(QStringLiteral("/format"), QStringLiteral(".3")), integerDigits, decimals,
-        fillIntegerZeros, fillDecimalZeros);
-    const bool thousands = item.Value(QStringLiteral("/thousandSeparator")) == QLatin1String("T");
-    return ZWFormat::FormatDouble(value, integerDigits, decimals, thousands, fillIntegerZeros, fillDecimalZeros);
+    return ZWCardFormule::FormatNumber(value, item.Value(QStringLiteral("/format"), QStringLiteral(".3")),
+        item.Value(QStringLiteral("/thousandSeparator")) == QLatin1String("T"));
 }
 
 // The total of a column's defined values by the rule ("sum", "mean", "min",

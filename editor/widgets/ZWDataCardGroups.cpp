@@ -101,10 +101,7 @@ void ShowCheck(QCheckBox* check, std::optional<bool> value)
 
 QString NumberSample(const QString& format, bool thousands)
 {
-    int digits = 0, decimals = 0;
-    bool fillInteger = false, fillDecimal = false;
-    ZWCardFormule::ParseFormat(format, digits, decimals, fillInteger, fillDecimal);
-    return ZWFormat::FormatDouble(1234.5678, digits, decimals, thousands, fillInteger, fillDecimal);
+    return ZWCardFormule::FormatNumber(1234.5678, format, thousands);
 }
 
 template <class Card, class T, class Get> std::optional<T> SharedOf(const ZWPropertyEdit& edit, Get get)
