@@ -1,5 +1,7 @@
 #include "tests/app/commands/ProgramRun.h"
 
+#include <QFile>
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -60,6 +62,27 @@ ProgramResult RunProgram(const QStringList& args, const RunOptions& options, con
     r.out = QString::fromUtf8(r.raw);
     r.err = QString::fromUtf8(process.readAllStandardError());
     return r;
+}
+
+ProgramResult ImportFebruarySite(const QString& folder, const QString& db)
+{
+    const QByteArray csv = "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
+                           "2026-01-31T23:45:00Z,1000,100,10,0\n"
+                           "2026-02-14T12:00:00Z,6000,700,20,2000\n"
+                           "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
+                           "2026-03-02T00:00:00Z,99999,9999,999,9999\n";
+    const QString file = folder + QStringLiteral("/site.csv");
+    QFile out(file);
+    if (!out.open(QIODevice::WriteOnly) || out.write(csv) != csv.size())
+        return {};
+    out.close();
+    RunOptions options;
+    options.environment = {{QStringLiteral("ZWINFORMES_DB"), QString()}};
+    return RunProgram(
+        Args(QStringLiteral("--tz UTC import --db %1 --counter \"Main meter.Active energy\" --counter \"Gas "
+                            "meter.Volume\" --counter \"Water meter.Volume\" --counter \"PV inverter.Energy\" %2")
+                 .arg(db, file)),
+        options);
 }
 
 } // namespace zwtest

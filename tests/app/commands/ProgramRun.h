@@ -44,4 +44,9 @@ ProgramResult RunProgram(const QStringList& args, const RunOptions& options = {}
 // with double quotes around an argument that holds spaces.
 QStringList Args(const QString& commandLine);
 
+// Imports a small site into the SQLite file `db` (a URL): four counters read
+// before February 2026 (UTC), inside it, on 1 March (which still counts) and
+// after it. Electricity over February: 12,345.6 kWh.
+ProgramResult ImportFebruarySite(const QString& folder, const QString& db);
+
 } // namespace zwtest

@@ -85,18 +85,7 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(m_dir.isValid());
-        // February 2026 in UTC. Counters: the reading before the month, one
-        // inside, one on the 1 March boundary (it still counts) and one after.
-        const QByteArray csv = "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
-                               "2026-01-31T23:45:00Z,1000,100,10,0\n"
-                               "2026-02-14T12:00:00Z,6000,700,20,2000\n"
-                               "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
-                               "2026-03-02T00:00:00Z,99999,9999,999,9999\n";
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"site.csv"_s), csv));
-        const Result imported
-            = Zw(u"import --db %1 --counter \"Main meter.Active energy\" --counter \"Gas "
-                 u"meter.Volume\" --counter \"Water meter.Volume\" --counter \"PV inverter.Energy\" %2"_s.arg(
-                     m_db, m_dir.filePath(u"site.csv"_s)));
+        const Result imported = zwtest::ImportFebruarySite(m_dir.path(), m_db);
         ASSERT_EQ(imported.status, 0) << imported;
     }
 
