@@ -40,8 +40,37 @@ QStringList ZWLoggerSchema::CreateStatements(bool postgres)
     s << QStringLiteral("CREATE TABLE counter_resets (variable_id %1 NOT NULL, t %1 NOT NULL, "
                         "before_value %2 NOT NULL, value %2 NOT NULL, PRIMARY KEY (variable_id, t))%3")
              .arg(integer, real, clustered);
+    s << CounterHourStatement(postgres);
     s << QStringLiteral("INSERT INTO zw_schema (version) VALUES (%1)").arg(Version);
     return s;
+}
+
+QString ZWLoggerSchema::CounterHourStatement(bool postgres)
+{
+    return postgres
+        ? QStringLiteral("CREATE TABLE counter_hour (variable_id BIGINT NOT NULL, bucket BIGINT NOT NULL, "
+                         "rise DOUBLE PRECISION NOT NULL, PRIMARY KEY (variable_id, bucket) INCLUDE (rise))")
+        : QStringLiteral("CREATE TABLE counter_hour (variable_id INTEGER NOT NULL, bucket INTEGER NOT NULL, "
+                         "rise REAL NOT NULL, PRIMARY KEY (variable_id, bucket)) WITHOUT ROWID");
+}
+
+QString ZWLoggerSchema::CounterHourBucketSql(const QString& t)
+{
+    // floor((t - 1) / 3600) * 3600, also for times before 1970.
+    return QStringLiteral("((%1 - 1) - ((((%1 - 1) % 3600) + 3600) % 3600))").arg(t);
+}
+
+QString ZWLoggerSchema::CounterHourFillSql(const QString& samples, const QString& rises)
+{
+    // Each sample's rise over the sample before it (a drop: its own reading),
+    // added to the hour its time closes.
+    return QStringLiteral("INSERT INTO counter_hour (variable_id, bucket, rise) "
+                          "SELECT w.variable_id, %1 AS hb, SUM(CASE WHEN w.value >= w.prev THEN w.value - w.prev "
+                          "ELSE w.value END) FROM (SELECT variable_id, t, value, LAG(value) OVER (PARTITION BY "
+                          "variable_id ORDER BY t) AS prev FROM samples WHERE %2) w WHERE w.prev IS NOT NULL%3 "
+                          "GROUP BY w.variable_id, hb")
+        .arg(CounterHourBucketSql(QStringLiteral("w.t")), samples,
+            rises.isEmpty() ? QString() : QStringLiteral(" AND ") + rises);
 }
 
 namespace {
@@ -129,6 +158,47 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
             *error = ZWLoadString(ZWTextId::StoreNewerSchema).arg(c.Url().Display()).arg(version).arg(Version);
         return false;
     }
-    // Later versions add their migrations here, each from the version before.
+    // Each migration goes from the version before, in one transaction.
+    if (version < 2 && !MigrateTo2(c, error))
+        return false;
+    return true;
+}
+
+bool ZWLoggerSchema::MigrateTo2(ZWSqlLoggerConnection& c, QString* error)
+{
+    QSqlDatabase& db = c.Database();
+    QString why;
+    const bool begun = c.IsPostgres() ? db.transaction() : c.Exec(QStringLiteral("BEGIN IMMEDIATE"), &why);
+    bool ok = begun;
+    if (ok) {
+        // Another process may have migrated meanwhile.
+        QSqlQuery q(db);
+        ok = q.exec(QStringLiteral("SELECT MAX(version) FROM zw_schema")) && q.next();
+        if (ok && q.value(0).toInt() < 2) {
+            q.finish();
+            ok = c.Exec(CounterHourStatement(c.IsPostgres()), &why)
+                && c.Exec(CounterHourFillSql(QStringLiteral("variable_id IN (SELECT id FROM variables WHERE kind = "
+                                                            "'counter')")),
+                    &why)
+                && c.Exec(QStringLiteral("UPDATE zw_schema SET version = 2"), &why);
+        } else if (!ok) {
+            why = ZWSqlLoggerConnection::ErrorText(q.lastError());
+        }
+    }
+    if (ok)
+        ok = c.IsPostgres() ? db.commit() : c.Exec(QStringLiteral("COMMIT"), &why);
+    if (!ok) {
+        if (why.isEmpty())
+            why = ZWSqlLoggerConnection::ErrorText(db.lastError());
+        if (begun) {
+            if (c.IsPostgres())
+                db.rollback();
+            else
+                c.Exec(QStringLiteral("ROLLBACK"), nullptr);
+        }
+        if (error)
+            *error = ZWLoadString(ZWTextId::StoreCannotUpgrade).arg(c.Url().Display(), why).arg(2);
+        return false;
+    }
     return true;
 }

@@ -33,6 +33,15 @@ class ZWSqlLoggerConnection;
 //                                                 value is below that of the sample
 //                                                 before it (a meter reset or
 //                                                 replacement), with that earlier value
+//   counter_hour    (variable_id, bucket, rise)   a counter's increase over the
+//                                                 samples with bucket < t <=
+//                                                 bucket + 3600: each sample's
+//                                                 rise over the one before it (a
+//                                                 drop: its own reading), so that
+//                                                 a sample on the hour closes the
+//                                                 hour before, as a period's
+//                                                 increase counts it; only hours
+//                                                 closing samples have a row
 //
 // The rollups and the resets are derived from the samples and kept up to date
 // by every write (ZWLoggerWriter). Samples refer to variables by id; that
@@ -41,7 +50,9 @@ class ZWSqlLoggerConnection;
 class ZWLoggerSchema
 {
 public:
-    static constexpr int Version = 1;
+    // 2 added counter_hour (filled from the samples when an older database
+    // is opened).
+    static constexpr int Version = 2;
 
     // Creates the tables when the database has none (when the connection may
     // create a database; otherwise a database without them is refused);
@@ -50,4 +61,15 @@ public:
     static bool Ensure(ZWSqlLoggerConnection& connection, QString* error);
     // The statements that create schema `Version` on the connection's back end.
     static QStringList CreateStatements(bool postgres);
+    // The counter_hour table.
+    static QString CounterHourStatement(bool postgres);
+    // The counter_hour bucket of sample time `t` (an SQL expression).
+    static QString CounterHourBucketSql(const QString& t);
+    // Fills counter_hour from the samples that the SQL condition `samples`
+    // selects (the first of each variable only gives the next its rise),
+    // keeping the rises (w.t, w.value) that `rises` selects, when given.
+    static QString CounterHourFillSql(const QString& samples, const QString& rises = QString());
+
+private:
+    static bool MigrateTo2(ZWSqlLoggerConnection& connection, QString* error);
 };

@@ -3,6 +3,7 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWTextId.h"
 #include "host/store/ZWLoggerImport.h"
+#include "host/store/ZWLoggerSchema.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 
 #include <QSqlError>
@@ -106,7 +107,8 @@ void ZWLoggerWriter::Rollback()
 
 bool ZWLoggerWriter::DeleteAll(QString* error)
 {
-    for (const char* table : {"counter_resets", "rollup_day", "rollup_hour", "samples", "variables", "devices"})
+    for (const char* table :
+        {"counter_hour", "counter_resets", "rollup_day", "rollup_hour", "samples", "variables", "devices"})
         if (!Run(QStringLiteral("DELETE FROM %1").arg(QLatin1String(table)), {}, error))
             return false;
     return true;
@@ -254,12 +256,34 @@ bool ZWLoggerWriter::UpdateResets(qint64 id, const Range& range, QString* error)
             {id, from, to}, error);
 }
 
+bool ZWLoggerWriter::UpdateCounterHours(qint64 id, const Range& range, QString* error)
+{
+    // A changed sample changes its own rise and that of the sample after it:
+    // redo every hour that the touched samples and the one after them close,
+    // whole, from the sample before the first such hour.
+    QVariantList row;
+    if (!Run(QStringLiteral("SELECT MIN(t) FROM samples WHERE variable_id = ? AND t > ?"), {id, range.last}, error,
+            &row))
+        return false;
+    const qint64 to = row.isEmpty() || row[0].isNull() ? range.last : row[0].toLongLong();
+    const qint64 h0 = FloorTo(range.first - 1, Hour), h1 = FloorTo(to - 1, Hour);
+    if (!Run(QStringLiteral("SELECT MAX(t) FROM samples WHERE variable_id = ? AND t <= ?"), {id, h0}, error, &row))
+        return false;
+    const qint64 from = row.isEmpty() || row[0].isNull() ? h0 : row[0].toLongLong();
+    return Run(QStringLiteral("DELETE FROM counter_hour WHERE variable_id = ? AND bucket >= ? AND bucket <= ?"),
+               {id, h0, h1}, error)
+        && Run(ZWLoggerSchema::CounterHourFillSql(
+                   QStringLiteral("variable_id = ? AND t >= ? AND t <= ?"), QStringLiteral("w.t > ?")),
+            {id, from, h1 + Hour, h0}, error);
+}
+
 bool ZWLoggerWriter::UpdateDerived(QString* error)
 {
     // Variables whose kind changed: their resets are dropped, or found
     // over all their samples.
     for (const qint64 id : std::as_const(m_kindChanged)) {
-        if (!Run(QStringLiteral("DELETE FROM counter_resets WHERE variable_id = ?"), {id}, error))
+        if (!Run(QStringLiteral("DELETE FROM counter_resets WHERE variable_id = ?"), {id}, error)
+            || !Run(QStringLiteral("DELETE FROM counter_hour WHERE variable_id = ?"), {id}, error))
             return false;
         if (m_kinds.value(id) != ZWSqlLoggerStore::Kind::Counter)
             continue;
@@ -273,7 +297,7 @@ bool ZWLoggerWriter::UpdateDerived(QString* error)
                 whole.first = std::min(whole.first, it->first);
                 whole.last = std::max(whole.last, it->last);
             }
-            if (!UpdateResets(id, whole, error))
+            if (!UpdateResets(id, whole, error) || !UpdateCounterHours(id, whole, error))
                 return false;
         }
     }
@@ -281,7 +305,7 @@ bool ZWLoggerWriter::UpdateDerived(QString* error)
         if (!UpdateRollups(it.key(), it.value(), error))
             return false;
         if (m_kinds.value(it.key()) == ZWSqlLoggerStore::Kind::Counter && !m_kindChanged.contains(it.key())
-            && !UpdateResets(it.key(), it.value(), error))
+            && (!UpdateResets(it.key(), it.value(), error) || !UpdateCounterHours(it.key(), it.value(), error)))
             return false;
     }
     return true;

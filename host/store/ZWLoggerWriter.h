@@ -8,7 +8,7 @@
 
 // Writes samples into a logger database in one transaction, and keeps the
 // derived tables (hour and day rollups, counter resets) right for every
-// stretch of time it touched. Writing a sample for a variable and time that
+// stretch of time it touched (counter hours too). Writing a sample for a variable and time that
 // already have one replaces its value.
 //
 //   ZWLoggerWriter w(store);
@@ -60,6 +60,7 @@ private:
     bool UpdateDerived(QString* error);
     bool UpdateRollups(qint64 id, const Range& range, QString* error);
     bool UpdateResets(qint64 id, const Range& range, QString* error);
+    bool UpdateCounterHours(qint64 id, const Range& range, QString* error);
     bool Run(const QString& sql, const QVariantList& binds, QString* error, QVariantList* firstRow = nullptr);
     bool Fail(QString* error, const QString& why);
 

@@ -169,7 +169,33 @@ QStringList ZWSqlLoggerStore::VariableNames()
 
 QStringList ZWSqlLoggerStore::FilterNames()
 {
-    return ZWPeriodAggregate::ReductionNames();
+    QStringList names = ZWPeriodAggregate::ReductionNames();
+    if (const auto calendar = TariffCalendar())
+        names << calendar->PeriodNames();
+    return names;
+}
+
+bool ZWSqlLoggerStore::SetTariffCalendar(std::shared_ptr<const ZWTariffCalendar> calendar, QString* error)
+{
+    if (calendar) {
+        for (const QString& period : calendar->PeriodNames()) {
+            ZWLoggerReduction r;
+            if (ZWPeriodAggregate::ParseReduction(period, r)) {
+                if (error)
+                    *error = ZWLoadString(ZWTextId::StoreTariffPeriodIsReduction).arg(calendar->Name(), period);
+                return false;
+            }
+        }
+    }
+    QMutexLocker lock(&m_mutex);
+    m_calendar = std::move(calendar);
+    return true;
+}
+
+std::shared_ptr<const ZWTariffCalendar> ZWSqlLoggerStore::TariffCalendar()
+{
+    QMutexLocker lock(&m_mutex);
+    return m_calendar;
 }
 
 std::optional<ZWSqlLoggerStore::Variable> ZWSqlLoggerStore::Lookup(const QString& name)
@@ -186,7 +212,8 @@ std::optional<ZWSqlLoggerStore::Variable> ZWSqlLoggerStore::FindVariable(const Q
     Variable v;
     ZWLoggerReduction r;
     ZWPeriodShift shift;
-    if (Resolve(plainName, v, r, shift) && r == ZWLoggerReduction::Default && shift.IsNone())
+    int tariff = -1;
+    if (Resolve(plainName, v, r, shift, tariff) && r == ZWLoggerReduction::Default && shift.IsNone() && tariff < 0)
         return v;
     return std::nullopt;
 }
@@ -200,6 +227,57 @@ bool ZWSqlLoggerStore::Resolve(const QString& name, Variable& variable, ZWLogger
 bool ZWSqlLoggerStore::Resolve(
     const QString& name, Variable& variable, ZWLoggerReduction& reduction, ZWPeriodShift& shift)
 {
+    int tariff = -1;
+    return Resolve(name, variable, reduction, shift, tariff);
+}
+
+bool ZWSqlLoggerStore::ParseFilter(
+    const QString& filter, const Variable& variable, ZWLoggerReduction& reduction, ZWPeriodShift& shift, int& tariff)
+{
+    QString text;
+    reduction = ZWLoggerReduction::Default;
+    tariff = -1;
+    if (filter.isEmpty() || !ZWPeriodShift::Parse(filter, text, shift))
+        return false;
+    const qsizetype colon = text.indexOf(QLatin1Char(':'));
+    QString period;
+    if (colon >= 0) {
+        period = text.mid(colon + 1);
+        text = text.left(colon);
+        if (text.isEmpty() || period.isEmpty())
+            return false;
+    }
+    if (!text.isEmpty() && !ZWPeriodAggregate::ParseReduction(text, reduction)) {
+        if (!period.isEmpty())
+            return false;
+        period = text;
+    }
+    if (period.isEmpty())
+        return true;
+    const auto calendar = TariffCalendar();
+    tariff = calendar ? calendar->PeriodIndex(period) : -1;
+    if (tariff < 0)
+        return false;
+    // Within a tariff period's hours: the reductions that add up over
+    // stretches of samples, and a counter's increase.
+    switch (reduction) {
+    case ZWLoggerReduction::Default:
+    case ZWLoggerReduction::Avg:
+    case ZWLoggerReduction::Min:
+    case ZWLoggerReduction::Max:
+    case ZWLoggerReduction::Sum:
+    case ZWLoggerReduction::Count:
+        return true;
+    case ZWLoggerReduction::Delta:
+        return variable.kind == Kind::Counter;
+    default:
+        return false;
+    }
+}
+
+bool ZWSqlLoggerStore::Resolve(
+    const QString& name, Variable& variable, ZWLoggerReduction& reduction, ZWPeriodShift& shift, int& tariff)
+{
     ZWSqlLoggerConnection& c = Connection();
     if (!EnsureReady(c, nullptr))
         return false;
@@ -207,19 +285,23 @@ bool ZWSqlLoggerStore::Resolve(
     // added since by another process (at most one re-read a second).
     for (int pass = 0; pass < 2; ++pass) {
         shift = ZWPeriodShift();
+        tariff = -1;
         if (const auto whole = Lookup(name)) {
             variable = *whole;
             reduction = ZWLoggerReduction::Default;
             return true;
         }
-        QString device, plain, filter, reductionText;
-        if (SplitFilterDriverVariable(name, device, plain, filter) && !filter.isEmpty()) {
-            if (!ZWPeriodShift::Parse(filter, reductionText, shift))
-                return false;
-            reduction = ZWLoggerReduction::Default;
-            if (!reductionText.isEmpty() && !ZWPeriodAggregate::ParseReduction(reductionText, reduction))
-                return false;
-            if (const auto base = Lookup(device + QLatin1Char('.') + plain)) {
+        // The variable is what precedes the last or the one but last ":"
+        // (a reduction and a tariff period), the longer name first.
+        const qsizetype dot = name.indexOf(QLatin1Char('.'));
+        qsizetype colon = name.size();
+        for (int k = 0; k < 2 && dot > 0; ++k) {
+            colon = name.lastIndexOf(QLatin1Char(':'), colon - 1);
+            if (colon <= dot)
+                break;
+            if (const auto base = Lookup(name.left(colon))) {
+                if (!ParseFilter(name.mid(colon + 1), *base, reduction, shift, tariff))
+                    return false;
                 variable = *base;
                 return true;
             }
@@ -309,9 +391,30 @@ struct ZWSqlLoggerStore::Rows
     QHash<Key, std::array<Found, 3>> seeks;
     // variable: its resets by time (value before, value).
     QHash<qint64, std::map<qint64, std::pair<double, double>>> resets;
+    // (variable, tariff label): the aggregate of the samples in its hours
+    // (part 30), and a counter's rises in its whole hours (part 31: count of
+    // hours, sum of rises). Several statements' rows add up.
+    QHash<Key, Partial> tariffParts, tariffRises;
+
+    static void Add(QHash<Key, Partial>& to, const Key& key, const Partial& p)
+    {
+        const auto it = to.find(key);
+        if (it == to.end()) {
+            to.insert(key, p);
+            return;
+        }
+        it->count += p.count;
+        it->sum += p.sum;
+        it->minimum = std::min(it->minimum, p.minimum);
+        it->maximum = std::max(it->maximum, p.maximum);
+    }
 
     void Merge(Rows&& other)
     {
+        for (auto it = other.tariffParts.cbegin(); it != other.tariffParts.cend(); ++it)
+            Add(tariffParts, it.key(), it.value());
+        for (auto it = other.tariffRises.cbegin(); it != other.tariffRises.cend(); ++it)
+            Add(tariffRises, it.key(), it.value());
         for (auto it = other.partials.cbegin(); it != other.partials.cend(); ++it)
             partials.insert(it.key(), it.value());
         for (auto it = other.seeks.cbegin(); it != other.seeks.cend(); ++it) {
@@ -335,7 +438,7 @@ constexpr int MostBinds = 30000;
 // day costs about as much as running it).
 constexpr int MostBindsKept = 4000;
 
-enum Table { Samples, RollupHour, RollupDay };
+enum Table { Samples, RollupHour, RollupDay, CounterHour };
 
 struct Piece
 {
@@ -349,8 +452,9 @@ struct PlanGroup
 {
     // Which variables need which parts of the query: aggregates over the
     // samples (va), the samples next to the bounds (vs), the counter resets
-    // kept in the database (vr) or found among the raw samples (vg).
-    QList<qint64> va, vs, vr, vg;
+    // kept in the database (vr) or found among the raw samples (vg),
+    // aggregates over tariff hours (vt) and counter rises in them (vc).
+    QList<qint64> va, vs, vr, vg, vt, vc;
     std::vector<Piece> pieces;
     // Per range: its pieces in time order.
     std::vector<std::vector<qint64>> rangePieces;
@@ -366,6 +470,16 @@ struct PlanGroup
             + 2 * (atOrBefore.size() + after.size() + before.size()) + 3 * spans.size());
     }
 };
+
+// A stretch of a tariff period's hours to read: of group g's variables in vt
+// (from samples or rollups) or vc (counter_hour), summed up per label.
+struct TariffPiece
+{
+    Table table;
+    int g;
+    qint64 label, lo, hi;
+};
+constexpr int TariffPieceBinds = 4;
 
 void AddOnce(QList<qint64>& list, qint64 id)
 {
@@ -480,7 +594,8 @@ void PlanRanges(PlanGroup& g, const std::vector<std::pair<qint64, qint64>>& rang
 // - 10, 11, 12: the sample at or before, after, before instant `key`: a its
 //   time, b its value;
 // - 20: a reset at time key = a: b the value before, c the value.
-QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& batch, QVariantList& binds)
+QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& batch, const TariffPiece* tariffBegin,
+    const TariffPiece* tariffEnd, QVariantList& binds)
 {
     QStringList ctes, parts;
     const auto cte = [&](const char* name, const char* columns, int arity, const std::vector<qint64>& flat) {
@@ -510,6 +625,24 @@ QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& ba
         return cte(name, "g, id", 2, flat);
     };
     const bool va = variables("va", &PlanGroup::va);
+    // The tariff pieces' groups, for their variables.
+    std::vector<int> tariffGroups;
+    for (const TariffPiece* t = tariffBegin; t != tariffEnd; ++t)
+        tariffGroups.push_back(t->g);
+    std::sort(tariffGroups.begin(), tariffGroups.end());
+    tariffGroups.erase(std::unique(tariffGroups.begin(), tariffGroups.end()), tariffGroups.end());
+    const auto tariffVariables = [&](const char* name, QList<qint64> PlanGroup::*list) {
+        std::vector<qint64> flat;
+        for (const int g : tariffGroups) {
+            for (const qint64 id : plan[size_t(g)].*list) {
+                flat.push_back(g);
+                flat.push_back(id);
+            }
+        }
+        return cte(name, "g, id", 2, flat);
+    };
+    const bool vt = tariffVariables("vt", &PlanGroup::vt);
+    const bool vc = tariffVariables("vc", &PlanGroup::vc);
     const bool vs = variables("vs", &PlanGroup::vs);
     const bool vr = variables("vr", &PlanGroup::vr);
     const bool vg = variables("vg", &PlanGroup::vg);
@@ -596,6 +729,35 @@ QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& ba
                                 "CROSS JOIN rs p CROSS JOIN samples s WHERE p.g = v.g AND s.variable_id = v.id "
                                 "AND s.t > p.lo AND s.t <= p.hi) w WHERE w.value < w.prev")
                      .arg(nullReal);
+    // Tariff hours: the pieces carry their label, and rows come back summed
+    // per (variable, label), a few per tariff period, however many hours.
+    const char* const tariffNames[] = {"ts", "th", "td", "tc"};
+    for (const Table table : {Samples, RollupHour, RollupDay, CounterHour}) {
+        if (!(table == CounterHour ? vc : vt))
+            continue;
+        std::vector<qint64> flat;
+        for (const TariffPiece* t = tariffBegin; t != tariffEnd; ++t)
+            if (t->table == table)
+                flat.insert(flat.end(), {qint64(t->g), t->label, t->lo, t->hi});
+        if (!cte(tariffNames[table], "g, k, lo, hi", 4, flat))
+            continue;
+        const QLatin1String cteName(tariffNames[table]);
+        if (table == Samples)
+            parts << QStringLiteral("SELECT v.id, 30, p.k, COUNT(*), SUM(s.value), MIN(s.value), MAX(s.value) "
+                                    "FROM vt v CROSS JOIN ts p CROSS JOIN samples s WHERE p.g = v.g "
+                                    "AND s.variable_id = v.id AND s.t >= p.lo AND s.t < p.hi GROUP BY v.id, p.k");
+        else if (table == CounterHour)
+            parts << QStringLiteral("SELECT v.id, 31, p.k, COUNT(*), SUM(c.rise), %1, %1 FROM vc v CROSS JOIN tc p "
+                                    "CROSS JOIN counter_hour c WHERE p.g = v.g AND c.variable_id = v.id "
+                                    "AND c.bucket >= p.lo AND c.bucket < p.hi GROUP BY v.id, p.k")
+                         .arg(nullReal);
+        else
+            parts << QStringLiteral("SELECT v.id, 30, p.k, CAST(SUM(r.n) AS BIGINT), SUM(r.total), MIN(r.lo), "
+                                    "MAX(r.hi) FROM vt v CROSS JOIN %1 p CROSS JOIN %2 r WHERE p.g = v.g "
+                                    "AND r.variable_id = v.id AND r.bucket >= p.lo AND r.bucket < p.hi "
+                                    "GROUP BY v.id, p.k")
+                         .arg(cteName, QLatin1String(table == RollupHour ? "rollup_hour" : "rollup_day"));
+    }
     return QStringLiteral("WITH ") + ctes.join(QStringLiteral(", ")) + QLatin1Char(' ')
         + parts.join(QStringLiteral(" UNION ALL "));
 }
@@ -633,7 +795,7 @@ bool ZWSqlLoggerStore::ReadPeriod(const QStringList& names, const ZWDateTime& lo
     for (int i = 0; i < names.size(); ++i) {
         Ask ask{{}, ZWLoggerReduction::Default, 0, 0, ZW_NO_VALUE};
         ZWPeriodShift shift;
-        if (!Resolve(names[i], ask.variable, ask.reduction, shift))
+        if (!Resolve(names[i], ask.variable, ask.reduction, shift, ask.tariff))
             continue;
         if (ask.reduction == ZWLoggerReduction::Default)
             ask.reduction = ask.variable.kind == Kind::Counter ? ZWLoggerReduction::Delta : ZWLoggerReduction::Avg;
@@ -697,7 +859,8 @@ bool ZWSqlLoggerStore::SeriesValues(const QStringList& names, const ZWDateTime& 
         Variable variable;
         ZWLoggerReduction reduction;
         ZWPeriodShift shift;
-        if (!Resolve(names[i], variable, reduction, shift))
+        int tariff = -1;
+        if (!Resolve(names[i], variable, reduction, shift, tariff))
             continue;
         if (reduction == ZWLoggerReduction::Default)
             reduction = variable.kind == Kind::Counter ? ZWLoggerReduction::Delta : ZWLoggerReduction::Avg;
@@ -711,7 +874,7 @@ bool ZWSqlLoggerStore::SeriesValues(const QStringList& names, const ZWDateTime& 
         }
         const int g = int(it - shifts.begin());
         for (size_t j = 0; j < groups[size_t(g)].size(); ++j) {
-            asks.push_back({variable, reduction, g, int(j), ZW_NO_VALUE});
+            asks.push_back({variable, reduction, g, int(j), ZW_NO_VALUE, tariff});
             where.push_back({j, size_t(i)});
         }
     }
@@ -753,10 +916,13 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
                 const qint64 id = q->value(0).toLongLong();
                 const int part = q->value(1).toInt();
                 const qint64 key = q->value(2).toLongLong();
-                if (part == 0) {
-                    out.partials.insert({id, key},
-                        {q->value(3).toLongLong(), q->value(4).toDouble(), q->value(5).toDouble(),
-                            q->value(6).toDouble()});
+                if (part == 0 || part == 30 || part == 31) {
+                    const Rows::Partial partial{q->value(3).toLongLong(), q->value(4).toDouble(),
+                        q->value(5).toDouble(), q->value(6).toDouble()};
+                    if (part == 0)
+                        out.partials.insert({id, key}, partial);
+                    else
+                        Rows::Add(part == 30 ? out.tariffParts : out.tariffRises, {id, key}, partial);
                 } else if (part < 20) {
                     out.seeks[{id, key}][size_t(part - 10)]
                         = Rows::Found{true, q->value(3).toLongLong(), q->value(4).toDouble()};
@@ -774,7 +940,36 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
         error, ZWTextId::StoreCannotRead);
 }
 
-bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groups, std::vector<Ask>& asks, Method method,
+namespace {
+
+// The stretches of [start, end) (UTC) in each tariff period: local hours
+// by the calendar, neighbours of one period joined.
+struct TariffRun
+{
+    qint64 lo, hi;
+    int period;
+};
+
+std::vector<TariffRun> TariffRuns(const ZWTariffCalendar& calendar, qint64 start, qint64 end)
+{
+    std::vector<TariffRun> runs;
+    for (qint64 u = start; u < end;) {
+        const ZWDateTime local = ZWLocalTime::FromUtc(u);
+        const qint64 into = ZWDateTime::FloorMod(local.Seconds(), Hour);
+        const int period = calendar.PeriodAt(ZWDateTime::FromSeconds(local.Seconds() - into));
+        const qint64 next = std::min(end, u + Hour - into);
+        if (!runs.empty() && runs.back().period == period && runs.back().hi == u)
+            runs.back().hi = next;
+        else
+            runs.push_back({u, next, period});
+        u = next;
+    }
+    return runs;
+}
+
+} // namespace
+
+bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vector<Ask>& asks, Method method,
     const ZWProgress* progress, QString* error)
 {
     ZWSqlLoggerConnection& c = Connection();
@@ -785,11 +980,82 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groups, std::vector
         // among its raw samples, as the raw reading does for every variable.
         return method == Method::Raw || a.variable.kind != Kind::Counter;
     };
+    // Tariff asks: their period's hours are labelled pieces of their range,
+    // read per label. A counter's increase adds the rises of its whole hours
+    // (counter_hour) and the increases over the partial hours at the edges,
+    // which are asks of their own (helpers) over ranges added to the group;
+    // read raw, every stretch of the period is such a helper.
+    std::vector<Ranges> groups = groupsIn;
+    const size_t asked = asks.size();
+    std::vector<qint64> askLabel(asked, -1);
+    std::vector<size_t> helperOf;
+    std::vector<TariffPiece> tariffPieces;
     std::vector<PlanGroup> plan(groups.size());
-    for (Ask& a : asks) {
+    const auto calendar = TariffCalendar();
+    // (group, range, period, rises): counters' rises and the other
+    // reductions read different pieces.
+    std::map<std::tuple<int, int, int, bool>, qint64> labels;
+    std::map<std::pair<int, int>, std::vector<TariffRun>> runsOf;
+    qint64 nextPiece = 0;
+    for (size_t k = 0; k < asked; ++k) {
+        // Copies: helpers are added to `asks` and ranges to `groups`.
+        const Ask a = asks[k];
+        if (a.tariff < 0 || !calendar)
+            continue;
+        const auto [s, e] = groups[size_t(a.group)][size_t(a.range)];
+        if (e <= s)
+            continue;
+        const bool rises = a.reduction == ZWLoggerReduction::Delta;
+        const bool helpersOnly = rises && method == Method::Raw;
+        PlanGroup& g = plan[size_t(a.group)];
+        if (!helpersOnly)
+            AddOnce(rises ? g.vc : g.vt, a.variable.id);
+        auto runs = runsOf.find({a.group, a.range});
+        if (runs == runsOf.end())
+            runs = runsOf.emplace(std::pair{a.group, a.range}, TariffRuns(*calendar, s, e)).first;
+        auto label = labels.find({a.group, a.range, a.tariff, rises});
+        const bool newLabel = label == labels.end();
+        if (newLabel)
+            label = labels.emplace(std::tuple{a.group, a.range, a.tariff, rises}, qint64(labels.size())).first;
+        askLabel[k] = label->second;
+        for (const TariffRun& run : runs->second) {
+            if (run.period != a.tariff)
+                continue;
+            if (!rises) {
+                if (!newLabel)
+                    continue;
+                std::vector<Piece> pieces;
+                std::vector<qint64> ids;
+                Split(run.lo, run.hi, method == Method::Raw, nextPiece, pieces, ids);
+                for (const Piece& p : pieces)
+                    tariffPieces.push_back({p.table, a.group, label->second, p.lo, p.hi});
+                continue;
+            }
+            const qint64 h0 = helpersOnly ? run.hi : CeilTo(run.lo, Hour),
+                         h1 = helpersOnly ? run.hi : FloorTo(run.hi, Hour);
+            std::vector<std::pair<qint64, qint64>> edges;
+            if (h0 < h1) {
+                if (newLabel)
+                    tariffPieces.push_back({CounterHour, a.group, label->second, h0, h1});
+                edges = {{run.lo, h0}, {h1, run.hi}};
+            } else {
+                edges = {{run.lo, run.hi}};
+            }
+            for (const auto& edge : edges) {
+                if (edge.first >= edge.second)
+                    continue;
+                Ranges& ranges = groups[size_t(a.group)];
+                ranges.push_back(edge);
+                asks.push_back({a.variable, ZWLoggerReduction::Delta, a.group, int(ranges.size() - 1), ZW_NO_VALUE});
+                helperOf.push_back(k);
+            }
+        }
+    }
+    for (size_t k = 0; k < asks.size(); ++k) {
+        Ask& a = asks[k];
         a.value = ZW_NO_VALUE;
         const auto& [s, e] = groups[size_t(a.group)][size_t(a.range)];
-        if (e <= s)
+        if (e <= s || (k < asked && a.tariff >= 0))
             continue;
         PlanGroup& g = plan[size_t(a.group)];
         switch (a.reduction) {
@@ -807,7 +1073,6 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groups, std::vector
             break;
         }
     }
-    qint64 nextPiece = 0;
     std::vector<std::vector<int>> batches;
     int batchBinds = 0;
     for (size_t g = 0; g < plan.size(); ++g) {
@@ -822,22 +1087,65 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groups, std::vector
         batches.back().push_back(int(g));
         batchBinds += binds;
     }
+    // The tariff pieces go with the last statement while they fit, then in
+    // statements of their own.
+    const auto tariffVariableBinds = [&] {
+        int n = 0;
+        for (const PlanGroup& g : plan)
+            n += int(2 * (g.vt.size() + g.vc.size()));
+        return n;
+    }();
+    size_t tariffDone = 0;
+    const auto tariffSlice = [&](int room) {
+        const size_t from = tariffDone;
+        room -= tariffVariableBinds;
+        while (tariffDone < tariffPieces.size() && room >= TariffPieceBinds) {
+            room -= TariffPieceBinds;
+            ++tariffDone;
+        }
+        return std::pair{tariffPieces.data() + from, tariffPieces.data() + tariffDone};
+    };
     Rows rows;
-    for (const std::vector<int>& batch : batches) {
+    for (size_t b = 0; b < batches.size() || tariffDone < tariffPieces.size(); ++b) {
         QVariantList binds;
-        const QString sql = PeriodSql(plan, batch, binds);
+        static const std::vector<int> none;
+        const std::vector<int>& batch = b < batches.size() ? batches[b] : none;
+        const bool last = b + 1 >= batches.size();
+        const auto [from, to] = last ? tariffSlice(MostBinds - (b < batches.size() ? batchBinds : 0))
+                                     : std::pair<const TariffPiece*, const TariffPiece*>{nullptr, nullptr};
+        if (batch.empty() && from == to)
+            break;
+        const QString sql = PeriodSql(plan, batch, from, to, binds);
         Rows part;
         if (!RunPeriodQuery(c, sql, binds, part, progress, error))
             return false;
         rows.Merge(std::move(part));
     }
-    for (Ask& a : asks) {
+    for (size_t k = 0; k < asks.size(); ++k) {
+        Ask& a = asks[k];
         const auto& [s, e] = groups[size_t(a.group)][size_t(a.range)];
         if (e <= s)
             continue;
-        const PlanGroup& g = plan[size_t(a.group)];
         const qint64 id = a.variable.id;
         ZWPeriodAggregate aggregate;
+        if (k < asked && a.tariff >= 0) {
+            if (askLabel[k] < 0)
+                continue;
+            const Rows::Key key{id, askLabel[k]};
+            if (a.reduction == ZWLoggerReduction::Delta) {
+                // The helpers add their edges below.
+                const auto it = rows.tariffRises.constFind(key);
+                if (it != rows.tariffRises.constEnd() && it->count > 0)
+                    a.value = it->sum;
+            } else {
+                const auto it = rows.tariffParts.constFind(key);
+                if (it != rows.tariffParts.constEnd())
+                    aggregate.AddPart(it->count, it->sum, it->minimum, it->maximum);
+                a.value = aggregate.Value(a.reduction, s, e);
+            }
+            continue;
+        }
+        const PlanGroup& g = plan[size_t(a.group)];
         if (size_t(a.range) < g.rangePieces.size()) {
             for (const qint64 piece : g.rangePieces[size_t(a.range)]) {
                 const auto it = rows.partials.constFind({id, piece});
@@ -845,10 +1153,10 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groups, std::vector
                     aggregate.AddPart(it->count, it->sum, it->minimum, it->maximum);
             }
         }
-        const auto seek = [&](ZWPeriodAggregate::Seek which, qint64 t, size_t k) {
+        const auto seek = [&](ZWPeriodAggregate::Seek which, qint64 t, size_t n) {
             const auto it = rows.seeks.constFind({id, t});
-            if (it != rows.seeks.constEnd() && (*it)[k].valid)
-                aggregate.SetSeek(which, (*it)[k].t, (*it)[k].value);
+            if (it != rows.seeks.constEnd() && (*it)[n].valid)
+                aggregate.SetSeek(which, (*it)[n].t, (*it)[n].value);
         };
         seek(ZWPeriodAggregate::AtOrBeforeStart, s, 0);
         seek(ZWPeriodAggregate::AfterStart, s, 1);
@@ -863,5 +1171,14 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groups, std::vector
             aggregate.AddResetAcrossStart(e);
         a.value = aggregate.Value(a.reduction, s, e);
     }
+    // The edges add to the whole hours' rises: a tariff increase has no
+    // value only when none of its stretches has one.
+    for (size_t h = 0; h < helperOf.size(); ++h) {
+        const double edge = asks[asked + h].value;
+        double& total = asks[helperOf[h]].value;
+        if (!IsNoValue(edge))
+            total = IsNoValue(total) ? edge : total + edge;
+    }
+    asks.resize(asked);
     return true;
 }

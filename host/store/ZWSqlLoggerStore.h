@@ -2,6 +2,7 @@
 
 #include "host/drivers/ZWLoggerStore.h"
 #include "host/drivers/ZWPeriodShift.h"
+#include "host/drivers/ZWTariffCalendar.h"
 #include "host/store/ZWLoggerUrl.h"
 #include "host/store/ZWPeriodAggregate.h"
 
@@ -36,6 +37,19 @@ class ZWSqlLoggerConnection;
 //   no-value marker.
 // A filter may end in a shift, "@-1y" (see ZWPeriodShift): that name's value
 // is read over the shifted period.
+//
+// With a tariff calendar set, a filter may name one of its periods after the
+// reduction: "A.b:P1", "A.b:max:P1", "A.b:P1@-1y". The value is then taken
+// over the period's local hours within [start, end) only (the calendar's
+// hour map, by local date and hour): avg, min, max, sum and count of the
+// samples in those hours (start <= t < end, as for a period), and a
+// counter's increase as the sum of the rises of its samples over the sample
+// before each (a drop: its own reading) that those hours close (a sample on
+// the hour closes the hour before; the rises of [start, end) add up to its
+// delta). The period's hours read the counter_hour and rollup tables, one
+// row per hour or day, grouped by tariff period in the query; partial hours
+// at the edges read raw samples. No other reduction takes a tariff period,
+// nor does a gauge's delta.
 //
 // All values of a call come from one query, with bound values only: the
 // period, every distinct shifted period and, for a series, every sub-period
@@ -75,8 +89,14 @@ public:
     bool HasVariable(const QString& name) override;
     bool HoldsNoVariables() override;
     QStringList VariableNames() override;
-    // The reductions, in the order they are documented above.
+    // The reductions, in the order they are documented above, then the
+    // tariff calendar's periods.
     QStringList FilterNames() override;
+    // The calendar whose periods filters may name (none: no tariff
+    // filters). False, keeping the one before, when a period of it is named
+    // like a reduction.
+    bool SetTariffCalendar(std::shared_ptr<const ZWTariffCalendar> calendar, QString* error);
+    std::shared_ptr<const ZWTariffCalendar> TariffCalendar();
     bool LiveValue(const QString& name, double& value) override;
     bool PeriodValues(const QStringList& names, const ZWDateTime& start, const ZWDateTime& end,
         std::vector<double>& values, ZWProgress* progress, QString* error) override;
@@ -94,6 +114,9 @@ public:
     // A name (plain or filtered) to its variable, reduction and shift; false
     // when the variable is unknown, the filter is not a reduction or the
     // shift is malformed.
+    // `tariff` is the index of a tariff period, or -1.
+    bool Resolve(
+        const QString& name, Variable& variable, ZWLoggerReduction& reduction, ZWPeriodShift& shift, int& tariff);
     bool Resolve(const QString& name, Variable& variable, ZWLoggerReduction& reduction, ZWPeriodShift& shift);
     bool Resolve(const QString& name, Variable& variable, ZWLoggerReduction& reduction);
     std::optional<Variable> FindVariable(const QString& plainName);
@@ -111,7 +134,7 @@ private:
     // UTC ranges [start, end) read together.
     using Ranges = std::vector<std::pair<qint64, qint64>>;
     // One value to compute: a variable's reduction over range `range` of
-    // group `group`.
+    // group `group`, within the hours of tariff period `tariff` (-1: all).
     struct Ask
     {
         Variable variable;
@@ -119,6 +142,7 @@ private:
         int group;
         int range;
         double value;
+        int tariff = -1;
     };
     struct Rows;
     bool ReadRanges(const std::vector<Ranges>& groups, std::vector<Ask>& asks, Method method,
@@ -129,6 +153,10 @@ private:
     bool RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& sql, const QVariantList& binds, Rows& out,
         const ZWProgress* progress, QString* error);
     bool LoadVariables(ZWSqlLoggerConnection& c, QString* error);
+    // A filter after a variable's name: "[REDUCTION][:PERIOD][@SHIFT]" or
+    // "PERIOD[@SHIFT]".
+    bool ParseFilter(const QString& filter, const Variable& variable, ZWLoggerReduction& reduction,
+        ZWPeriodShift& shift, int& tariff);
     std::optional<Variable> Lookup(const QString& name);
 
     const ZWLoggerUrl m_url;
@@ -138,5 +166,6 @@ private:
     std::atomic<int> m_periodQueries{0};
     QMutex m_mutex;
     QHash<QString, Variable> m_variables;
+    std::shared_ptr<const ZWTariffCalendar> m_calendar;
     qint64 m_lastReloadMs = -1;
 };

@@ -4,8 +4,12 @@
 #include "host/core/ZWNoValue.h"
 #include "host/drivers/ZWLoggerData.h"
 #include "host/drivers/ZWPeriodShift.h"
+#include "host/drivers/ZWTariffCalendarFile.h"
+#include "host/store/ZWLoggerSchema.h"
+#include "host/store/ZWSqlLoggerConnection.h"
 #include "tests/host/store/ZWStoreTestSupport.h"
 
+#include <QSqlQuery>
 #include <cmath>
 #include <random>
 
@@ -309,6 +313,207 @@ TEST_P(ShiftSeriesStore, LoggerDataSelectsASeriesOfItsNames)
     EXPECT_FALSE(data.SelectSeries(At("2024-01-01"), At("2025-01-01"), ZWSeriesUnit::Hour, series, nullptr));
     EXPECT_TRUE(data.LastError().contains(u"more than 1000 points"_s));
     EXPECT_TRUE(series.values.empty());
+}
+
+// Nights, weekends and a public holiday on a Wednesday (19 March 2025) in
+// P3; working days P1 from 8 to 18 in winter, P2 in summer, P2 evenings.
+const char* const TestCalendar = R"(<tariffs><calendar><name>T3</name>
+  <period>P1</period><period>P2</period><period>P3</period><holiday>2025-03-19</holiday>
+  <rule><days>saturday,sunday,holiday</days><period>P3</period></rule>
+  <rule><days>working</days><hours>0-8</hours><period>P3</period></rule>
+  <rule><months>10-3</months><days>working</days><hours>8-18</hours><period>P1</period></rule>
+  <rule><months>4-9</months><days>working</days><hours>8-18</hours><period>P2</period></rule>
+  <rule><days>working</days><hours>18-24</hours><period>P2</period></rule>
+</calendar></tariffs>)";
+
+class TariffStore : public ShiftSeriesStore
+{
+protected:
+    void SetUp() override
+    {
+        ShiftSeriesStore::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        ZWTariffCalendarFile file;
+        ASSERT_TRUE(file.Parse(TestCalendar)) << file.LastError().toStdString();
+        m_calendar = std::make_shared<ZWTariffCalendar>(file.Calendars().front());
+        QString error;
+        ASSERT_TRUE(m_store->SetTariffCalendar(m_calendar, &error)) << error.toStdString();
+    }
+
+    // The tariff period of the local hour that holds UTC instant t.
+    int PeriodOf(qint64 t) const
+    {
+        const ZWDateTime local = ZWLocalTime::FromUtc(t);
+        return m_calendar->PeriodAt(
+            ZWDateTime::FromSeconds(local.Seconds() - ZWDateTime::FloorMod(local.Seconds(), 3600)));
+    }
+
+    // The plainest computation: a counter's rises (a drop: its reading) of
+    // the samples in (start, end] whose hour, the one their time closes, is
+    // in `period`; a gauge's samples in [start, end) whose hour is.
+    double Expected(const QString& name, qint64 start, qint64 end) const
+    {
+        const QString filter = name.section(QLatin1Char(':'), 1);
+        const QString period = filter.section(QLatin1Char(':'), -1);
+        const QString reduction
+            = filter.contains(QLatin1Char(':')) ? filter.section(QLatin1Char(':'), 0, 0) : QString();
+        const int p = m_calendar->PeriodIndex(period);
+        if (name.startsWith(Meter)) {
+            double sum = 0.0;
+            bool any = false;
+            const Samples& m = m_meter->samples;
+            for (size_t k = 1; k < m.size(); ++k) {
+                if (m[k].first > start && m[k].first <= end && PeriodOf(m[k].first - 1) == p) {
+                    sum += m[k].second >= m[k - 1].second ? m[k].second - m[k - 1].second : m[k].second;
+                    any = true;
+                }
+            }
+            return any ? sum : ZW_NO_VALUE;
+        }
+        Samples in;
+        for (const auto& sample : m_power->samples)
+            if (sample.first >= start && sample.first < end && PeriodOf(sample.first) == p)
+                in.push_back(sample);
+        return Reference(in).Reduce(reduction.isEmpty() ? u"avg"_s : reduction, start, end);
+    }
+
+    std::shared_ptr<ZWTariffCalendar> m_calendar;
+};
+
+INSTANTIATE_TEST_SUITE_P(Backends, TariffStore, testing::Values(Backend::SQLite, Backend::PostgreSQL), BackendName);
+
+TEST_P(TariffStore, TariffPeriodsSplitAPeriodByTheCalendarsHoursInTheSameQuery)
+{
+    QStringList names;
+    for (const char* p : {"P1", "P2", "p3"}) {
+        names << Meter + u":"_s + QLatin1String(p);
+        for (const char* r : {"avg", "max", "min", "count", "sum"})
+            names << Power + u":"_s + QLatin1String(r) + u":"_s + QLatin1String(p);
+    }
+    struct Case
+    {
+        const char* name;
+        const char *start, *end;
+    } cases[] = {
+        {"March 2025 (DST change, holiday, reset, gap)", "2025-03-01", "2025-04-01"},
+        {"the 25-hour day", "2025-10-26", "2025-10-27"},
+        {"the holiday", "2025-03-19", "2025-03-20"},
+        {"mid-hour to mid-hour over the reset", "2025-03-20T10:30:00", "2025-03-21T09:15:00"},
+        {"within one hour", "2025-03-20T13:05:00", "2025-03-20T13:50:00"},
+        {"a day without samples", "2025-03-11", "2025-03-12"},
+    };
+    for (const Case& c : cases) {
+        const qint64 start = ZWLocalTime::ToUtc(At(c.start)), end = ZWLocalTime::ToUtc(At(c.end));
+        std::vector<double> values;
+        QString error;
+        const int before = m_store->PeriodQueryCount();
+        ASSERT_TRUE(m_store->PeriodValues(names + QStringList{Meter}, At(c.start), At(c.end), values, nullptr, &error))
+            << error.toStdString();
+        EXPECT_EQ(m_store->PeriodQueryCount() - before, 1) << c.name;
+        const std::vector<double> raw = Values(names, start, end, Method::Raw);
+        double total = 0.0;
+        for (int i = 0; i < names.size(); ++i) {
+            const std::string what = std::string(c.name) + " " + names[i].toStdString();
+            const double expected = Expected(names[i], start, end);
+            EXPECT_TRUE(Close(values[size_t(i)], expected, 1e-11))
+                << what << ": " << values[size_t(i)] << " vs " << expected;
+            EXPECT_TRUE(Close(values[size_t(i)], raw[size_t(i)], 1e-11)) << what << " raw " << raw[size_t(i)];
+            if (names[i].startsWith(Meter) && !IsNoValue(values[size_t(i)]))
+                total += values[size_t(i)];
+        }
+        // The periods' increases add up to the period's.
+        EXPECT_TRUE(Close(total == 0.0 ? ZW_NO_VALUE : total, values.back(), 1e-11)) << c.name << ": " << total;
+    }
+    // A shifted tariff period: March a year back.
+    std::vector<double> shifted;
+    QString error;
+    ASSERT_TRUE(m_store->PeriodValues({Meter + u":P1@-1y"_s, Power + u":max:P3@-1y"_s}, At("2025-03-01"),
+        At("2025-04-01"), shifted, nullptr, &error));
+    const qint64 s = ZWLocalTime::ToUtc(At("2024-03-01")), e = ZWLocalTime::ToUtc(At("2024-04-01"));
+    EXPECT_TRUE(Close(shifted[0], Expected(Meter + u":P1"_s, s, e), 1e-11));
+    EXPECT_TRUE(Close(shifted[1], Expected(Power + u":max:P3"_s, s, e), 1e-11));
+    // By day: each day's P1 increase.
+    ZWSeries series;
+    ASSERT_TRUE(m_store->SeriesValues(
+        {Meter + u":P1"_s}, At("2025-03-01"), At("2025-04-01"), ZWSeriesUnit::Day, series, nullptr, &error));
+    const std::vector<qint64> days
+        = ZWLoggerStore::SubPeriodInstants(At("2025-03-01"), At("2025-04-01"), ZWSeriesUnit::Day);
+    ASSERT_EQ(series.values.size(), 31u);
+    for (size_t j = 0; j < 31; ++j)
+        EXPECT_TRUE(Close(series.values[j][0], Expected(Meter + u":P1"_s, days[j], days[j + 1]), 1e-11)) << "day " << j;
+    EXPECT_EQ(series.values[0][0], ZW_NO_VALUE); // a Saturday: no P1 hour
+}
+
+TEST_P(TariffStore, TariffFiltersOutsideTheGrammarAreUnknownNames)
+{
+    for (const char* bad :
+        {":P4", ":first:P1", ":last:P1", ":hours:P1", ":P1:max", "::P1", ":max:", ":P1@", ":P1@+1", ":avg:P1:P2"})
+        EXPECT_FALSE(m_store->HasVariable(Meter + QLatin1String(bad))) << bad;
+    // A gauge's delta has no tariff form.
+    EXPECT_FALSE(m_store->HasVariable(Power + u":delta:P1"_s));
+    for (const char* good : {":P1", ":delta:p2", ":MAX:P3", ":P1@-1y", ":count:P2@-3d"})
+        EXPECT_TRUE(m_store->HasVariable(Meter + QLatin1String(good))) << good;
+    EXPECT_FALSE(m_store->FindVariable(Meter + u":P1"_s).has_value());
+    EXPECT_EQ(m_store->FilterNames().mid(9), (QStringList{u"P1"_s, u"P2"_s, u"P3"_s}));
+
+    // A period named like a reduction would shadow it: refused.
+    ZWTariffCalendarFile file;
+    ASSERT_TRUE(file.Parse(QByteArray(TestCalendar).replace("P2", "Max")));
+    QString error;
+    EXPECT_FALSE(m_store->SetTariffCalendar(std::make_shared<ZWTariffCalendar>(file.Calendars().front()), &error));
+    EXPECT_TRUE(error.contains(u"\"Max\""_s)) << error.toStdString();
+    EXPECT_TRUE(m_store->HasVariable(Meter + u":P2"_s));
+    // Without a calendar, no period is known.
+    ASSERT_TRUE(m_store->SetTariffCalendar(nullptr, &error));
+    EXPECT_FALSE(m_store->HasVariable(Meter + u":P1"_s));
+}
+
+TEST_P(TariffStore, CounterHoursFollowEveryWriteAndAnOlderDatabaseGetsThem)
+{
+    const auto rows = [&] {
+        QSqlQuery q(m_store->Connection().Database());
+        EXPECT_TRUE(q.exec(u"SELECT variable_id, bucket, rise FROM counter_hour ORDER BY 1, 2"_s));
+        std::vector<std::tuple<qint64, qint64, double>> out;
+        while (q.next())
+            out.emplace_back(q.value(0).toLongLong(), q.value(1).toLongLong(), q.value(2).toDouble());
+        return out;
+    };
+    ZWSqlLoggerConnection& c = m_store->Connection();
+    const auto rebuilt = [&] {
+        EXPECT_TRUE(c.Exec(u"DELETE FROM counter_hour"_s, nullptr));
+        EXPECT_TRUE(c.Exec(
+            ZWLoggerSchema::CounterHourFillSql(u"variable_id IN (SELECT id FROM variables WHERE kind = 'counter')"_s),
+            nullptr));
+        return rows();
+    };
+    const auto same = [](const auto& a, const auto& b) {
+        if (a.size() != b.size())
+            return false;
+        for (size_t i = 0; i < a.size(); ++i)
+            if (std::get<0>(a[i]) != std::get<0>(b[i]) || std::get<1>(a[i]) != std::get<1>(b[i])
+                || !Close(std::get<2>(a[i]), std::get<2>(b[i]), 1e-12))
+                return false;
+        return true;
+    };
+    // Late samples: on the hour, a drop, a replaced value, before all others.
+    const qint64 h = ZWLocalTime::ToUtc(At("2025-03-05T10:00:00"));
+    Write(Meter, Kind::Counter, {{h, 1.0}, {h + 3600 * 5 + 7, 99999.0}, {m_meter->samples[10].first, 5.0}, {100, 1.0}});
+    const auto written = rows();
+    EXPECT_GT(written.size(), 1000u);
+    EXPECT_TRUE(same(written, rebuilt()));
+
+    // A database of the schema before: opened, it gets its counter hours.
+    ASSERT_TRUE(c.Exec(u"DROP TABLE counter_hour"_s, nullptr));
+    ASSERT_TRUE(c.Exec(u"UPDATE zw_schema SET version = 1"_s, nullptr));
+    m_store.reset();
+    m_store = std::make_unique<ZWSqlLoggerStore>(m_parsed);
+    QString error;
+    ASSERT_TRUE(m_store->Open(&error)) << error.toStdString();
+    EXPECT_TRUE(same(rows(), written));
+    QSqlQuery q(m_store->Connection().Database());
+    ASSERT_TRUE(q.exec(u"SELECT version FROM zw_schema"_s) && q.next());
+    EXPECT_EQ(q.value(0).toInt(), ZWLoggerSchema::Version);
 }
 
 } // namespace
