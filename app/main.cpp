@@ -63,6 +63,9 @@ void PrintUsage(QTextStream& s)
          "  --data-dir DIR    folder of styles and relative pictures\n"
          "  --db URL          logger database: sqlite:PATH or postgresql://user@host:port/db\n"
          "                    (an existing one; only import and demo-db create one)\n"
+         "  --tariff-calendar NAME\n"
+         "                    calendar of DATA/tariffs.xml whose periods filters name\n"
+         "                    ([Meter.Energy:P1]; default: the file's first calendar)\n"
          "\n"
          "'zwinformes COMMAND --help' describes a command.\n";
     s.flush();
@@ -72,8 +75,9 @@ void PrintUsage(QTextStream& s)
 // Returns false (with a message) when one is malformed.
 bool TakeGlobalOptions(QStringList& args, QString& error)
 {
-    static const QStringList names = {QStringLiteral("--locale"), QStringLiteral("--tz"),
-        QStringLiteral("--report-dir"), QStringLiteral("--data-dir"), QStringLiteral("--db")};
+    static const QStringList names
+        = {QStringLiteral("--locale"), QStringLiteral("--tz"), QStringLiteral("--report-dir"),
+            QStringLiteral("--data-dir"), QStringLiteral("--db"), QStringLiteral("--tariff-calendar")};
     for (int i = 0; i < args.size();) {
         QString name = args[i];
         QString value;
@@ -112,6 +116,8 @@ bool TakeGlobalOptions(QStringList& args, QString& error)
             ZWMarentaSetup::instance().SetDataDirectory(value);
         } else if (name == QLatin1String("--db")) {
             ZWMarentaSetup::instance().SetLoggerDatabase(value);
+        } else if (name == QLatin1String("--tariff-calendar")) {
+            ZWMarentaSetup::instance().SetTariffCalendar(value);
         }
     }
     return true;

@@ -16,7 +16,8 @@ int RunPeriodValues(const QStringList& args)
         QStringLiteral("Prints NAME<TAB>VALUE for each variable over the local period [--from, --to)\n"
                        "(\"-\" when it has no data). --all takes every variable of the database.\n"
                        "With --series, a header line \"start<TAB>NAME...\", then one line per sub-period:\n"
-                       "its local start, then the values."),
+                       "its local start, then the values.\n"
+                       "With --tariff, each NAME once per period of that tariff calendar (NAME:P1...)."),
         QStringLiteral("[NAME...]"));
     QCommandLineParser& p = cl.Parser();
     p.addOption({QStringLiteral("from"), QStringLiteral("Start, local time (ISO 8601)."), QStringLiteral("TIME")});
@@ -24,6 +25,9 @@ int RunPeriodValues(const QStringList& args)
         {QStringLiteral("to"), QStringLiteral("End (excluded), local time (ISO 8601)."), QStringLiteral("TIME")});
     p.addOption({QStringLiteral("all"), QStringLiteral("Every variable of the database.")});
     p.addOption({QStringLiteral("raw"), QStringLiteral("Read raw samples only, not the rollups.")});
+    p.addOption({QStringLiteral("tariff"),
+        QStringLiteral("Values per period of this calendar of the data folder's tariffs.xml."),
+        QStringLiteral("NAME")});
     p.addOption({QStringLiteral("series"), QStringLiteral("One line per hour, day, week or month of the period."),
         QStringLiteral("UNIT")});
     const int parsed = cl.Parse(args);
@@ -49,6 +53,17 @@ int RunPeriodValues(const QStringList& args)
     if (p.isSet(QStringLiteral("all")))
         for (const auto& v : store.Variables())
             names << v.name;
+    if (p.isSet(QStringLiteral("tariff"))) {
+        if (!ZWLoggerDatabase::LoadTariffCalendar(store, p.value(QStringLiteral("tariff")), &error)) {
+            Err() << "zwinformes period-values: " << error << "\n";
+            return ExitFailed;
+        }
+        QStringList expanded;
+        for (const QString& name : std::as_const(names))
+            for (const QString& period : store.TariffCalendar()->PeriodNames())
+                expanded << name + QLatin1Char(':') + period;
+        names = expanded;
+    }
     const auto number = [](double v) { return IsNoValue(v) ? QStringLiteral("-") : QString::number(v, 'g', 17); };
     const ZWSqlLoggerStore::Method method
         = p.isSet(QStringLiteral("raw")) ? ZWSqlLoggerStore::Method::Raw : ZWSqlLoggerStore::Method::Rollups;

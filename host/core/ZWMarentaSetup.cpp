@@ -75,6 +75,25 @@ QString ZWMarentaSetup::GetLoggerDatabase() const
     return QStringLiteral("sqlite:") + BaseFolder() + QStringLiteral("logger.sqlite");
 }
 
+QString ZWMarentaSetup::GetTariffCalendar() const
+{
+    {
+        std::lock_guard lock(m_mutex);
+        if (!m_tariff.isEmpty())
+            return m_tariff;
+    }
+    const QString env = Env("ZWINFORMES_TARIFF");
+    if (!env.isEmpty())
+        return env;
+    return OpenSettings()->value(ZWSettingsKeys::TariffCalendar).toString();
+}
+
+void ZWMarentaSetup::SetTariffCalendar(const QString& name)
+{
+    std::lock_guard lock(m_mutex);
+    m_tariff = name;
+}
+
 QString ZWMarentaSetup::SettingsFile() const
 {
     std::lock_guard lock(m_mutex);

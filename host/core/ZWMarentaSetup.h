@@ -10,8 +10,9 @@
 //
 // Each value comes from, in this order: an explicit Set… (the command line),
 // an environment variable (ZWINFORMES_REPORT_DIR, ZWINFORMES_DATA_DIR,
-// ZWINFORMES_DB, ZWINFORMES_SETTINGS), the settings ("ReportDirectory",
-// "LoggerDatabase"), and a default under the user's XDG data folder.
+// ZWINFORMES_DB, ZWINFORMES_TARIFF, ZWINFORMES_SETTINGS), the settings
+// ("ReportDirectory", "LoggerDatabase", "TariffCalendar"), and a default
+// under the user's XDG data folder.
 class ZWMarentaSetup
 {
 public:
@@ -24,6 +25,8 @@ public:
     QString GetDataDirectory() const;
     // The logger database: "sqlite:PATH" or "postgresql://user@host:port/db".
     QString GetLoggerDatabase() const;
+    // The tariff calendar's name ("" for the first of the file).
+    QString GetTariffCalendar() const;
     // The group under which the per-user values are kept.
     QString GetSettingsKey() const { return QStringLiteral("ZWInformes"); }
     // Per-user settings, opened on the settings key (created when missing).
@@ -33,6 +36,7 @@ public:
     void SetReportDirectory(const QString& path);
     void SetDataDirectory(const QString& path);
     void SetLoggerDatabase(const QString& url);
+    void SetTariffCalendar(const QString& name);
     // Keep the settings in this INI file instead of the user's (tests, portable use).
     void SetSettingsFile(const QString& path);
 
@@ -44,5 +48,6 @@ private:
     QString m_reportDir;
     QString m_dataDir;
     QString m_database;
+    QString m_tariff;
     QString m_settingsFile;
 };

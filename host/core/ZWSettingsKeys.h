@@ -12,6 +12,9 @@ inline const QString LastInforme = QStringLiteral("LastInforme");
 inline const QString LastReportGroup = QStringLiteral("LastReportGroup");
 // The logger database address chosen in the desktop application.
 inline const QString LoggerDatabase = QStringLiteral("LoggerDatabase");
+// The tariff calendar (by name, in the data folder's "tariffs.xml") whose
+// periods filters name; unset: the file's first calendar.
+inline const QString TariffCalendar = QStringLiteral("TariffCalendar");
 // The report folder chosen in the desktop application.
 inline const QString ReportDirectory = QStringLiteral("ReportDirectory");
 // The user interval's bounds: a prefix followed by Year, Month, Day, Hour, Minute or Second.

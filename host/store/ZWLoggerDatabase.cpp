@@ -3,8 +3,12 @@
 #include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWSettingsKeys.h"
 #include "host/drivers/ZWDriverSupport.h"
+#include "host/drivers/ZWTariffCalendarFile.h"
 #include "host/store/ZWLoggerUrl.h"
 #include "host/store/ZWSqlLoggerStore.h"
+
+#include <QDebug>
+#include <QFileInfo>
 
 ZWLoggerDatabase::Opened ZWLoggerDatabase::Open(const QString& address, ZWSqlLoggerStore::Creation creation)
 {
@@ -15,9 +19,34 @@ ZWLoggerDatabase::Opened ZWLoggerDatabase::Open(const QString& address, ZWSqlLog
         return opened;
     }
     auto store = std::make_shared<ZWSqlLoggerStore>(url, creation);
-    if (store->Open(&opened.error))
-        opened.store = std::move(store);
+    if (!store->Open(&opened.error))
+        return opened;
+    QString why;
+    if (!LoadTariffCalendar(*store, QString(), &why))
+        qWarning().noquote() << why;
+    opened.store = std::move(store);
     return opened;
+}
+
+bool ZWLoggerDatabase::LoadTariffCalendar(ZWSqlLoggerStore& store, const QString& name, QString* error)
+{
+    const QString wanted = name.isEmpty() ? ZWMarentaSetup::instance().GetTariffCalendar() : name;
+    const QString path = ZWTariffCalendarFile::DefaultPath();
+    if (wanted.isEmpty() && !QFileInfo::exists(path))
+        return store.SetTariffCalendar(nullptr, error);
+    ZWTariffCalendarFile file;
+    if (!file.Load(path)) {
+        if (error)
+            *error = file.LastError();
+        return false;
+    }
+    const ZWTariffCalendar* found = wanted.isEmpty() ? &file.Calendars().front() : file.Find(wanted);
+    if (!found) {
+        if (error)
+            *error = file.NoSuchCalendar(path, wanted);
+        return false;
+    }
+    return store.SetTariffCalendar(std::make_shared<ZWTariffCalendar>(*found), error);
 }
 
 ZWLoggerDatabase::Opened ZWLoggerDatabase::OpenConfigured(ZWSqlLoggerStore::Creation creation)

@@ -27,8 +27,14 @@ public:
     // says so. Only import and the demo data pass CreateMissing.
     static Opened Open(
         const QString& address, ZWSqlLoggerStore::Creation creation = ZWSqlLoggerStore::Creation::OpenExisting);
-    // The configured database (ZWMarentaSetup::GetLoggerDatabase).
+    // The configured database (ZWMarentaSetup::GetLoggerDatabase), with the
+    // configured tariff calendar (LoadTariffCalendar; a calendar that cannot
+    // be loaded is logged, and tariff filters are then unknown names).
     static Opened OpenConfigured(ZWSqlLoggerStore::Creation creation = ZWSqlLoggerStore::Creation::OpenExisting);
+    // Sets the calendar `name` (empty: the configured one, or else the first)
+    // of the data folder's tariff file on `store`. Without the file and
+    // without a name configured there is none, and that is no fault.
+    static bool LoadTariffCalendar(ZWSqlLoggerStore& store, const QString& name, QString* error);
     // Opens `address` and makes it the database every device variable reads
     // (ZWDriverSupport). False, with a message for the user in `error`,
     // leaving the database in use as it was.

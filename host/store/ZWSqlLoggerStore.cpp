@@ -479,7 +479,9 @@ struct TariffPiece
     int g;
     qint64 label, lo, hi;
 };
-constexpr int TariffPieceBinds = 4;
+// What a piece counts against a statement's bound values: they travel in one
+// text, but a statement should stay of a size that a server takes.
+constexpr int TariffPieceBinds = 1;
 
 void AddOnce(QList<qint64>& list, qint64 id)
 {
@@ -595,7 +597,7 @@ void PlanRanges(PlanGroup& g, const std::vector<std::pair<qint64, qint64>>& rang
 //   time, b its value;
 // - 20: a reset at time key = a: b the value before, c the value.
 QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& batch, const TariffPiece* tariffBegin,
-    const TariffPiece* tariffEnd, QVariantList& binds)
+    const TariffPiece* tariffEnd, bool postgres, QVariantList& binds)
 {
     QStringList ctes, parts;
     const auto cte = [&](const char* name, const char* columns, int arity, const std::vector<qint64>& flat) {
@@ -739,21 +741,48 @@ QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& ba
         for (const TariffPiece* t = tariffBegin; t != tariffEnd; ++t)
             if (t->table == table)
                 flat.insert(flat.end(), {qint64(t->g), t->label, t->lo, t->hi});
-        if (!cte(tariffNames[table], "g, k, lo, hi", 4, flat))
+        if (flat.empty())
             continue;
+        // A year's tariff hours are thousands of pieces: they travel as one
+        // bound JSON text of [g, k, lo, hi] rows (binding each number costs
+        // the driver time that grows with the square of their count).
+        QString json = QStringLiteral("[");
+        json.reserve(qsizetype(flat.size()) * 12);
+        for (size_t i = 0; i < flat.size(); i += 4)
+            json += QStringLiteral("%1[%2,%3,%4,%5]")
+                        .arg(i ? QStringLiteral(",") : QString())
+                        .arg(flat[i])
+                        .arg(flat[i + 1])
+                        .arg(flat[i + 2])
+                        .arg(flat[i + 3]);
+        json += QLatin1Char(']');
+        binds << json;
+        ctes << QLatin1String(tariffNames[table])
+                + (postgres ? QStringLiteral(
+                       "(g, k, lo, hi) AS MATERIALIZED (SELECT CAST(e->>0 AS BIGINT), CAST(e->>1 AS BIGINT), "
+                       "CAST(e->>2 AS BIGINT), CAST(e->>3 AS BIGINT) FROM "
+                       "json_array_elements(CAST(? AS JSON)) e)")
+                            : QStringLiteral("(g, k, lo, hi) AS MATERIALIZED (SELECT json_extract(e.value, '$[0]'), "
+                                             "json_extract(e.value, '$[1]'), json_extract(e.value, '$[2]'), "
+                                             "json_extract(e.value, '$[3]') FROM json_each(?) e)"));
         const QLatin1String cteName(tariffNames[table]);
+        // The pieces' list is read once (MATERIALIZED) and joined from there.
         if (table == Samples)
             parts << QStringLiteral("SELECT v.id, 30, p.k, COUNT(*), SUM(s.value), MIN(s.value), MAX(s.value) "
-                                    "FROM vt v CROSS JOIN ts p CROSS JOIN samples s WHERE p.g = v.g "
+                                    "FROM ts p CROSS JOIN vt v CROSS JOIN samples s WHERE p.g = v.g "
                                     "AND s.variable_id = v.id AND s.t >= p.lo AND s.t < p.hi GROUP BY v.id, p.k");
         else if (table == CounterHour)
-            parts << QStringLiteral("SELECT v.id, 31, p.k, COUNT(*), SUM(c.rise), %1, %1 FROM vc v CROSS JOIN tc p "
-                                    "CROSS JOIN counter_hour c WHERE p.g = v.g AND c.variable_id = v.id "
-                                    "AND c.bucket >= p.lo AND c.bucket < p.hi GROUP BY v.id, p.k")
+            // Summed per piece first: grouping a year's hours at once would
+            // sort every one of them. A piece without rows gives NULL, which
+            // COUNT leaves out.
+            parts << QStringLiteral("SELECT x.id, 31, x.k, COUNT(x.r), SUM(x.r), %1, %1 FROM (SELECT v.id, p.k, "
+                                    "(SELECT SUM(c.rise) FROM counter_hour c WHERE c.variable_id = v.id "
+                                    "AND c.bucket >= p.lo AND c.bucket < p.hi) AS r FROM vc v CROSS JOIN tc p "
+                                    "WHERE p.g = v.g) x GROUP BY x.id, x.k")
                          .arg(nullReal);
         else
             parts << QStringLiteral("SELECT v.id, 30, p.k, CAST(SUM(r.n) AS BIGINT), SUM(r.total), MIN(r.lo), "
-                                    "MAX(r.hi) FROM vt v CROSS JOIN %1 p CROSS JOIN %2 r WHERE p.g = v.g "
+                                    "MAX(r.hi) FROM %1 p CROSS JOIN vt v CROSS JOIN %2 r WHERE p.g = v.g "
                                     "AND r.variable_id = v.id AND r.bucket >= p.lo AND r.bucket < p.hi "
                                     "GROUP BY v.id, p.k")
                          .arg(cteName, QLatin1String(table == RollupHour ? "rollup_hour" : "rollup_day"));
@@ -1115,7 +1144,7 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
                                      : std::pair<const TariffPiece*, const TariffPiece*>{nullptr, nullptr};
         if (batch.empty() && from == to)
             break;
-        const QString sql = PeriodSql(plan, batch, from, to, binds);
+        const QString sql = PeriodSql(plan, batch, from, to, c.IsPostgres(), binds);
         Rows part;
         if (!RunPeriodQuery(c, sql, binds, part, progress, error))
             return false;
