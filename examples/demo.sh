@@ -16,6 +16,11 @@ if [ ! -f out/demo.sqlite ]; then
   "$ZW" demo-db --db "$DB" --months 14 --step 15m
 fi
 
+# The data folder: the time-of-use calendar of the report's tariff page.
+mkdir -p out/data
+cp examples/tariffs/three-period.xml out/data/tariffs.xml
+export ZWINFORMES_DATA_DIR="$PWD/out/data"
+
 REPORT=examples/reports/MonthlyEnergy.XRPT
 last_month=$(date -d "$(date +%Y-%m-01) -1 month" +%Y-%m-15T12:00:00)
 echo "== The monthly energy report for the last complete month"

@@ -215,6 +215,14 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
             {QStringLiteral("TotalCost"), QStringLiteral("ElectricityCost + GasCost")},
             {QStringLiteral("PVShare"),
                 QStringLiteral("[PV inverter.Energy] / ([Main meter.Active energy] + [PV inverter.Energy]) * 100")},
+            // Time-of-use prices of the calendar "Peak-Shoulder-OffPeak"
+            // (examples/tariffs/three-period.xml as the data folder's tariffs.xml).
+            {QStringLiteral("PricePeak"), QStringLiteral("0.28")},
+            {QStringLiteral("PriceShoulder"), QStringLiteral("0.19")},
+            {QStringLiteral("PriceOffPeak"), QStringLiteral("0.11")},
+            {QStringLiteral("TariffCost"),
+                QStringLiteral("[Main meter.Active energy:Peak] * PricePeak + [Main meter.Active energy:Shoulder] * "
+                               "PriceShoulder + [Main meter.Active energy:OffPeak] * PriceOffPeak")},
         });
 
     // Page 1: consumption and cost.
@@ -273,7 +281,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     auto printed = AddDate(first, 20.0, 285.0, 100.0, 6.0, QStringLiteral("ACTUAL_DATE"),
         QStringLiteral("\"Printed on \"dd/MM/yyyy \"at\" hh:mm"), 8.0);
     printed->color = Grey;
-    AddLabel(first, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 1 of 3"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
+    AddLabel(first, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 1 of 4"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
 
     // Page 2: power and comfort.
     ZWTemplatePage& second = report.AddPage();
@@ -308,7 +316,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     auto note = AddLabel(second, 20.0, 135.0, 170.0, 8.0,
         QStringLiteral("Gauges show the mean of the period; counters show their increase over it."), 9.0, Italic, Grey);
     note->horizontalAlign = ZWCardLabel::AlignLeft;
-    AddLabel(second, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 2 of 3"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
+    AddLabel(second, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 2 of 4"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
 
     // Page 3: trends and comparisons.
     ZWTemplatePage& third = report.AddPage();
@@ -365,7 +373,72 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
             QString(), QStringLiteral("max")},
         {QStringLiteral("Cost EUR"), QStringLiteral("TotalCost"), QStringLiteral(".2"), true, QString(), QString()},
     };
-    AddLabel(third, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 3 of 3"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
+    AddLabel(third, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 3 of 4"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
+
+    // Page 4: the electricity by time-of-use period.
+    ZWTemplatePage& fourth = report.AddPage();
+    fourth.properties.InitializeBackground(QString::fromLatin1(BackgroundPng(210, 297).toBase64()));
+    fourth.properties.background->maintainAspectRatio = false;
+    AddHeader(fourth, 210.0, QStringLiteral("Time-of-use tariff"), QStringLiteral("Head office building"));
+    AddLabel(fourth, 20.0, 38.0, 170.0, 9.0, QStringLiteral("Electricity by tariff period"), 14.0, Bold, DarkBlue);
+    struct Column
+    {
+        double x, width;
+        const char* title;
+    };
+    const Column columns[] = {{20.0, 32.0, "Period"}, {52.0, 30.0, "Energy kWh"}, {82.0, 22.0, "Share %"},
+        {104.0, 28.0, "Price EUR/kWh"}, {132.0, 28.0, "Cost EUR"}, {160.0, 30.0, "Peak kW"}};
+    for (const Column& c : columns)
+        AddLabel(fourth, c.x, 49.0, c.width - 2.0, 8.0, QString::fromLatin1(c.title), 9.0, Bold, Grey,
+            c.x == 20.0 ? ZWCardLabel::AlignLeft : ZWCardLabel::AlignRight);
+    const auto addTariffRow = [&](int line, const QString& name, const QString& energy, const QString& price,
+                                  const QString& cost, const QString& peak) {
+        const double y = 58.0 + 9.0 * line;
+        if (line % 2 == 0)
+            AddShade(fourth, 20.0, y, 170.0, 9.0, RowShade);
+        AddLabel(fourth, 22.0, y, 30.0, 9.0, name, 10.0, line == 3 ? Bold : 0);
+        const QString formulas[]
+            = {energy, energy + QStringLiteral(" / [Main meter.Active energy] * 100"), price, cost, peak};
+        const char* const formats[] = {".1", ".1", ".02", ".02", ".1"};
+        for (int i = 0; i < 5; ++i) {
+            ZWCardFormule* value = AddFormule(fourth, columns[i + 1].x, y, columns[i + 1].width - 2.0, 9.0, formulas[i],
+                QString::fromLatin1(formats[i]));
+            value->style = line == 3 ? Bold : 0;
+            value->color = Black;
+        }
+    };
+    int line = 0;
+    for (const char* period : {"Peak", "Shoulder", "OffPeak"}) {
+        const QString p = QString::fromLatin1(period);
+        const QString energy = QStringLiteral("[Main meter.Active energy:%1]").arg(p);
+        addTariffRow(line++, p == QLatin1String("OffPeak") ? QStringLiteral("Off-peak") : p, energy,
+            QStringLiteral("Price") + p, energy + QStringLiteral(" * Price") + p,
+            QStringLiteral("[Main meter.Active power:max:%1]").arg(p));
+    }
+    addTariffRow(line, QStringLiteral("Total"), QStringLiteral("[Main meter.Active energy]"),
+        QStringLiteral("TariffCost / [Main meter.Active energy]"), QStringLiteral("TariffCost"),
+        QStringLiteral("[Main meter.Active power:max]"));
+
+    ZWCardChart* shares = Add<ZWCardChart>(fourth, 20.0, 100.0, 170.0, 80.0);
+    shares->type = ZWCardChart::Type::Stacked;
+    shares->title = QStringLiteral("Electricity per day by tariff period");
+    shares->yTitle = QStringLiteral("kWh");
+    shares->format = QStringLiteral(".0");
+    shares->series = {
+        {QStringLiteral("Peak"), QStringLiteral("[Main meter.Active energy:Peak]"), Red, QString()},
+        {QStringLiteral("Shoulder"), QStringLiteral("[Main meter.Active energy:Shoulder]"), ZWRGB(230, 150, 30),
+            QString()},
+        {QStringLiteral("Off-peak"), QStringLiteral("[Main meter.Active energy:OffPeak]"), Green, QString()},
+    };
+    AddLabel(fourth, 20.0, 186.0, 170.0, 7.0,
+        QStringLiteral(
+            "Calendar \"Peak-Shoulder-OffPeak\" of the data folder's tariffs.xml. Working days: peak 17-21 h"),
+        9.0, Italic, Grey);
+    AddLabel(fourth, 20.0, 193.0, 170.0, 7.0,
+        QStringLiteral(
+            "(October to March) or 12-18 h (April to September), shoulder 7-23 h otherwise; the rest off-peak."),
+        9.0, Italic, Grey);
+    AddLabel(fourth, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 4 of 4"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
     return report;
 }
 

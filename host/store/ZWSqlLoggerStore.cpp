@@ -1017,6 +1017,7 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
     std::vector<Ranges> groups = groupsIn;
     const size_t asked = asks.size();
     std::vector<qint64> askLabel(asked, -1);
+    std::vector<char> periodHours(asked, 0);
     std::vector<size_t> helperOf;
     std::vector<TariffPiece> tariffPieces;
     std::vector<PlanGroup> plan(groups.size());
@@ -1050,6 +1051,7 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
         for (const TariffRun& run : runs->second) {
             if (run.period != a.tariff)
                 continue;
+            periodHours[k] = 1;
             if (!rises) {
                 if (!newLabel)
                     continue;
@@ -1209,5 +1211,10 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
             total = IsNoValue(total) ? edge : total + edge;
     }
     asks.resize(asked);
+    // Nothing is used in hours that the range does not have: a counter's
+    // increase in them is 0, not unknown (costs add up over every period).
+    for (size_t k = 0; k < asked; ++k)
+        if (asks[k].tariff >= 0 && asks[k].reduction == ZWLoggerReduction::Delta && !periodHours[k] && calendar)
+            asks[k].value = 0.0;
     return true;
 }

@@ -102,12 +102,17 @@ protected:
 TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
 {
     const QString pdf = m_dir.filePath(u"february.pdf"_s), pngs = m_dir.filePath(u"pages"_s);
-    const Result r = Zw(u"render %1 %2 -o %3 --png %4 --dpi 50"_s.arg(kExample, Period(), pdf, pngs));
+    // The tariff page's calendar in the data folder.
+    const QString data = m_dir.filePath(u"data"_s);
+    ASSERT_TRUE(QDir().mkpath(data));
+    ASSERT_TRUE(QFile::copy(zwtest::SourcePath(u"examples/tariffs/three-period.xml"_s), data + u"/tariffs.xml"_s));
+    const Result r
+        = Zw(u"render %1 %2 -o %3 --png %4 --dpi 50 --data-dir %5"_s.arg(kExample, Period(), pdf, pngs, data));
     ASSERT_EQ(r.status, 0) << r;
 
     const Result info = Poppler(u"pdfinfo"_s, {pdf});
     ASSERT_EQ(info.status, 0);
-    EXPECT_TRUE(info.out.contains(QRegularExpression(u"Pages:\\s+3\\n"_s))) << info;
+    EXPECT_TRUE(info.out.contains(QRegularExpression(u"Pages:\\s+4\\n"_s))) << info;
     EXPECT_TRUE(info.out.contains(u"595 x 842 pts (A4)"_s)) << info;
     const Result fonts = Poppler(u"pdffonts"_s, {pdf});
     EXPECT_TRUE(fonts.out.contains(u"LiberationSans"_s)) << fonts;
@@ -117,19 +122,22 @@ TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
     const Result text = Poppler(u"pdftotext"_s, {pdf, u"-"_s});
     ASSERT_EQ(text.status, 0);
     const char* expected[] = {
-        "01/02/2026 00:00", "01/03/2026 00:00", // the period, its end exclusive
-        "12,345.6",                             // electricity: 13345.6 - 1000
-        "1,234.50",                             // gas m3, two decimals kept
-        "13,024",                               // gas energy: 1234.5 * 10.55 = 13023.975
-        "32.42",                                // water
-        "4,115.2",                              // solar
-        "25,370",                               // total energy: 12345.6 + 13023.975, no decimals
-        "2,592.58",                             // electricity cost: 12345.6 * 0.21
-        "Over budget",                          // 12345.6 kWh > 400 kWh a day over 28 days
-        "25",                                   // solar share, percent
-        "[Main meter.Active power]",            // no power data: the formula shows as written
-        "Week from",                            // the weekly table's label column
-        "7,346",                                // its last week: 13345.6 - 6000
+        "01/02/2026 00:00",
+        "01/03/2026 00:00",          // the period, its end exclusive
+        "12,345.6",                  // electricity: 13345.6 - 1000
+        "1,234.50",                  // gas m3, two decimals kept
+        "13,024",                    // gas energy: 1234.5 * 10.55 = 13023.975
+        "32.42",                     // water
+        "4,115.2",                   // solar
+        "25,370",                    // total energy: 12345.6 + 13023.975, no decimals
+        "2,592.58",                  // electricity cost: 12345.6 * 0.21
+        "Over budget",               // 12345.6 kWh > 400 kWh a day over 28 days
+        "25",                        // solar share, percent
+        "[Main meter.Active power]", // no power data: the formula shows as written
+        "Week from",                 // the weekly table's label column
+        "7,346",                     // its last week: 13345.6 - 6000
+        // Both rises close Saturday hours: all off-peak, at 0.11 EUR/kWh.
+        "1,358.02",
     };
     for (const char* e : expected)
         EXPECT_TRUE(text.out.contains(QString::fromUtf8(e))) << e << "\n" << text;

@@ -237,7 +237,8 @@ TEST(TemplateCommands, RenderTemplateWritesOnePicturePerPage)
     Result r = Zwinformes(u"render-template %1 --png %2 --dpi 50"_s.arg(in, dir.filePath(u"low"_s)));
     ASSERT_EQ(r.status, 0) << r;
     EXPECT_EQ(QDir(dir.filePath(u"low"_s)).entryList(QDir::Files, QDir::Name),
-        QStringList({u"MonthlyEnergy-1.png"_s, u"MonthlyEnergy-2.png"_s, u"MonthlyEnergy-3.png"_s}));
+        QStringList(
+            {u"MonthlyEnergy-1.png"_s, u"MonthlyEnergy-2.png"_s, u"MonthlyEnergy-3.png"_s, u"MonthlyEnergy-4.png"_s}));
     const QImage page(dir.filePath(u"low/MonthlyEnergy-1.png"_s));
     EXPECT_EQ(page.size(), QSize(413, 585)); // 210 × 297 mm at 1969 dots per metre
     EXPECT_EQ(page.dotsPerMeterX(), 1969);

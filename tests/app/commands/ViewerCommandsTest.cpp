@@ -88,7 +88,7 @@ TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
         {u"view %1 --db mysql://h/d"_s.arg(m_report), 1, "is not valid"},
         {u"view %1 --db %2"_s.arg(m_dir.filePath(u"Missing.XRPT"_s), m_db), 1, "cannot read the report"},
         {u"screenshot %1 -o %2 --zoom 33"_s.arg(m_report, m_png), 2, "--zoom must be"},
-        {u"screenshot %1 --db %2 -o %3 --page 9"_s.arg(m_report, m_db, m_png), 1, "the report has 3 page(s)"},
+        {u"screenshot %1 --db %2 -o %3 --page 9"_s.arg(m_report, m_db, m_png), 1, "the report has 4 page(s)"},
         {u"gui extra"_s, 2, "takes no arguments"},
     };
     for (const Case& c : cases) {

@@ -369,7 +369,14 @@ protected:
                     any = true;
                 }
             }
-            return any ? sum : ZW_NO_VALUE;
+            if (any)
+                return sum;
+            // No sample in the period's hours: unknown, unless there are
+            // no such hours at all.
+            for (qint64 u = start; u < end; u += 60)
+                if (PeriodOf(u) == p)
+                    return ZW_NO_VALUE;
+            return 0.0;
         }
         Samples in;
         for (const auto& sample : m_power->samples)
@@ -442,7 +449,8 @@ TEST_P(TariffStore, TariffPeriodsSplitAPeriodByTheCalendarsHoursInTheSameQuery)
     ASSERT_EQ(series.values.size(), 31u);
     for (size_t j = 0; j < 31; ++j)
         EXPECT_TRUE(Close(series.values[j][0], Expected(Meter + u":P1"_s, days[j], days[j + 1]), 1e-11)) << "day " << j;
-    EXPECT_EQ(series.values[0][0], ZW_NO_VALUE); // a Saturday: no P1 hour
+    EXPECT_EQ(series.values[0][0], 0.0);          // a Saturday: no P1 hour
+    EXPECT_EQ(series.values[10][0], ZW_NO_VALUE); // 11 March: P1 hours, no samples
 }
 
 TEST_P(TariffStore, TariffFiltersOutsideTheGrammarAreUnknownNames)
