@@ -29,8 +29,13 @@ ZWINFORMES_SETTINGS="$settings" QT_QPA_PLATFORM=offscreen \
 
 # The example report's trends page (charts, comparisons, the weekly table) at
 # 80 dpi: examples/trends.png.
+# Its tariff page, with the three-period calendar as the data folder's
+# tariffs.xml: examples/tariffs.png.
 pages=$(mktemp -d)
+mkdir -p "$pages/data"
+cp examples/tariffs/three-period.xml "$pages/data/tariffs.xml"
 "$ZW" render examples/reports/MonthlyEnergy.XRPT --db "$DB" --locale en_US --unit month --date "$last_month" \
-  --png "$pages" --dpi 80 >/dev/null
+  --data-dir "$pages/data" --png "$pages" --dpi 80 >/dev/null
 cp "$pages/MonthlyEnergy-page3.png" examples/trends.png
+cp "$pages/MonthlyEnergy-page4.png" examples/tariffs.png
 rm -rf "$pages"
