@@ -133,10 +133,9 @@ bool CheckPages(const std::vector<std::unique_ptr<ZWViewPage>>& pages, bool pdf,
 // Writes the filled pages to the PDF and/or the PNG folder (empty: none),
 // the PDF's folder made first when `createFolder`, naming what it wrote on stdout. False (with `error`) at the first
 // file that cannot be written.
-bool WriteOutputs(ZWReportJob& job, std::vector<std::unique_ptr<ZWViewPage>>& pages, const QString& pdf,
-    const QString& pngDir, double dpi, bool createFolder, QString& error)
+bool WriteOutputs(const QString& title, const QString& base, std::vector<std::unique_ptr<ZWViewPage>>& pages,
+    const QString& pdf, const QString& pngDir, double dpi, bool createFolder, QString& error)
 {
-    const QString title = job.Data().Design().Value(QStringLiteral("/name"));
     if (!pdf.isEmpty()) {
         const QString folder = QFileInfo(pdf).path();
         if (createFolder && !QDir().mkpath(folder)) {
@@ -151,7 +150,6 @@ bool WriteOutputs(ZWReportJob& job, std::vector<std::unique_ptr<ZWViewPage>>& pa
     }
     if (!pngDir.isEmpty()) {
         QStringList written;
-        const QString base = QFileInfo(job.ReportPath()).completeBaseName();
         if (!WritePngs(pngDir, base, pages, dpi, written, error))
             return false;
         for (const QString& path : written)
@@ -241,32 +239,45 @@ int RunBatch(ZWCommandLine& cl, const QString& report, double dpi)
     if (!CheckPages(BuildPages(job.Data()), pdf, png, dpi))
         return ExitFailed;
 
+    const QString title = job.Data().Design().Value(QStringLiteral("/name"));
+    const QString base = QFileInfo(job.ReportPath()).completeBaseName();
+    // The next period is gathered on the worker thread while this one is
+    // drawn: the pages hold their own copy of the values.
+    const auto startGathering = [&](size_t i) {
+        // The period is set by its end; it is placed in the calendar as it
+        // stands, whatever the present.
+        ZWReportPeriod& period = job.Data().Period();
+        period.Reset(*unit);
+        period.SetupData(periods[i].second, *unit, true, periods[i].second);
+        job.StartGathering(nullptr);
+    };
     ZWTerminalProgress bar;
     bar.SetRange(0, int(periods.size()));
     int failed = 0;
+    startGathering(0);
     for (size_t i = 0; i < periods.size(); ++i) {
         const auto& [periodStart, periodEnd] = periods[i];
         const QString label = QStringLiteral("%1 - %2").arg(periodStart.ToIso(), periodEnd.ToIso());
         bar.SetText(label);
         bar.SetPos(int(i));
-        // The period is set by its end; it is placed in the calendar as it
-        // stands, whatever the present.
-        ZWReportPeriod& period = job.Data().Period();
-        period.Reset(*unit);
-        period.SetupData(periodEnd, *unit, true, periodEnd);
-        const bool gathered = job.GatherQuietly(nullptr);
+        const bool gathered = job.FinishGathering();
         bar.End(gathered);
         QString error;
         bool ok = gathered;
+        std::vector<std::unique_ptr<ZWViewPage>> pages;
         if (!gathered) {
             error = QStringLiteral("the logged data could not be read: %1").arg(job.Data().LastError());
         } else {
             if (!job.Data().Notice().isEmpty())
                 Err() << "zwinformes render: " << label << ": " << job.Data().Notice() << "\n";
-            std::vector<std::unique_ptr<ZWViewPage>> pages = BuildPages(job.Data());
+            pages = BuildPages(job.Data());
+        }
+        if (i + 1 < periods.size())
+            startGathering(i + 1);
+        if (gathered) {
             const QString pdfPath = pdf ? pdfPattern.Expand(name, unitName, periodStart, periodEnd) : QString();
             const QString pngPath = png ? pngPattern.Expand(name, unitName, periodStart, periodEnd) : QString();
-            ok = WriteOutputs(job, pages, pdfPath, pngPath, dpi, true, error);
+            ok = WriteOutputs(title, base, pages, pdfPath, pngPath, dpi, true, error);
             NamePictureProblems(pages, label + QStringLiteral(", "));
         }
         if (!ok) {
@@ -327,7 +338,8 @@ int Run(const QStringList& args)
     if (!CheckPages(pages, pdf, png, dpi))
         return ExitFailed;
     QString error;
-    if (!WriteOutputs(job, pages, pdf ? p.value(QStringLiteral("output")) : QString(),
+    if (!WriteOutputs(job.Data().Design().Value(QStringLiteral("/name")),
+            QFileInfo(job.ReportPath()).completeBaseName(), pages, pdf ? p.value(QStringLiteral("output")) : QString(),
             png ? p.value(QStringLiteral("png")) : QString(), dpi, false, error)) {
         Err() << "zwinformes render: " << error << "\n";
         return ExitFailed;

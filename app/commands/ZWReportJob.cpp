@@ -108,12 +108,26 @@ int ZWReportJob::Open(ZWCommandLine& cl, const QString& report)
 
 bool ZWReportJob::GatherQuietly(ZWProgress* progress)
 {
-    bool ok = false;
+    StartGathering(progress);
+    return FinishGathering();
+}
+
+void ZWReportJob::StartGathering(ZWProgress* progress)
+{
     // The gathering runs on a worker thread of its own, as in the viewer.
-    std::unique_ptr<QThread> worker(QThread::create([&] { ok = m_data.SetupDataWork(true, progress); }));
-    worker->start();
-    worker->wait();
-    return ok;
+    FinishGathering();
+    m_gathered = false;
+    m_worker.reset(QThread::create([this, progress] { m_gathered = m_data.SetupDataWork(true, progress); }));
+    m_worker->start();
+}
+
+bool ZWReportJob::FinishGathering()
+{
+    if (!m_worker)
+        return m_gathered;
+    m_worker->wait();
+    m_worker.reset();
+    return m_gathered;
 }
 
 bool ZWReportJob::Gather()

@@ -4,6 +4,8 @@
 
 #include <QCommandLineParser>
 #include <QString>
+#include <QThread>
+#include <memory>
 
 class ZWCommandLine;
 
@@ -13,6 +15,10 @@ class ZWCommandLine;
 class ZWReportJob
 {
 public:
+    ZWReportJob() = default;
+    ZWReportJob(const ZWReportJob&) = delete;
+    ZWReportJob& operator=(const ZWReportJob&) = delete;
+    ~ZWReportJob() { FinishGathering(); }
     // Adds --unit, --date, --now, --from, --to to the parser (--db and the
     // other global options are taken before any command).
     static void AddOptions(QCommandLineParser& parser);
@@ -34,6 +40,11 @@ public:
     // be null); says nothing. False when the logged data could not be read
     // (Data().LastError() says why).
     bool GatherQuietly(ZWProgress* progress);
+    // The same in two steps, so that the caller can work meanwhile (on
+    // anything but Data()): Start begins the gathering of the period set,
+    // Finish waits for it and says whether it read the logged data.
+    void StartGathering(ZWProgress* progress);
+    bool FinishGathering();
 
     ZWReportData& Data() { return m_data; }
     const QString& ReportPath() const { return m_path; }
@@ -41,4 +52,6 @@ public:
 private:
     ZWReportData m_data;
     QString m_path;
+    std::unique_ptr<QThread> m_worker;
+    bool m_gathered = false;
 };
