@@ -5,6 +5,7 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWTextId.h"
 #include "host/drivers/ZWTariffCalendarFile.h"
+#include "host/store/ZWPeriodAggregate.h"
 
 #include <QLocale>
 #include <algorithm>
@@ -84,6 +85,18 @@ int RunCheck(ZWCommandLine& cl, const QStringList& positional)
     if (!file.Load(path)) {
         Err() << "zwinformes tariff check: " << file.LastError() << "\n";
         return ExitFailed;
+    }
+    // A period named like a reduction could not be told from it in a filter:
+    // the store does not use such a calendar.
+    for (const ZWTariffCalendar& calendar : file.Calendars()) {
+        for (const QString& period : calendar.PeriodNames()) {
+            ZWLoggerReduction reduction;
+            if (ZWPeriodAggregate::ParseReduction(period, reduction)) {
+                Err() << "zwinformes tariff check: " << path << ": "
+                      << ZWLoadString(ZWTextId::StoreTariffPeriodIsReduction).arg(calendar.Name(), period) << "\n";
+                return ExitFailed;
+            }
+        }
     }
     std::vector<const ZWTariffCalendar*> shown;
     if (p.isSet(QStringLiteral("calendar"))) {

@@ -57,6 +57,10 @@ TEST(TariffCommand, RefusesABadFileAndBadUsage)
         "<tariffs><calendar><name>6P</name><period>P1</period><period>P2</period>"
         "<rule><hours>0-14</hours><period>P1</period></rule><rule><hours>15-24</hours><period>P2</period></rule>"
         "</calendar></tariffs>"));
+    const QString shadow = dir.filePath(u"shadow.xml"_s);
+    ASSERT_TRUE(zwtest::WriteFile(shadow,
+        "<tariffs><calendar><name>M</name><period>Max</period><rule><period>max</period></rule>"
+        "</calendar></tariffs>"));
     struct Case
     {
         const char* what;
@@ -70,6 +74,8 @@ TEST(TariffCommand, RefusesABadFileAndBadUsage)
         {"an unknown calendar",
             u"tariff check %1 --calendar X"_s.arg(zwtest::SourcePath(u"examples/tariffs/six-period.xml"_s)), 1,
             u"holds no calendar named \"X\" (it holds: \"6.1TD\")"_s},
+        {"a period named like a reduction", u"tariff check "_s + shadow, 1,
+            u"its period \"Max\" is named like a reduction"_s},
         {"an unknown subcommand", u"tariff show"_s, 2, u"unknown subcommand 'show'"_s},
         {"a bad week", u"tariff check %1 --week soon"_s.arg(bad), 2, u"--week: 'soon' is not a date"_s},
     };
