@@ -3,6 +3,7 @@
 #include "host/core/ZWLoadString.h"
 #include "host/core/ZWProgress.h"
 #include "host/core/ZWTextId.h"
+#include "host/store/ZWSqliteTariffHours.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -169,6 +170,7 @@ bool ZWSqlLoggerConnection::Open(QString* error)
             m_db.close();
             return false;
         }
+        m_tariffHours = ZWSqliteTariffHours::Register(m_db);
     }
     return true;
 }

@@ -62,6 +62,8 @@ public:
     const ZWLoggerUrl& Url() const { return m_url; }
     bool IsPostgres() const { return m_url.backend() == ZWLoggerUrl::Backend::PostgreSQL; }
     bool MayCreate() const { return m_mayCreate; }
+    // Whether the SQLite connection has zw_tariff_hours (ZWSqliteTariffHours).
+    bool HasTariffHours() const { return m_tariffHours; }
     // The last error of a query or of the connection, as one line.
     static QString ErrorText(const QSqlError& error);
 
@@ -69,6 +71,7 @@ private:
     ZWLoggerUrl m_url;
     bool m_mayCreate = false;
     bool m_interrupted = false;
+    bool m_tariffHours = false;
     QString m_name;
     QSqlDatabase m_db;
     std::unordered_map<QString, std::unique_ptr<QSqlQuery>> m_queries;

@@ -8,6 +8,7 @@
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/store/ZWLoggerSchema.h"
 #include "host/store/ZWSqlLoggerConnection.h"
+#include "host/store/ZWSqliteTariffHours.h"
 
 #include <QDateTime>
 #include <QSet>
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <limits>
 #include <map>
 
 namespace {
@@ -395,6 +397,9 @@ struct ZWSqlLoggerStore::Rows
     // (part 30), and a counter's rises in its whole hours (part 31: count of
     // hours, sum of rises). Several statements' rows add up.
     QHash<Key, Partial> tariffParts, tariffRises;
+    // (variable, HourKey(group, hour class)): the same from hour maps
+    // (parts 32 and 33).
+    QHash<Key, Partial> hourParts, hourRises;
 
     static void Add(QHash<Key, Partial>& to, const Key& key, const Partial& p)
     {
@@ -415,6 +420,10 @@ struct ZWSqlLoggerStore::Rows
             Add(tariffParts, it.key(), it.value());
         for (auto it = other.tariffRises.cbegin(); it != other.tariffRises.cend(); ++it)
             Add(tariffRises, it.key(), it.value());
+        for (auto it = other.hourParts.cbegin(); it != other.hourParts.cend(); ++it)
+            Add(hourParts, it.key(), it.value());
+        for (auto it = other.hourRises.cbegin(); it != other.hourRises.cend(); ++it)
+            Add(hourRises, it.key(), it.value());
         for (auto it = other.partials.cbegin(); it != other.partials.cend(); ++it)
             partials.insert(it.key(), it.value());
         for (auto it = other.seeks.cbegin(); it != other.seeks.cend(); ++it) {
@@ -482,6 +491,23 @@ struct TariffPiece
 // What a piece counts against a statement's bound values: they travel in one
 // text, but a statement should stay of a size that a server takes.
 constexpr int TariffPieceBinds = 1;
+
+// The whole hours of a group's tariff ranges as one map for
+// zw_tariff_hours (SQLite): hour i from h0 has class range * periods +
+// period, or -1 outside the ranges.
+struct TariffMap
+{
+    int g;
+    qint64 h0, h1;
+    QByteArray map;
+};
+// Past some twenty years of hours a group is read by stretches instead.
+constexpr qint64 MostMapHours = 24 * 366 * 20;
+
+qint64 HourKey(int g, qint32 hourClass)
+{
+    return (qint64(g) << 32) | quint32(hourClass);
+}
 
 void AddOnce(QList<qint64>& list, qint64 id)
 {
@@ -597,7 +623,7 @@ void PlanRanges(PlanGroup& g, const std::vector<std::pair<qint64, qint64>>& rang
 //   time, b its value;
 // - 20: a reset at time key = a: b the value before, c the value.
 QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& batch, const TariffPiece* tariffBegin,
-    const TariffPiece* tariffEnd, bool postgres, QVariantList& binds)
+    const TariffPiece* tariffEnd, const std::vector<TariffMap>* maps, bool postgres, QVariantList& binds)
 {
     QStringList ctes, parts;
     const auto cte = [&](const char* name, const char* columns, int arity, const std::vector<qint64>& flat) {
@@ -631,6 +657,9 @@ QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& ba
     std::vector<int> tariffGroups;
     for (const TariffPiece* t = tariffBegin; t != tariffEnd; ++t)
         tariffGroups.push_back(t->g);
+    if (maps)
+        for (const TariffMap& m : *maps)
+            tariffGroups.push_back(m.g);
     std::sort(tariffGroups.begin(), tariffGroups.end());
     tariffGroups.erase(std::unique(tariffGroups.begin(), tariffGroups.end()), tariffGroups.end());
     const auto tariffVariables = [&](const char* name, QList<qint64> PlanGroup::*list) {
@@ -786,6 +815,28 @@ QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& ba
                                     "AND r.variable_id = v.id AND r.bucket >= p.lo AND r.bucket < p.hi "
                                     "GROUP BY v.id, p.k")
                          .arg(cteName, QLatin1String(table == RollupHour ? "rollup_hour" : "rollup_day"));
+    }
+    // Hour maps: one aggregate per variable over its whole hours (a BLOB
+    // of sums per hour class in the last column).
+    // The map is a bound value of its own arm: SQLite reads it once per
+    // variable, not once per hour as a column of a joined row.
+    if (maps && (vt || vc)) {
+        for (const TariffMap& m : *maps) {
+            if (vc) {
+                parts << QStringLiteral("SELECT v.id, 33, v.g, 0, 0, 0, (SELECT zw_tariff_hours(?, CAST(? AS BIGINT), "
+                                        "c.bucket, c.rise) FROM counter_hour c WHERE c.variable_id "
+                                        "= v.id AND c.bucket >= CAST(? AS BIGINT) AND c.bucket < CAST(? AS BIGINT)) "
+                                        "FROM vc v WHERE v.g = CAST(? AS BIGINT)");
+                binds << m.map << m.h0 << m.h0 << m.h1 << qint64(m.g);
+            }
+            if (vt) {
+                parts << QStringLiteral("SELECT v.id, 32, v.g, 0, 0, 0, (SELECT zw_tariff_hours(?, CAST(? AS BIGINT), "
+                                        "r.bucket, r.n, r.total, r.lo, r.hi) FROM rollup_hour r WHERE r.variable_id "
+                                        "= v.id AND r.bucket >= CAST(? AS BIGINT) AND r.bucket < CAST(? AS BIGINT)) "
+                                        "FROM vt v WHERE v.g = CAST(? AS BIGINT)");
+                binds << m.map << m.h0 << m.h0 << m.h1 << qint64(m.g);
+            }
+        }
     }
     return QStringLiteral("WITH ") + ctes.join(QStringLiteral(", ")) + QLatin1Char(' ')
         + parts.join(QStringLiteral(" UNION ALL "));
@@ -945,7 +996,16 @@ bool ZWSqlLoggerStore::RunPeriodQuery(ZWSqlLoggerConnection& c, const QString& s
                 const qint64 id = q->value(0).toLongLong();
                 const int part = q->value(1).toInt();
                 const qint64 key = q->value(2).toLongLong();
-                if (part == 0 || part == 30 || part == 31) {
+                if (part == 32 || part == 33) {
+                    std::vector<ZWSqliteTariffHours::Entry> entries;
+                    if (!ZWSqliteTariffHours::Read(q->value(6).toByteArray(), entries)) {
+                        *why = QStringLiteral("malformed tariff hour sums");
+                        return false;
+                    }
+                    for (const auto& e : entries)
+                        Rows::Add(part == 32 ? out.hourParts : out.hourRises, {id, HourKey(int(key), e.hourClass)},
+                            {e.count, e.sum, e.minimum, e.maximum});
+                } else if (part == 0 || part == 30 || part == 31) {
                     const Rows::Partial partial{q->value(3).toLongLong(), q->value(4).toDouble(),
                         q->value(5).toDouble(), q->value(6).toDouble()};
                     if (part == 0)
@@ -1027,6 +1087,42 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
     std::map<std::tuple<int, int, int, bool>, qint64> labels;
     std::map<std::pair<int, int>, std::vector<TariffRun>> runsOf;
     qint64 nextPiece = 0;
+    const int periods = calendar ? int(calendar->PeriodNames().size()) : 0;
+    // On SQLite the whole hours of a group go to zw_tariff_hours as one map,
+    // when every stretch of a period begins and ends on a UTC hour (the
+    // zone's offsets are whole hours) or at its range's bounds.
+    std::vector<TariffMap> maps;
+    std::vector<int> mapOf(groups.size(), -1);
+    if (calendar && method == Method::Rollups && c.HasTariffHours()) {
+        for (size_t k = 0; k < asked; ++k) {
+            const Ask& a = asks[k];
+            const auto [s, e] = groups[size_t(a.group)][size_t(a.range)];
+            if (a.tariff >= 0 && s < e && !runsOf.count({a.group, a.range}))
+                runsOf.emplace(std::pair{a.group, a.range}, TariffRuns(*calendar, s, e));
+        }
+        std::vector<char> whole(groups.size(), 1);
+        std::vector<qint64> h0(groups.size(), std::numeric_limits<qint64>::max()), h1(groups.size(), 0);
+        for (const auto& [where, runs] : runsOf) {
+            const auto [s, e] = groups[size_t(where.first)][size_t(where.second)];
+            for (const TariffRun& run : runs)
+                if ((run.lo != s && run.lo % Hour != 0) || (run.hi != e && run.hi % Hour != 0))
+                    whole[size_t(where.first)] = 0;
+            h0[size_t(where.first)] = std::min(h0[size_t(where.first)], CeilTo(s, Hour));
+            h1[size_t(where.first)] = std::max(h1[size_t(where.first)], FloorTo(e, Hour));
+        }
+        for (size_t g = 0; g < groups.size(); ++g) {
+            if (!whole[g] || h0[g] >= h1[g] || (h1[g] - h0[g]) / Hour > MostMapHours)
+                continue;
+            std::vector<qint32> classes(size_t((h1[g] - h0[g]) / Hour), -1);
+            for (auto it = runsOf.lower_bound({int(g), 0}); it != runsOf.end() && it->first.first == int(g); ++it) {
+                for (const TariffRun& run : it->second)
+                    for (qint64 h = CeilTo(run.lo, Hour); h + Hour <= run.hi; h += Hour)
+                        classes[size_t((h - h0[g]) / Hour)] = qint32(it->first.second * periods + run.period);
+            }
+            mapOf[g] = int(maps.size());
+            maps.push_back({int(g), h0[g], h1[g], ZWSqliteTariffHours::Map(classes)});
+        }
+    }
     for (size_t k = 0; k < asked; ++k) {
         // Copies: helpers are added to `asks` and ranges to `groups`.
         const Ask a = asks[k];
@@ -1037,6 +1133,7 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
             continue;
         const bool rises = a.reduction == ZWLoggerReduction::Delta;
         const bool helpersOnly = rises && method == Method::Raw;
+        const bool mapped = mapOf[size_t(a.group)] >= 0;
         PlanGroup& g = plan[size_t(a.group)];
         if (!helpersOnly)
             AddOnce(rises ? g.vc : g.vt, a.variable.id);
@@ -1052,26 +1149,31 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
             if (run.period != a.tariff)
                 continue;
             periodHours[k] = 1;
+            // The whole hours, read from the map or as a piece of their own,
+            // and the edges.
+            const qint64 h0 = helpersOnly ? run.hi : CeilTo(run.lo, Hour),
+                         h1 = helpersOnly ? run.hi : FloorTo(run.hi, Hour);
+            std::vector<std::pair<qint64, qint64>> edges;
+            if (h0 < h1)
+                edges = {{run.lo, h0}, {h1, run.hi}};
+            else
+                edges = {{run.lo, run.hi}};
             if (!rises) {
                 if (!newLabel)
                     continue;
                 std::vector<Piece> pieces;
                 std::vector<qint64> ids;
-                Split(run.lo, run.hi, method == Method::Raw, nextPiece, pieces, ids);
+                if (!mapped)
+                    Split(run.lo, run.hi, method == Method::Raw, nextPiece, pieces, ids);
+                else
+                    for (const auto& edge : edges)
+                        Split(edge.first, edge.second, false, nextPiece, pieces, ids);
                 for (const Piece& p : pieces)
                     tariffPieces.push_back({p.table, a.group, label->second, p.lo, p.hi});
                 continue;
             }
-            const qint64 h0 = helpersOnly ? run.hi : CeilTo(run.lo, Hour),
-                         h1 = helpersOnly ? run.hi : FloorTo(run.hi, Hour);
-            std::vector<std::pair<qint64, qint64>> edges;
-            if (h0 < h1) {
-                if (newLabel)
-                    tariffPieces.push_back({CounterHour, a.group, label->second, h0, h1});
-                edges = {{run.lo, h0}, {h1, run.hi}};
-            } else {
-                edges = {{run.lo, run.hi}};
-            }
+            if (h0 < h1 && newLabel && !mapped)
+                tariffPieces.push_back({CounterHour, a.group, label->second, h0, h1});
             for (const auto& edge : edges) {
                 if (edge.first >= edge.second)
                     continue;
@@ -1136,17 +1238,21 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
         }
         return std::pair{tariffPieces.data() + from, tariffPieces.data() + tariffDone};
     };
+    // The hour maps go with the last statement.
     Rows rows;
-    for (size_t b = 0; b < batches.size() || tariffDone < tariffPieces.size(); ++b) {
+    bool mapsDone = maps.empty();
+    for (size_t b = 0; b < batches.size() || tariffDone < tariffPieces.size() || !mapsDone; ++b) {
         QVariantList binds;
         static const std::vector<int> none;
         const std::vector<int>& batch = b < batches.size() ? batches[b] : none;
         const bool last = b + 1 >= batches.size();
         const auto [from, to] = last ? tariffSlice(MostBinds - (b < batches.size() ? batchBinds : 0))
                                      : std::pair<const TariffPiece*, const TariffPiece*>{nullptr, nullptr};
-        if (batch.empty() && from == to)
+        const std::vector<TariffMap>* withMaps = last && !mapsDone ? &maps : nullptr;
+        if (batch.empty() && from == to && !withMaps)
             break;
-        const QString sql = PeriodSql(plan, batch, from, to, c.IsPostgres(), binds);
+        mapsDone = mapsDone || withMaps;
+        const QString sql = PeriodSql(plan, batch, from, to, withMaps, c.IsPostgres(), binds);
         Rows part;
         if (!RunPeriodQuery(c, sql, binds, part, progress, error))
             return false;
@@ -1163,17 +1269,24 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
             if (askLabel[k] < 0)
                 continue;
             const Rows::Key key{id, askLabel[k]};
-            if (a.reduction == ZWLoggerReduction::Delta) {
-                // The helpers add their edges below.
-                const auto it = rows.tariffRises.constFind(key);
-                if (it != rows.tariffRises.constEnd() && it->count > 0)
-                    a.value = it->sum;
-            } else {
-                const auto it = rows.tariffParts.constFind(key);
-                if (it != rows.tariffParts.constEnd())
+            const Rows::Key hours{id, HourKey(a.group, qint32(a.range * periods + a.tariff))};
+            const bool rises = a.reduction == ZWLoggerReduction::Delta;
+            // Whole hours from the map, then the pieces: the stretches, or
+            // only the edges beside a map.
+            for (const bool whole : {true, false}) {
+                const QHash<Rows::Key, Rows::Partial>& from
+                    = whole ? (rises ? rows.hourRises : rows.hourParts) : (rises ? rows.tariffRises : rows.tariffParts);
+                const auto it = from.constFind(whole ? hours : key);
+                if (it == from.constEnd() || it->count <= 0)
+                    continue;
+                if (rises)
+                    a.value = IsNoValue(a.value) ? it->sum : a.value + it->sum;
+                else
                     aggregate.AddPart(it->count, it->sum, it->minimum, it->maximum);
-                a.value = aggregate.Value(a.reduction, s, e);
             }
+            // The helpers add the edges of an increase below.
+            if (!rises)
+                a.value = aggregate.Value(a.reduction, s, e);
             continue;
         }
         const PlanGroup& g = plan[size_t(a.group)];
