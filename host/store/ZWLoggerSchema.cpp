@@ -41,6 +41,7 @@ QStringList ZWLoggerSchema::CreateStatements(bool postgres)
                         "before_value %2 NOT NULL, value %2 NOT NULL, PRIMARY KEY (variable_id, t))%3")
              .arg(integer, real, clustered);
     s << CounterHourStatement(postgres);
+    s << CounterDayStatement(postgres);
     s << QStringLiteral("INSERT INTO zw_schema (version) VALUES (%1)").arg(Version);
     return s;
 }
@@ -71,6 +72,32 @@ QString ZWLoggerSchema::CounterHourFillSql(const QString& samples, const QString
                           "GROUP BY w.variable_id, hb")
         .arg(CounterHourBucketSql(QStringLiteral("w.t")), samples,
             rises.isEmpty() ? QString() : QStringLiteral(" AND ") + rises);
+}
+
+QString ZWLoggerSchema::CounterDayStatement(bool postgres)
+{
+    QStringList columns;
+    for (int h = 0; h < 24; ++h)
+        columns << QStringLiteral("r%1 %2").arg(h).arg(
+            postgres ? QStringLiteral("DOUBLE PRECISION") : QStringLiteral("REAL"));
+    return QStringLiteral("CREATE TABLE counter_day (variable_id %1 NOT NULL, bucket %1 NOT NULL, %2, "
+                          "PRIMARY KEY (variable_id, bucket))%3")
+        .arg(postgres ? QStringLiteral("BIGINT") : QStringLiteral("INTEGER"), columns.join(QStringLiteral(", ")),
+            postgres ? QString() : QStringLiteral(" WITHOUT ROWID"));
+}
+
+QString ZWLoggerSchema::CounterDayFillSql(const QString& hours)
+{
+    // The day's start, floor(bucket / 86400) * 86400, also before 1970.
+    const QString day = QStringLiteral("(h.bucket - (((h.bucket % 86400) + 86400) % 86400))");
+    QStringList columns, sums;
+    for (int h = 0; h < 24; ++h) {
+        columns << QStringLiteral("r%1").arg(h);
+        sums << QStringLiteral("SUM(CASE WHEN h.bucket - %1 = %2 THEN h.rise END)").arg(day).arg(h * 3600);
+    }
+    return QStringLiteral("INSERT INTO counter_day (variable_id, bucket, %1) SELECT h.variable_id, %2, %3 "
+                          "FROM counter_hour h WHERE %4 GROUP BY h.variable_id, %2")
+        .arg(columns.join(QStringLiteral(", ")), day, sums.join(QStringLiteral(", ")), hours);
 }
 
 namespace {
@@ -159,12 +186,17 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
         return false;
     }
     // Each migration goes from the version before, in one transaction.
-    if (version < 2 && !MigrateTo2(c, error))
+    const QString counters = QStringLiteral("variable_id IN (SELECT id FROM variables WHERE kind = 'counter')");
+    if (version < 2 && !Migrate(c, 2, {CounterHourStatement(c.IsPostgres()), CounterHourFillSql(counters)}, error))
+        return false;
+    if (version < 3
+        && !Migrate(
+            c, 3, {CounterDayStatement(c.IsPostgres()), CounterDayFillSql(QStringLiteral("h.") + counters)}, error))
         return false;
     return true;
 }
 
-bool ZWLoggerSchema::MigrateTo2(ZWSqlLoggerConnection& c, QString* error)
+bool ZWLoggerSchema::Migrate(ZWSqlLoggerConnection& c, int to, const QStringList& statements, QString* error)
 {
     QSqlDatabase& db = c.Database();
     QString why;
@@ -174,13 +206,11 @@ bool ZWLoggerSchema::MigrateTo2(ZWSqlLoggerConnection& c, QString* error)
         // Another process may have migrated meanwhile.
         QSqlQuery q(db);
         ok = q.exec(QStringLiteral("SELECT MAX(version) FROM zw_schema")) && q.next();
-        if (ok && q.value(0).toInt() < 2) {
+        if (ok && q.value(0).toInt() < to) {
             q.finish();
-            ok = c.Exec(CounterHourStatement(c.IsPostgres()), &why)
-                && c.Exec(CounterHourFillSql(QStringLiteral("variable_id IN (SELECT id FROM variables WHERE kind = "
-                                                            "'counter')")),
-                    &why)
-                && c.Exec(QStringLiteral("UPDATE zw_schema SET version = 2"), &why);
+            for (const QString& statement : statements)
+                ok = ok && c.Exec(statement, &why);
+            ok = ok && c.Exec(QStringLiteral("UPDATE zw_schema SET version = %1").arg(to), &why);
         } else if (!ok) {
             why = ZWSqlLoggerConnection::ErrorText(q.lastError());
         }
@@ -197,7 +227,7 @@ bool ZWLoggerSchema::MigrateTo2(ZWSqlLoggerConnection& c, QString* error)
                 c.Exec(QStringLiteral("ROLLBACK"), nullptr);
         }
         if (error)
-            *error = ZWLoadString(ZWTextId::StoreCannotUpgrade).arg(c.Url().Display(), why).arg(2);
+            *error = ZWLoadString(ZWTextId::StoreCannotUpgrade).arg(c.Url().Display(), why).arg(to);
         return false;
     }
     return true;

@@ -42,6 +42,11 @@ class ZWSqlLoggerConnection;
 //                                                 hour before, as a period's
 //                                                 increase counts it; only hours
 //                                                 closing samples have a row
+//   counter_day     (variable_id, bucket, r0 … r23)
+//                                                 the same rises by UTC day: r<i> is
+//                                                 counter_hour's rise of hour
+//                                                 bucket + i * 3600 (NULL: no row),
+//                                                 so that a year is read in 365 rows
 //
 // The rollups and the resets are derived from the samples and kept up to date
 // by every write (ZWLoggerWriter). Samples refer to variables by id; that
@@ -50,9 +55,9 @@ class ZWSqlLoggerConnection;
 class ZWLoggerSchema
 {
 public:
-    // 2 added counter_hour (filled from the samples when an older database
-    // is opened).
-    static constexpr int Version = 2;
+    // 2 added counter_hour, 3 counter_day (filled when an older database is
+    // opened).
+    static constexpr int Version = 3;
 
     // Creates the tables when the database has none (when the connection may
     // create a database; otherwise a database without them is refused);
@@ -69,7 +74,13 @@ public:
     // selects (the first of each variable only gives the next its rise),
     // keeping the rises (w.t, w.value) that `rises` selects, when given.
     static QString CounterHourFillSql(const QString& samples, const QString& rises = QString());
+    // The counter_day table, and its rows from the counter_hour rows (h)
+    // that the SQL condition `hours` selects, whole days of them.
+    static QString CounterDayStatement(bool postgres);
+    static QString CounterDayFillSql(const QString& hours);
 
 private:
-    static bool MigrateTo2(ZWSqlLoggerConnection& connection, QString* error);
+    // Runs `statements` and sets the version to `to`, in one transaction,
+    // unless another process did first.
+    static bool Migrate(ZWSqlLoggerConnection& connection, int to, const QStringList& statements, QString* error);
 };

@@ -107,8 +107,8 @@ void ZWLoggerWriter::Rollback()
 
 bool ZWLoggerWriter::DeleteAll(QString* error)
 {
-    for (const char* table :
-        {"counter_hour", "counter_resets", "rollup_day", "rollup_hour", "samples", "variables", "devices"})
+    for (const char* table : {"counter_day", "counter_hour", "counter_resets", "rollup_day", "rollup_hour", "samples",
+             "variables", "devices"})
         if (!Run(QStringLiteral("DELETE FROM %1").arg(QLatin1String(table)), {}, error))
             return false;
     return true;
@@ -274,7 +274,12 @@ bool ZWLoggerWriter::UpdateCounterHours(qint64 id, const Range& range, QString* 
                {id, h0, h1}, error)
         && Run(ZWLoggerSchema::CounterHourFillSql(
                    QStringLiteral("variable_id = ? AND t >= ? AND t <= ?"), QStringLiteral("w.t > ?")),
-            {id, from, h1 + Hour, h0}, error);
+            {id, from, h1 + Hour, h0}, error)
+        && Run(QStringLiteral("DELETE FROM counter_day WHERE variable_id = ? AND bucket >= ? AND bucket <= ?"),
+            {id, FloorTo(h0, Day), FloorTo(h1, Day)}, error)
+        && Run(
+            ZWLoggerSchema::CounterDayFillSql(QStringLiteral("h.variable_id = ? AND h.bucket >= ? AND h.bucket < ?")),
+            {id, FloorTo(h0, Day), FloorTo(h1, Day) + Day}, error);
 }
 
 bool ZWLoggerWriter::UpdateDerived(QString* error)
@@ -283,7 +288,8 @@ bool ZWLoggerWriter::UpdateDerived(QString* error)
     // over all their samples.
     for (const qint64 id : std::as_const(m_kindChanged)) {
         if (!Run(QStringLiteral("DELETE FROM counter_resets WHERE variable_id = ?"), {id}, error)
-            || !Run(QStringLiteral("DELETE FROM counter_hour WHERE variable_id = ?"), {id}, error))
+            || !Run(QStringLiteral("DELETE FROM counter_hour WHERE variable_id = ?"), {id}, error)
+            || !Run(QStringLiteral("DELETE FROM counter_day WHERE variable_id = ?"), {id}, error))
             return false;
         if (m_kinds.value(id) != ZWSqlLoggerStore::Kind::Counter)
             continue;

@@ -823,11 +823,19 @@ QString PeriodSql(const std::vector<PlanGroup>& plan, const std::vector<int>& ba
     if (maps && (vt || vc)) {
         for (const TariffMap& m : *maps) {
             if (vc) {
-                parts << QStringLiteral("SELECT v.id, 33, v.g, 0, 0, 0, (SELECT zw_tariff_hours(?, CAST(? AS BIGINT), "
-                                        "c.bucket, c.rise) FROM counter_hour c WHERE c.variable_id "
-                                        "= v.id AND c.bucket >= CAST(? AS BIGINT) AND c.bucket < CAST(? AS BIGINT)) "
-                                        "FROM vc v WHERE v.g = CAST(? AS BIGINT)");
-                binds << m.map << m.h0 << m.h0 << m.h1 << qint64(m.g);
+                // A counter's rises by day: 24 hours a row.
+                static const QString hours = [] {
+                    QStringList r;
+                    for (int h = 0; h < 24; ++h)
+                        r << QStringLiteral("d.r%1").arg(h);
+                    return r.join(QStringLiteral(", "));
+                }();
+                parts << QStringLiteral("SELECT v.id, 33, v.g, 0, 0, 0, (SELECT zw_tariff_days(?, CAST(? AS BIGINT), "
+                                        "d.bucket, %1) FROM counter_day d WHERE d.variable_id = v.id AND d.bucket >= "
+                                        "CAST(? AS BIGINT) AND d.bucket < CAST(? AS BIGINT)) FROM vc v "
+                                        "WHERE v.g = CAST(? AS BIGINT)")
+                             .arg(hours);
+                binds << m.map << m.h0 << FloorTo(m.h0, Day) << m.h1 << qint64(m.g);
             }
             if (vt) {
                 parts << QStringLiteral("SELECT v.id, 32, v.g, 0, 0, 0, (SELECT zw_tariff_hours(?, CAST(? AS BIGINT), "

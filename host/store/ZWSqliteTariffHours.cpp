@@ -23,6 +23,28 @@ struct Sums
     std::vector<qint32> map;
     qint64 h0 = 0;
     std::vector<ZWSqliteTariffHours::Entry> byClass;
+
+    // Adds an hour's row to its class, if the map gives it one.
+    void Add(qint64 bucket, qint64 n, double total, double lo, double hi)
+    {
+        if (bucket < h0 || (bucket - h0) % HourSeconds != 0)
+            return;
+        const auto index = size_t((bucket - h0) / HourSeconds);
+        if (index >= map.size() || map[index] < 0)
+            return;
+        const qint32 hourClass = map[index];
+        if (size_t(hourClass) >= byClass.size())
+            byClass.resize(size_t(hourClass) + 1, ZWSqliteTariffHours::Entry{-1, 0, 0.0, 0.0, 0.0});
+        ZWSqliteTariffHours::Entry& e = byClass[size_t(hourClass)];
+        if (e.hourClass < 0) {
+            e = {hourClass, n, total, lo, hi};
+        } else {
+            e.count += n;
+            e.sum += total;
+            e.minimum = std::min(e.minimum, lo);
+            e.maximum = std::max(e.maximum, hi);
+        }
+    }
 };
 
 Sums** State(sqlite3_context* context, bool create)
@@ -32,9 +54,10 @@ Sums** State(sqlite3_context* context, bool create)
 
 void Step(sqlite3_context* context, int argc, sqlite3_value** argv)
 {
-    // (map, h0, bucket, n, total, lo, hi), or (map, h0, bucket, value) for
-    // one value an hour (n 1, total = lo = hi = value).
-    if (argc != 7 && argc != 4)
+    // (map, h0, bucket, n, total, lo, hi), (map, h0, bucket, value) for
+    // one value an hour (n 1, total = lo = hi = value), or (map, h0, day,
+    // value of hour 0, ..., value of hour 23), NULL for none.
+    if (argc != 7 && argc != 4 && argc != 3 + 24)
         return;
     Sums** state = State(context, true);
     if (!state) {
@@ -54,27 +77,18 @@ void Step(sqlite3_context* context, int argc, sqlite3_value** argv)
         }
         Sums& sums = **state;
         const sqlite3_int64 bucket = sqlite3_value_int64(argv[2]);
-        if (bucket < sums.h0 || (bucket - sums.h0) % HourSeconds != 0)
-            return;
-        const auto index = size_t((bucket - sums.h0) / HourSeconds);
-        if (index >= sums.map.size() || sums.map[index] < 0)
-            return;
-        const qint32 hourClass = sums.map[index];
-        const bool one = argc == 4;
-        const qint64 n = one ? 1 : sqlite3_value_int64(argv[3]);
-        const double total = sqlite3_value_double(argv[one ? 3 : 4]);
-        const double lo = one ? total : sqlite3_value_double(argv[5]);
-        const double hi = one ? total : sqlite3_value_double(argv[6]);
-        if (size_t(hourClass) >= sums.byClass.size())
-            sums.byClass.resize(size_t(hourClass) + 1, ZWSqliteTariffHours::Entry{-1, 0, 0.0, 0.0, 0.0});
-        ZWSqliteTariffHours::Entry& e = sums.byClass[size_t(hourClass)];
-        if (e.hourClass < 0) {
-            e = {hourClass, n, total, lo, hi};
+        if (argc == 3 + 24) {
+            for (int h = 0; h < 24; ++h) {
+                if (sqlite3_value_type(argv[3 + h]) == SQLITE_NULL)
+                    continue;
+                const double v = sqlite3_value_double(argv[3 + h]);
+                sums.Add(bucket + h * HourSeconds, 1, v, v, v);
+            }
         } else {
-            e.count += n;
-            e.sum += total;
-            e.minimum = std::min(e.minimum, lo);
-            e.maximum = std::max(e.maximum, hi);
+            const bool one = argc == 4;
+            const double total = sqlite3_value_double(argv[one ? 3 : 4]);
+            sums.Add(bucket, one ? 1 : sqlite3_value_int64(argv[3]), total, one ? total : sqlite3_value_double(argv[5]),
+                one ? total : sqlite3_value_double(argv[6]));
         }
     } catch (const std::bad_alloc&) {
         sqlite3_result_error_nomem(context);
@@ -118,10 +132,12 @@ bool ZWSqliteTariffHours::Register(QSqlDatabase& db)
     if (qstrcmp(handle.typeName(), "sqlite3*") != 0)
         return false;
     sqlite3* connection = *static_cast<sqlite3* const*>(handle.constData());
-    for (const int args : {7, 4}) {
+    const std::pair<const char*, int> functions[]
+        = {{"zw_tariff_hours", 7}, {"zw_tariff_hours", 4}, {"zw_tariff_days", 3 + 24}};
+    for (const auto& [name, args] : functions) {
         if (!connection
-            || sqlite3_create_function_v2(connection, "zw_tariff_hours", args, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
-                   nullptr, nullptr, Step, Final, nullptr)
+            || sqlite3_create_function_v2(
+                   connection, name, args, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, nullptr, Step, Final, nullptr)
                 != SQLITE_OK)
             return false;
     }

@@ -10,6 +10,8 @@ class QSqlDatabase;
 //
 //   zw_tariff_hours(map, h0, bucket, n, total, lo, hi)
 //   zw_tariff_hours(map, h0, bucket, value)      (n 1, total = lo = hi = value)
+//   zw_tariff_days(map, h0, day, r0, ..., r23)   (hours day + i * 3600 with value
+//                                                 r<i>, NULL for none)
 //
 // adds up rollup rows (count n, sum total, minimum lo, maximum hi of an hour
 // starting at UTC second `bucket`) by the class that `map` gives the hour:
@@ -19,8 +21,8 @@ class QSqlDatabase;
 // one Entry per class met, in class order (NULL when none).
 //
 // It lets one query group a year's 8,760 hours of each variable into tariff
-// periods in one pass over the rollups, where SQLite's GROUP BY would sort
-// every hour first.
+// periods in one pass over the rollups (365 rows of counter_day for a
+// counter), where SQLite's GROUP BY would sort every hour first.
 class ZWSqliteTariffHours
 {
 public:

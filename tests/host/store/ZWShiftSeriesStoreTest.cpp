@@ -10,6 +10,7 @@
 #include "tests/host/store/ZWStoreTestSupport.h"
 
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <cmath>
 #include <random>
 
@@ -479,40 +480,53 @@ TEST_P(TariffStore, TariffFiltersOutsideTheGrammarAreUnknownNames)
 
 TEST_P(TariffStore, CounterHoursFollowEveryWriteAndAnOlderDatabaseGetsThem)
 {
+    // Both tables as rows of numbers (NULL as the no-value marker), by key.
+    using Table = std::vector<std::vector<double>>;
     const auto rows = [&] {
+        Table out;
         QSqlQuery q(m_store->Connection().Database());
-        EXPECT_TRUE(q.exec(u"SELECT variable_id, bucket, rise FROM counter_hour ORDER BY 1, 2"_s));
-        std::vector<std::tuple<qint64, qint64, double>> out;
-        while (q.next())
-            out.emplace_back(q.value(0).toLongLong(), q.value(1).toLongLong(), q.value(2).toDouble());
+        for (const char* table : {"counter_hour", "counter_day"}) {
+            EXPECT_TRUE(q.exec(u"SELECT * FROM %1 ORDER BY 1, 2"_s.arg(QLatin1String(table))));
+            while (q.next()) {
+                std::vector<double> row;
+                for (int i = 0; i < q.record().count(); ++i)
+                    row.push_back(q.value(i).isNull() ? ZW_NO_VALUE : q.value(i).toDouble());
+                out.push_back(row);
+            }
+        }
         return out;
     };
     ZWSqlLoggerConnection& c = m_store->Connection();
+    const QString counters = u"variable_id IN (SELECT id FROM variables WHERE kind = 'counter')"_s;
     const auto rebuilt = [&] {
         EXPECT_TRUE(c.Exec(u"DELETE FROM counter_hour"_s, nullptr));
-        EXPECT_TRUE(c.Exec(
-            ZWLoggerSchema::CounterHourFillSql(u"variable_id IN (SELECT id FROM variables WHERE kind = 'counter')"_s),
-            nullptr));
+        EXPECT_TRUE(c.Exec(u"DELETE FROM counter_day"_s, nullptr));
+        EXPECT_TRUE(c.Exec(ZWLoggerSchema::CounterHourFillSql(counters), nullptr));
+        EXPECT_TRUE(c.Exec(ZWLoggerSchema::CounterDayFillSql(u"h."_s + counters), nullptr));
         return rows();
     };
-    const auto same = [](const auto& a, const auto& b) {
+    const auto same = [](const Table& a, const Table& b) {
         if (a.size() != b.size())
             return false;
-        for (size_t i = 0; i < a.size(); ++i)
-            if (std::get<0>(a[i]) != std::get<0>(b[i]) || std::get<1>(a[i]) != std::get<1>(b[i])
-                || !Close(std::get<2>(a[i]), std::get<2>(b[i]), 1e-12))
+        for (size_t i = 0; i < a.size(); ++i) {
+            if (a[i].size() != b[i].size())
                 return false;
+            for (size_t k = 0; k < a[i].size(); ++k)
+                if (!Close(a[i][k], b[i][k], 1e-12))
+                    return false;
+        }
         return true;
     };
     // Late samples: on the hour, a drop, a replaced value, before all others.
     const qint64 h = ZWLocalTime::ToUtc(At("2025-03-05T10:00:00"));
     Write(Meter, Kind::Counter, {{h, 1.0}, {h + 3600 * 5 + 7, 99999.0}, {m_meter->samples[10].first, 5.0}, {100, 1.0}});
-    const auto written = rows();
+    const Table written = rows();
     EXPECT_GT(written.size(), 1000u);
     EXPECT_TRUE(same(written, rebuilt()));
 
-    // A database of the schema before: opened, it gets its counter hours.
+    // A database of the first schema: opened, it gets both tables.
     ASSERT_TRUE(c.Exec(u"DROP TABLE counter_hour"_s, nullptr));
+    ASSERT_TRUE(c.Exec(u"DROP TABLE counter_day"_s, nullptr));
     ASSERT_TRUE(c.Exec(u"UPDATE zw_schema SET version = 1"_s, nullptr));
     m_store.reset();
     m_store = std::make_unique<ZWSqlLoggerStore>(m_parsed);
