@@ -1096,9 +1096,10 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
     std::map<std::pair<int, int>, std::vector<TariffRun>> runsOf;
     qint64 nextPiece = 0;
     const int periods = calendar ? int(calendar->PeriodNames().size()) : 0;
-    // On SQLite the whole hours of a group go to zw_tariff_hours as one map,
-    // when every stretch of a period begins and ends on a UTC hour (the
-    // zone's offsets are whole hours) or at its range's bounds.
+    // On SQLite the UTC hours that lie whole in one stretch of a period go
+    // to zw_tariff_hours as one map per group; the rest of each stretch (its
+    // range's partial hours, and both ends in a zone of half-hour offsets)
+    // are edges.
     std::vector<TariffMap> maps;
     std::vector<int> mapOf(groups.size(), -1);
     if (calendar && method == Method::Rollups && c.HasTariffHours()) {
@@ -1108,18 +1109,14 @@ bool ZWSqlLoggerStore::ReadRanges(const std::vector<Ranges>& groupsIn, std::vect
             if (a.tariff >= 0 && s < e && !runsOf.count({a.group, a.range}))
                 runsOf.emplace(std::pair{a.group, a.range}, TariffRuns(*calendar, s, e));
         }
-        std::vector<char> whole(groups.size(), 1);
         std::vector<qint64> h0(groups.size(), std::numeric_limits<qint64>::max()), h1(groups.size(), 0);
         for (const auto& [where, runs] : runsOf) {
             const auto [s, e] = groups[size_t(where.first)][size_t(where.second)];
-            for (const TariffRun& run : runs)
-                if ((run.lo != s && run.lo % Hour != 0) || (run.hi != e && run.hi % Hour != 0))
-                    whole[size_t(where.first)] = 0;
             h0[size_t(where.first)] = std::min(h0[size_t(where.first)], CeilTo(s, Hour));
             h1[size_t(where.first)] = std::max(h1[size_t(where.first)], FloorTo(e, Hour));
         }
         for (size_t g = 0; g < groups.size(); ++g) {
-            if (!whole[g] || h0[g] >= h1[g] || (h1[g] - h0[g]) / Hour > MostMapHours)
+            if (h0[g] >= h1[g] || (h1[g] - h0[g]) / Hour > MostMapHours)
                 continue;
             std::vector<qint32> classes(size_t((h1[g] - h0[g]) / Hour), -1);
             for (auto it = runsOf.lower_bound({int(g), 0}); it != runsOf.end() && it->first.first == int(g); ++it) {

@@ -454,6 +454,28 @@ TEST_P(TariffStore, TariffPeriodsSplitAPeriodByTheCalendarsHoursInTheSameQuery)
     EXPECT_EQ(series.values[10][0], ZW_NO_VALUE); // 11 March: P1 hours, no samples
 }
 
+TEST_P(TariffStore, AZoneOfHalfHoursSplitsUtcHoursAtEveryChangeOfPeriod)
+{
+    // Local hours from :30 UTC: every change of period splits a UTC hour,
+    // whose halves come from raw samples.
+    qputenv("TZ", "Asia/Kolkata");
+    tzset();
+    QStringList names;
+    for (const char* p : {"P1", "P2", "P3"})
+        names << Meter + u":"_s + QLatin1String(p) << Power + u":max:"_s + QLatin1String(p)
+              << Power + u":"_s + QLatin1String(p);
+    const qint64 start = ZWLocalTime::ToUtc(At("2025-03-03")), end = ZWLocalTime::ToUtc(At("2025-03-24T17:00:00"));
+    const std::vector<double> values = Values(names, start, end), raw = Values(names, start, end, Method::Raw);
+    for (int i = 0; i < names.size(); ++i) {
+        const double expected = Expected(names[i], start, end);
+        EXPECT_NE(expected, ZW_NO_VALUE) << names[i].toStdString();
+        EXPECT_TRUE(Close(values[size_t(i)], expected, 1e-11)) << names[i].toStdString() << ": " << values[size_t(i)];
+        EXPECT_TRUE(Close(raw[size_t(i)], expected, 1e-11)) << names[i].toStdString() << " raw: " << raw[size_t(i)];
+    }
+    qputenv("TZ", "Europe/Madrid");
+    tzset();
+}
+
 TEST_P(TariffStore, TariffFiltersOutsideTheGrammarAreUnknownNames)
 {
     for (const char* bad :
