@@ -71,32 +71,21 @@ QString Nested(const QString& open, int depth, const QString& inner = u"1"_s)
     return Repeat(open, depth) + inner + Repeat(u")"_s, depth);
 }
 
-TEST(NestingLimit, BelowTheLimitEvaluatesNormally)
+TEST(NestingLimit, BelowTheLimitEvaluatesNormallyDeeperTextIsRefused)
 {
     const int limit = ZWEvaluator::MaxNesting;
     ASSERT_GE(limit, 200);
-    for (const QString& open : {u"("_s, u"sqrt("_s, u"-("_s, u"atan2(0, "_s}) {
-        const zwtest::Evaluation e = zwtest::Evaluate(Nested(open, limit));
-        EXPECT_EQ(e.analyze, 0) << open.toStdString();
-        EXPECT_EQ(e.code, 0) << open.toStdString();
+    for (const auto& [open, inner, value] : {std::tuple(u"("_s, u"1"_s, 1.0), std::tuple(u"sqrt("_s, u"4"_s, 1.0),
+             std::tuple(u"-("_s, u"1"_s, 1.0), std::tuple(u"atan2(0, "_s, u"1"_s, 0.0)}) {
+        const zwtest::Evaluation e = zwtest::Evaluate(Nested(open, limit, inner));
+        EXPECT_EQ(std::pair(e.analyze, e.code), std::pair(0, 0)) << open.toStdString();
+        EXPECT_DOUBLE_EQ(e.value, value) << open.toStdString();
     }
-    EXPECT_EQ(zwtest::Evaluate(Nested(u"("_s, limit)).value, 1.0);
-    EXPECT_EQ(zwtest::Evaluate(Nested(u"-("_s, limit)).value, 1.0);
-    EXPECT_DOUBLE_EQ(zwtest::Evaluate(Nested(u"sqrt("_s, limit, u"4"_s)).value, 1.0);
-}
-
-TEST(NestingLimit, DeeperTextIsRefused)
-{
-    const int limit = ZWEvaluator::MaxNesting;
-    for (const QString& open : {u"("_s, u"sqrt("_s, u"-("_s, u"atan2(0, "_s, u"atan2("_s}) {
-        ZWEvaluator one(Nested(open, limit + 1));
-        EXPECT_EQ(one.AnalizeExpression(), -1) << open.toStdString();
-    }
+    for (const QString& open : {u"("_s, u"sqrt("_s, u"-("_s, u"atan2(0, "_s, u"atan2("_s})
+        EXPECT_EQ(ZWEvaluator(Nested(open, limit + 1)).AnalizeExpression(), -1) << open.toStdString();
     // A hundred thousand "(" before "1": refused, not a stack overflow.
-    ZWEvaluator deep(Repeat(u"("_s, 100000) + u"1"_s);
-    EXPECT_EQ(deep.AnalizeExpression(), -1);
-    ZWEvaluator deepFunctions(Repeat(u"sqrt("_s, 100000) + u"1"_s);
-    EXPECT_EQ(deepFunctions.AnalizeExpression(), -1);
+    EXPECT_EQ(ZWEvaluator(Repeat(u"("_s, 100000) + u"1"_s).AnalizeExpression(), -1);
+    EXPECT_EQ(ZWEvaluator(Repeat(u"sqrt("_s, 100000) + u"1"_s).AnalizeExpression(), -1);
 }
 
 TEST(LongFormulas, FlatTextOfAMegabyte)

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using C = ZWFormulaCompletion::Context;
@@ -48,10 +50,10 @@ INSTANTIATE_TEST_SUITE_P(Texts, FormulaWord,
 ZWFormulaCompletion Completion()
 {
     ZWFormulaCompletion c;
-    c.SetFormulas({QStringLiteral("Total"), QStringLiteral("Tariff"), QStringLiteral("Sqrt")});
-    c.SetVariables({QStringLiteral("Boiler.Temperature"), QStringLiteral("Main meter.Active energy"),
-        QStringLiteral("Main meter.Active power"), QStringLiteral("Tank.Level")});
-    c.SetFilters({QStringLiteral("avg"), QStringLiteral("max"), QStringLiteral("min"), QStringLiteral("sum")});
+    c.SetFormulas({u"Total"_s, u"Tariff"_s, u"Sqrt"_s});
+    c.SetVariables(
+        {u"Boiler.Temperature"_s, u"Main meter.Active energy"_s, u"Main meter.Active power"_s, u"Tank.Level"_s});
+    c.SetFilters({u"avg"_s, u"max"_s, u"min"_s, u"sum"_s});
     return c;
 }
 

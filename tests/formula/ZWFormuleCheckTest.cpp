@@ -6,28 +6,16 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 TEST(FormuleName, FollowsTheNameRule)
 {
-    const std::pair<const char*, bool> cases[] = {
-        {"Total", true},
-        {"kWh2024", true},
-        {"Energ\xc3\xad"
-         "a",
-            true},      // letters beyond ASCII
-        {"Sqrt", true}, // the rule compares function names with their case
-        {"LOG10", true},
-        {"", false},
-        {"2Total", false},
-        {"Total cost", false},
-        {"total_cost", false},
-        {"a.b", false},
-        {"[a.b]", false},
-        {"sqrt", false},
-        {"atan2", false},
-        {"log10", false},
-    };
+    // Letters beyond ASCII count; function names are compared with their case.
+    const std::pair<const char*, bool> cases[] = {{"Total", true}, {"kWh2024", true}, {"Energía", true}, {"Sqrt", true},
+        {"LOG10", true}, {"", false}, {"2Total", false}, {"Total cost", false}, {"total_cost", false}, {"a.b", false},
+        {"[a.b]", false}, {"sqrt", false}, {"atan2", false}, {"log10", false}};
     for (const auto& [name, valid] : cases)
         EXPECT_EQ(ZWFormuleCheck::IsValidName(QString::fromUtf8(name)), valid) << name;
 }
@@ -54,12 +42,11 @@ class FormuleCheck : public testing::TestWithParam<CheckCase>
 TEST_P(FormuleCheck, ResultLineAndOk)
 {
     zwtest::LiveValuesScope live;
-    live.Set(QStringLiteral("meter.energy"), 1520.5);
-    live.Set(QStringLiteral("meter.power"), std::nullopt);
-    const std::vector<QString> names{QStringLiteral("Price"), QStringLiteral("Old"), QStringLiteral("Total"),
-        QStringLiteral("Cost"), QStringLiteral("Broken"), QStringLiteral("UsesBroken")};
-    const std::vector<QString> texts{QStringLiteral("0.25"), QStringLiteral("1"), QStringLiteral("Old * 2"),
-        QStringLiteral("Total * Price"), QStringLiteral("[meter.volume] * 2"), QStringLiteral("Broken * 2")};
+    live.Set(u"meter.energy"_s, 1520.5);
+    live.Set(u"meter.power"_s, std::nullopt);
+    const std::vector<QString> names{u"Price"_s, u"Old"_s, u"Total"_s, u"Cost"_s, u"Broken"_s, u"UsesBroken"_s};
+    const std::vector<QString> texts{
+        u"0.25"_s, u"1"_s, u"Old * 2"_s, u"Total * Price"_s, u"[meter.volume] * 2"_s, u"Broken * 2"_s};
     const CheckCase& c = GetParam();
     const ZWFormuleCheck::Result r
         = ZWFormuleCheck::Evaluate(QString::fromUtf8(c.name), QString::fromUtf8(c.text), names, texts, c.edited);
@@ -109,50 +96,40 @@ INSTANTIATE_TEST_SUITE_P(Checks, FormuleCheck,
 
 TEST(FormuleCheck, AFormulaOutsideTheLibraryNeedsNoName)
 {
-    const ZWFormuleCheck::Result named = ZWFormuleCheck::Evaluate(QString(), QStringLiteral("2*3"), {}, {}, -1);
+    const ZWFormuleCheck::Result named = ZWFormuleCheck::Evaluate(QString(), u"2*3"_s, {}, {}, -1);
     EXPECT_EQ(named.textId, ZWTextId::FormulaNameInvalid);
     const ZWFormuleCheck::Result card
-        = ZWFormuleCheck::Evaluate(QString(), QStringLiteral("2*3"), {}, {}, -1, /*nameRequired=*/false);
+        = ZWFormuleCheck::Evaluate(QString(), u"2*3"_s, {}, {}, -1, /*nameRequired=*/false);
     EXPECT_EQ(card.textId, ZWTextId::FormulaValue);
     EXPECT_EQ(card.value, 6.0);
     // Unnamed, it still may not refer to a formula that refers back to it.
-    const ZWFormuleCheck::Result loop = ZWFormuleCheck::Evaluate(QString(), QStringLiteral("B"),
-        {QStringLiteral("B"), QStringLiteral("C")}, {QStringLiteral("C"), QStringLiteral("B")}, -1, false);
+    const ZWFormuleCheck::Result loop
+        = ZWFormuleCheck::Evaluate(QString(), u"B"_s, {u"B"_s, u"C"_s}, {u"C"_s, u"B"_s}, -1, false);
     EXPECT_EQ(loop.textId, ZWTextId::FormulaRefersToItself);
 }
 
 TEST(FormuleCheck, LibraryDocumentLeavesOutTheEditedFormula)
 {
-    const std::vector<QString> names{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")};
-    const std::vector<QString> texts{QStringLiteral("1"), QStringLiteral("A+1"), QStringLiteral("B<2")};
+    const std::vector<QString> names{u"A"_s, u"B"_s, u"C"_s};
+    const std::vector<QString> texts{u"1"_s, u"A+1"_s, u"B<2"_s};
     XmlDocument doc;
     ASSERT_TRUE(ZWFormuleCheck::BuildFormulesDoc(names, texts, 1, doc));
-    EXPECT_EQ(doc.Root().Name(), QStringLiteral("formules"));
-    EXPECT_EQ(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("C")).Value(QStringLiteral("/text")),
-        QStringLiteral("B<2"));
-    EXPECT_TRUE(doc.Node(QStringLiteral("/formule?name=%s?"), QStringLiteral("B")).IsNull());
-    EXPECT_EQ(doc.Root().Nodes(QStringLiteral("formule")).size(), 2u);
+    EXPECT_EQ(doc.Root().Name(), u"formules"_s);
+    EXPECT_EQ(doc.Node(u"/formule?name=%s?"_s, u"C"_s).Value(u"/text"_s), u"B<2"_s);
+    EXPECT_TRUE(doc.Node(u"/formule?name=%s?"_s, u"B"_s).IsNull());
+    EXPECT_EQ(doc.Root().Nodes(u"formule"_s).size(), 2u);
 }
 
-TEST(FormuleCheck, OnlyALoopRefusesALibrary)
+TEST(FormuleCheck, OnlyALoopRefusesALibraryAndValuesShowFiveDecimals)
 {
-    const auto q = [](std::initializer_list<const char*> l) {
-        std::vector<QString> v;
-        for (const char* s : l)
-            v.push_back(QString::fromUtf8(s));
-        return v;
-    };
-    EXPECT_FALSE(ZWFormuleCheck::HasLoop(q({"A", "B"}), q({"B + 1", "2"})));
-    EXPECT_FALSE(ZWFormuleCheck::HasLoop(q({"A"}), q({"Missing"})));
-    EXPECT_FALSE(ZWFormuleCheck::HasLoop(q({"A"}), q({"2 +"})));
-    EXPECT_TRUE(ZWFormuleCheck::HasLoop(q({"A", "B", "C"}), q({"1", "C", "B"})));
-}
-
-TEST(FormuleCheck, FormatsValuesWithFiveDecimals)
-{
-    EXPECT_EQ(ZWFormuleCheck::FormatValue(2.0 / 3.0), QStringLiteral("0.66667"));
-    EXPECT_EQ(ZWFormuleCheck::FormatValue(-1234567.0), QStringLiteral("-1234567.00000"));
-    EXPECT_EQ(ZWFormuleCheck::FormatValue(0.000004), QStringLiteral("0.00000"));
+    using V = std::vector<QString>;
+    EXPECT_FALSE(ZWFormuleCheck::HasLoop(V{u"A"_s, u"B"_s}, V{u"B + 1"_s, u"2"_s}));
+    EXPECT_FALSE(ZWFormuleCheck::HasLoop(V{u"A"_s}, V{u"Missing"_s}));
+    EXPECT_FALSE(ZWFormuleCheck::HasLoop(V{u"A"_s}, V{u"2 +"_s}));
+    EXPECT_TRUE(ZWFormuleCheck::HasLoop(V{u"A"_s, u"B"_s, u"C"_s}, V{u"1"_s, u"C"_s, u"B"_s}));
+    EXPECT_EQ(ZWFormuleCheck::FormatValue(2.0 / 3.0), u"0.66667"_s);
+    EXPECT_EQ(ZWFormuleCheck::FormatValue(-1234567.0), u"-1234567.00000"_s);
+    EXPECT_EQ(ZWFormuleCheck::FormatValue(0.000004), u"0.00000"_s);
 }
 
 } // namespace

@@ -19,7 +19,6 @@ using zwtest::Postfix;
 
 namespace {
 
-// ---------------------------------------------------------------------------
 // Translation: precedence comes from the priority table, every binary
 // operator is left-associative, a unary minus binds tighter than "^".
 
@@ -55,7 +54,6 @@ INSTANTIATE_TEST_SUITE_P(Priorities, Translation,
         PostfixCase{"[a.b]*Total", "[a.b] Total *"}),
     FormulaName<PostfixCase>);
 
-// ---------------------------------------------------------------------------
 // Evaluation: values and result codes.
 
 struct EvalCase
@@ -148,43 +146,42 @@ TEST(ZWPolaca, NoChecksForOverflowOrNaN)
 }
 
 // Each operator alone, fed straight to the translator: the Stack column.
+// A binary operator with one operand is still one short.
 TEST(ZWPolaca, MissingOperandCodes)
 {
-    const std::vector<std::pair<int, int>> table
-        = {{ZWToken::Add, R::AddStack}, {ZWToken::Subtract, R::SubtractStack}, {ZWToken::Multiply, R::MultiplyStack},
-            {ZWToken::Divide, R::DivideStack}, {ZWToken::Power, R::PowerStack}, {ZWToken::UnaryMinus, R::NegateStack},
-            {ZWToken::Sqrt, R::SqrtStack}, {ZWToken::Log, R::LogStack}, {ZWToken::Exp, R::ExpStack},
-            {ZWToken::Sin, R::SinStack}, {ZWToken::Cos, R::CosStack}, {ZWToken::Tan, R::TanStack},
-            {ZWToken::Asin, R::AsinStack}, {ZWToken::Acos, R::AcosStack}, {ZWToken::Atan, R::AtanStack},
-            {ZWToken::Log10, R::Log10Stack}, {ZWToken::Less, R::LessStack}, {ZWToken::Greater, R::GreaterStack},
-            {ZWToken::LessEqual, R::LessEqualStack}, {ZWToken::GreaterEqual, R::GreaterEqualStack},
-            {ZWToken::Equal, R::EqualStack}, {ZWToken::NotEqual, R::NotEqualStack}, {ZWToken::And, R::AndStack},
-            {ZWToken::Or, R::OrStack}, {ZWToken::Not, R::NotStack}, {ZWToken::Atan2, R::Atan2Stack}};
-    const bool binary[] = {true, true, true, true, true, false, false, false, false, false, false, false, false, false,
-        false, false, true, true, true, true, true, true, true, true, false, true};
-    for (size_t i = 0; i < table.size(); ++i) {
-        const auto [type, code] = table[i];
+    const struct
+    {
+        int type, code;
+        bool binary;
+    } table[] = {{ZWToken::Add, R::AddStack, true}, {ZWToken::Subtract, R::SubtractStack, true},
+        {ZWToken::Multiply, R::MultiplyStack, true}, {ZWToken::Divide, R::DivideStack, true},
+        {ZWToken::Power, R::PowerStack, true}, {ZWToken::UnaryMinus, R::NegateStack, false},
+        {ZWToken::Sqrt, R::SqrtStack, false}, {ZWToken::Log, R::LogStack, false}, {ZWToken::Exp, R::ExpStack, false},
+        {ZWToken::Sin, R::SinStack, false}, {ZWToken::Cos, R::CosStack, false}, {ZWToken::Tan, R::TanStack, false},
+        {ZWToken::Asin, R::AsinStack, false}, {ZWToken::Acos, R::AcosStack, false},
+        {ZWToken::Atan, R::AtanStack, false}, {ZWToken::Log10, R::Log10Stack, false},
+        {ZWToken::Less, R::LessStack, true}, {ZWToken::Greater, R::GreaterStack, true},
+        {ZWToken::LessEqual, R::LessEqualStack, true}, {ZWToken::GreaterEqual, R::GreaterEqualStack, true},
+        {ZWToken::Equal, R::EqualStack, true}, {ZWToken::NotEqual, R::NotEqualStack, true},
+        {ZWToken::And, R::AndStack, true}, {ZWToken::Or, R::OrStack, true}, {ZWToken::Not, R::NotStack, false},
+        {ZWToken::Atan2, R::Atan2Stack, true}};
+    ZWToken one, end;
+    one.Set(1.0, ZWToken::Constant, 0, ZWToken::Numeric);
+    end.Set(QString(), ZWToken::End, 0, -1);
+    for (const auto& [type, code, binary] : table) {
         ZWToken op;
         op.Set(u"op"_s, type, 0, -1);
-        ZWToken end;
-        end.Set(QString(), ZWToken::End, 0, -1);
-        ZWPolaca alone;
-        alone.AddToken(op);
-        alone.AddToken(end);
-        double value = 0;
-        int valueType = -1;
-        EXPECT_EQ(zwtest::CodeName(alone.Evaluate(value, valueType)), zwtest::CodeName(code)) << "type " << type;
-        EXPECT_EQ(value, ZW_NO_VALUE);
-        if (binary[i]) {
-            // One operand is still one too few.
-            ZWToken one;
-            one.Set(1.0, ZWToken::Constant, 0, ZWToken::Numeric);
-            ZWPolaca half;
-            half.AddToken(one);
-            half.AddToken(op);
-            half.AddToken(end);
-            EXPECT_EQ(zwtest::CodeName(half.Evaluate(value, valueType)), zwtest::CodeName(code))
-                << "type " << type << " with one operand";
+        for (const int operands : {0, binary ? 1 : 0}) {
+            ZWPolaca polaca;
+            if (operands)
+                polaca.AddToken(one);
+            polaca.AddToken(op);
+            polaca.AddToken(end);
+            double value = 0;
+            int valueType = -1;
+            EXPECT_EQ(zwtest::CodeName(polaca.Evaluate(value, valueType)), zwtest::CodeName(code))
+                << "type " << type << " with " << operands << " operands";
+            EXPECT_EQ(value, ZW_NO_VALUE);
         }
     }
 }
@@ -223,9 +220,6 @@ TEST(ZWPolaca, ListsDeviceVariablesAndFormulasInPostfixOrder)
     }
 }
 
-// ---------------------------------------------------------------------------
-// Device variables
-
 // Live device values and a library of formulas.
 class FormulaInputs : public testing::Test
 {
@@ -250,12 +244,16 @@ protected:
 
 TEST_F(FormulaInputs, DeviceVariablesAndReferencesGiveTheirValuesOrCodes)
 {
+    // Full: the library, filters allowed. Plain: the library, no filters.
+    enum Inputs { Full, Plain, NoLibrary, NoStore };
     struct Case
     {
         const char* formula;
         int code;
         double value;
         const char* undefined;
+        Inputs inputs = Full;
+        int valueType = -1; // -1: not checked
     };
     const Case cases[] = {
         {"[m.e] * [m.f]", R::Ok, 10, ""},
@@ -265,8 +263,9 @@ TEST_F(FormulaInputs, DeviceVariablesAndReferencesGiveTheirValuesOrCodes)
         // The host does not know it: evaluation stops at once.
         {"[zz.q] + [m.none]", R::UnknownDeviceVariable, 0, ""},
         {"[m.none] + [zz.q]", R::UnknownDeviceVariable, 0, "m.none"},
-        // Known without a current value.
-        {"[m.none]", R::NoCurrentValue, 0, "m.none"},
+        // Known without a current value; the value type is still reported.
+        {"[m.none]", R::NoCurrentValue, 0, "m.none", Full, 0},
+        {"[m.none] < 3", R::NoCurrentValue, 0, "m.none", Full, 1},
         // 62 only when the variable without a value was the last one looked up.
         {"[m.e] + [m.none]", R::NoCurrentValue, 0, "m.none"},
         {"[m.none] + [m.e]", R::UndefinedValues, 0, "m.none"},
@@ -276,16 +275,26 @@ TEST_F(FormulaInputs, DeviceVariablesAndReferencesGiveTheirValuesOrCodes)
         {"1 / ([m.none] - 1) + [m.e]", R::UndefinedValues, 0, "m.none"},
         {"sqrt(-[m.none]) + [m.e]", R::UndefinedValues, 0, "m.none"},
         {"log10(0) + [m.none]", R::LogDomain, 0, ""},
+        // Without filters only plain names with a dot are known.
+        {"[m.e] + 1", R::Ok, 6, "", Plain},
+        {"[Meter 1.Power]", R::Ok, 7.5, "", Plain},
+        {"[m.e:max] + 1", R::UnknownDeviceVariable, 0, "", Plain},
+        {"[nodot]", R::UnknownDeviceVariable, 0, "", Plain},
+        {"[zz.q]", R::UnknownDeviceVariable, 0, "", Plain},
+        {"[m.e]", R::UnknownDeviceVariable, 0, "", NoStore},
         // References to the library.
         {"C", R::Ok, 9, ""},
         {"C * A - B", R::Ok, 21, ""},
         {"Dev + 1", R::Ok, 11, ""},
+        // A referenced formula gets an evaluator of its own, filters allowed.
+        {"Filtered", R::Ok, 5, "", Plain},
         // A reference counts as numeric even when the formula is boolean.
         {"Bool + 1", R::Ok, 2, ""},
         {"Bool && (1<2)", R::AndType, 0, ""},
         {"Bad + 1", R::ReferenceSyntaxError, 0, ""},
         {"Nope * 2", R::UndefinedValues, 0, "Nope"},
         {"Missing", R::UndefinedValues, 0, "Nope,Missing"},
+        {"A + B", R::UndefinedValues, 0, "A,B", NoLibrary, 0},
         // Names are case-sensitive.
         {"a", R::UndefinedValues, 0, "a"},
         // A code other than 1 or 40 ends the evaluation at once.
@@ -296,43 +305,25 @@ TEST_F(FormulaInputs, DeviceVariablesAndReferencesGiveTheirValuesOrCodes)
         // A self reference ends with 40.
         {"Loop", R::UndefinedValues, 0, "Loop"},
     };
+    const auto live = ZWDriverSupport::Store();
     for (const Case& c : cases) {
-        const zwtest::Evaluation e = Evaluate(QString::fromUtf8(c.formula), m_options);
+        zwtest::EvaluationOptions options = m_options;
+        options.discriminators = c.inputs != Plain;
+        if (c.inputs == NoLibrary)
+            options.formulas = nullptr;
+        ZWDriverSupport::SetStore(c.inputs == NoStore ? nullptr : live);
+        const zwtest::Evaluation e = Evaluate(QString::fromUtf8(c.formula), options);
         ASSERT_NE(e.analyze, -1) << c.formula;
         EXPECT_EQ(zwtest::CodeName(e.code), zwtest::CodeName(c.code)) << c.formula;
         EXPECT_EQ(e.value, c.code == R::Ok ? c.value : ZW_NO_VALUE) << c.formula;
         EXPECT_EQ(e.undefined.join(QLatin1Char(',')).toStdString(), c.undefined) << c.formula;
+        if (c.valueType != -1) {
+            EXPECT_EQ(e.valueType, c.valueType) << c.formula;
+        }
     }
     const zwtest::Evaluation e = Evaluate(u"2 * UsesLoop"_s, m_options);
     EXPECT_EQ(e.code, R::UndefinedValues);
     EXPECT_TRUE(e.undefined.contains(u"P"_s) && e.undefined.contains(u"UsesLoop"_s));
-}
-
-TEST_F(FormulaInputs, ValueTypeReportedWhenOneValueIsLeft)
-{
-    zwtest::Evaluation e = Evaluate(u"[m.none] < 3"_s);
-    EXPECT_EQ(e.code, R::NoCurrentValue);
-    EXPECT_EQ(e.valueType, 1);
-    e = Evaluate(u"[m.none]"_s);
-    EXPECT_EQ(e.code, R::NoCurrentValue);
-    EXPECT_EQ(e.valueType, 0);
-}
-
-TEST_F(FormulaInputs, WithoutDiscriminatorsOnlyPlainNames)
-{
-    zwtest::EvaluationOptions plain;
-    plain.discriminators = false;
-    EXPECT_EQ(Evaluate(u"[m.e] + 1"_s, plain).code, R::Ok);
-    EXPECT_EQ(Evaluate(u"[Meter 1.Power]"_s, plain).code, R::Ok);
-    EXPECT_EQ(Evaluate(u"[m.e:max] + 1"_s, plain).code, R::UnknownDeviceVariable);
-    EXPECT_EQ(Evaluate(u"[nodot]"_s, plain).code, R::UnknownDeviceVariable);
-    EXPECT_EQ(Evaluate(u"[zz.q]"_s, plain).code, R::UnknownDeviceVariable);
-}
-
-TEST_F(FormulaInputs, NoStoreMeansEveryVariableIsUnknown)
-{
-    ZWDriverSupport::SetStore(nullptr);
-    EXPECT_EQ(Evaluate(u"[m.e]"_s).code, R::UnknownDeviceVariable);
 }
 
 TEST_F(FormulaInputs, LoggedDataTakesPrecedenceOverLiveValues)
@@ -340,13 +331,11 @@ TEST_F(FormulaInputs, LoggedDataTakesPrecedenceOverLiveValues)
     const ZWDateTime begin = ZWDateTime::FromDMY(2024, 3, 1);
     const ZWDateTime end = ZWDateTime::FromDMY(2024, 3, 2);
     ZWLoggerInfo info;
-    info.AddVariable(u"m.f"_s);
-    info.AddVariable(u"m.e"_s);
-    info.AddVariable(u"m.none"_s);
+    for (const QString& name : {u"m.f"_s, u"m.e"_s, u"m.none"_s})
+        info.AddVariable(name);
     ZWLoggerData data;
     data.Setup(info);
     data.SetData(begin, end, ZWDataRecord{begin, {20.0, 100.0, ZW_NO_VALUE}});
-
     zwtest::EvaluationOptions options;
     options.loggerData = &data;
     zwtest::Evaluation e = Evaluate(u"[m.e] + [m.f]"_s, options);
@@ -372,25 +361,6 @@ TEST_F(FormulaInputs, LoggedDataTakesPrecedenceOverLiveValues)
     EXPECT_EQ(Evaluate(u"[m.e]"_s, options).code, R::UndefinedValues);
 }
 
-TEST_F(FormulaInputs, WithoutALibraryEveryNameIsUndefined)
-{
-    const zwtest::Evaluation e = Evaluate(u"A + B"_s);
-    EXPECT_EQ(e.code, R::UndefinedValues);
-    EXPECT_EQ(e.undefined, (QStringList{u"A"_s, u"B"_s}));
-    EXPECT_EQ(e.valueType, 0);
-}
-
-TEST_F(FormulaInputs, ReferencedFormulasAcceptFilteredNames)
-{
-    // A referenced formula is evaluated by an evaluator of its own, built
-    // afresh with discriminators enabled.
-    m_options.discriminators = false;
-    const zwtest::Evaluation e = Evaluate(u"Filtered"_s, m_options);
-    EXPECT_EQ(e.code, R::Ok);
-    EXPECT_EQ(e.value, 5.0);
-    EXPECT_EQ(Evaluate(u"[m.e:max]"_s, m_options).code, R::UnknownDeviceVariable);
-}
-
 TEST_F(FormulaInputs, TheLibraryIsReadAgainOnEveryEvaluation)
 {
     ZWEvaluator evaluator(u"B"_s);
@@ -408,28 +378,33 @@ TEST_F(FormulaInputs, TheLibraryIsReadAgainOnEveryEvaluation)
     EXPECT_EQ(evaluator.Evaluate(value, valueType), 40);
 }
 
-std::unique_ptr<XmlDocument> Chain(int length)
+using Formulas = std::vector<std::pair<QString, QString>>;
+
+zwtest::Evaluation EvaluateWith(const QString& formula, const Formulas& formulas)
 {
-    std::vector<std::pair<QString, QString>> formulas;
+    const auto library = zwtest::Library(formulas);
+    zwtest::EvaluationOptions options;
+    options.formulas = library.get();
+    return Evaluate(formula, options);
+}
+
+// F1 = F2+1, F2 = F3+1, ..., the last one 1.
+Formulas Chain(int length)
+{
+    Formulas formulas;
     for (int i = 1; i < length; ++i)
         formulas.emplace_back(u"F%1"_s.arg(i), u"F%1+1"_s.arg(i + 1));
     formulas.emplace_back(u"F%1"_s.arg(length), u"1"_s);
-    return zwtest::Library(formulas);
+    return formulas;
 }
 
 TEST(ReferenceDepth, ChainsUpToTheLimitEvaluate)
 {
     const int limit = ZWPolaca::MaxReferenceDepth;
-    auto library = Chain(limit);
-    zwtest::EvaluationOptions options;
-    options.formulas = library.get();
-    zwtest::Evaluation e = Evaluate(u"F1"_s, options);
+    zwtest::Evaluation e = EvaluateWith(u"F1"_s, Chain(limit));
     EXPECT_EQ(e.code, R::Ok);
     EXPECT_EQ(e.value, double(limit));
-
-    library = Chain(limit + 1);
-    options.formulas = library.get();
-    e = Evaluate(u"F1"_s, options);
+    e = EvaluateWith(u"F1"_s, Chain(limit + 1));
     EXPECT_EQ(e.code, R::UndefinedValues);
     EXPECT_TRUE(e.undefined.contains(u"F%1"_s.arg(limit + 1)));
 }
@@ -437,14 +412,11 @@ TEST(ReferenceDepth, ChainsUpToTheLimitEvaluate)
 TEST(ReferenceDepth, SharedFormulasAreNotEvaluatedOncePerPath)
 {
     // G1 = G2+G2, G2 = G3+G3, ...: 2^59 paths, one value each.
-    std::vector<std::pair<QString, QString>> formulas;
+    Formulas formulas;
     for (int i = 1; i < 60; ++i)
         formulas.emplace_back(u"G%1"_s.arg(i), u"G%1+G%1"_s.arg(i + 1));
     formulas.emplace_back(u"G60"_s, u"1"_s);
-    const auto library = zwtest::Library(formulas);
-    zwtest::EvaluationOptions options;
-    options.formulas = library.get();
-    const zwtest::Evaluation e = Evaluate(u"G1"_s, options);
+    const zwtest::Evaluation e = EvaluateWith(u"G1"_s, formulas);
     EXPECT_EQ(e.code, R::Ok);
     EXPECT_EQ(e.value, std::ldexp(1.0, 59));
 }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using W = ZWWizzardText;
@@ -75,17 +77,17 @@ INSTANTIATE_TEST_SUITE_P(Kinds, WizzardInsert,
 
 TEST(WizzardConstants, DecimalsTheUserPicks)
 {
-    EXPECT_EQ(W::ConstantFormat(4), QStringLiteral("%.4f"));
-    EXPECT_EQ(W::ConstantFormat(0), QStringLiteral("%.0f"));
-    EXPECT_EQ(W::ConstantFormat(-3), QStringLiteral("%.0f"));
-    EXPECT_EQ(W::ConstantFormat(40), QStringLiteral("%.15f"));
-    EXPECT_EQ(W::Constant(W::Pi, 4), QStringLiteral("3.1416"));
-    EXPECT_EQ(W::Constant(W::E, 2), QStringLiteral("2.72"));
-    EXPECT_EQ(W::Constant(W::E, 0), QStringLiteral("3"));
-    EXPECT_EQ(W::Constant(W::Pi, 15), QStringLiteral("3.141592653589793"));
+    EXPECT_EQ(W::ConstantFormat(4), u"%.4f"_s);
+    EXPECT_EQ(W::ConstantFormat(0), u"%.0f"_s);
+    EXPECT_EQ(W::ConstantFormat(-3), u"%.0f"_s);
+    EXPECT_EQ(W::ConstantFormat(40), u"%.15f"_s);
+    EXPECT_EQ(W::Constant(W::Pi, 4), u"3.1416"_s);
+    EXPECT_EQ(W::Constant(W::E, 2), u"2.72"_s);
+    EXPECT_EQ(W::Constant(W::E, 0), u"3"_s);
+    EXPECT_EQ(W::Constant(W::Pi, 15), u"3.141592653589793"_s);
     EXPECT_EQ(W::OtherElements().size(), 16);
-    EXPECT_EQ(W::OtherElements().front(), QStringLiteral("("));
-    EXPECT_EQ(W::OtherElements().back(), QStringLiteral("||"));
+    EXPECT_EQ(W::OtherElements().front(), u"("_s);
+    EXPECT_EQ(W::OtherElements().back(), u"||"_s);
 }
 
 } // namespace

@@ -135,32 +135,24 @@ TEST_F(ZWReportDataTest, FormulaValuesAndTheirFormatsAndTheDatesOfThePeriod)
 
 TEST_F(ZWReportDataTest, TheFirstAlternativeThatHoldsWins)
 {
-    const QString design = QStringLiteral(
-        "<design><page>"
-        "<conditioned><id>none</id>"
-        "<control><condition>[Office.Temperature] &lt; 19</condition><label><id>cold</id></label></control>"
-        "<control><condition>[Office.Temperature] &gt; 26</condition><label><id>warm</id></label></control>"
-        "</conditioned>"
-        "<conditioned><id>first</id>"
-        "<control><condition>1 &gt; 2</condition><label><id>a</id></label></control>"
-        // Holds, but has no card: the search goes on.
-        "<control><condition>1 &lt; 2</condition></control>"
-        "<control><condition>[Office.Temperature] &gt;= 19</condition>"
-        "<formule><id>f</id><value>[Office.Temperature]</value><format>.1</format></formule></control>"
-        "<control><condition>1 &lt; 2</condition><label><id>later</id></label></control>"
-        "</conditioned>"
-        "<conditioned><id>numeric</id>"
-        "<control><condition>1 + 1</condition><label><id>n</id></label></control>"
-        "<control><condition>[Empty.Value] &gt; 1</condition><label><id>e</id></label></control>"
-        "<control><condition>!(1 &gt; 2)</condition><image><id>pic</id></image></control>"
-        "</conditioned>"
-        "</page></design>");
-    EXPECT_EQ(Gather(design),
-        QStringLiteral("<fields>"
-                       "<conditioned><id>none</id></conditioned>"
-                       "<conditioned><id>first</id><formule><id>f</id><value>21.5</value></formule></conditioned>"
-                       "<conditioned><id>numeric</id><image><id>pic</id></image></conditioned>"
-                       "</fields>"));
+    // The second alternative of "first" holds but has no card: the search goes on.
+    EXPECT_EQ(Gather(uR"(<design><page><conditioned><id>none</id>
+        <control><condition>[Office.Temperature] &lt; 19</condition><label><id>cold</id></label></control>
+        <control><condition>[Office.Temperature] &gt; 26</condition><label><id>warm</id></label></control>
+        </conditioned><conditioned><id>first</id>
+        <control><condition>1 &gt; 2</condition><label><id>a</id></label></control>
+        <control><condition>1 &lt; 2</condition></control>
+        <control><condition>[Office.Temperature] &gt;= 19</condition>
+        <formule><id>f</id><value>[Office.Temperature]</value><format>.1</format></formule></control>
+        <control><condition>1 &lt; 2</condition><label><id>later</id></label></control>
+        </conditioned><conditioned><id>numeric</id>
+        <control><condition>1 + 1</condition><label><id>n</id></label></control>
+        <control><condition>[Empty.Value] &gt; 1</condition><label><id>e</id></label></control>
+        <control><condition>!(1 &gt; 2)</condition><image><id>pic</id></image></control>
+        </conditioned></page></design>)"_s),
+        u"<fields><conditioned><id>none</id></conditioned>"
+        u"<conditioned><id>first</id><formule><id>f</id><value>21.5</value></formule></conditioned>"
+        u"<conditioned><id>numeric</id><image><id>pic</id></image></conditioned></fields>"_s);
 }
 
 TEST_F(ZWReportDataTest, ProgressRunsOverPagesAndCards)

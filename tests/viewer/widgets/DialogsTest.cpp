@@ -1,4 +1,3 @@
-#include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWTextId.h"
 #include "host/widgets/CGoToDateDlg.h"
 #include "tests/support/ZWTestSupport.h"
@@ -7,16 +6,12 @@
 #include "viewer/widgets/CDlgUserInterval.h"
 
 #include <QCalendarWidget>
-#include <QDateEdit>
 #include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QTimeEdit>
 #include <QTreeWidget>
-#include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -60,18 +55,10 @@ protected:
 
 TEST(CDlgInformesList, IsValidName)
 {
-    const std::pair<const char*, bool> cases[] = {
-        {"Report1", true},
-        {"Informe2024", true},
-        {"\xc3\x91o\xc3\xb1o", true}, // letters beyond ASCII
-        {"", false},
-        {" Report", false},
-        {"My report", false},
-        {"my_report", false},
-        {"my-report", false},
-        {"report.v2", false},
-        {"a/b", false},
-    };
+    // Letters beyond ASCII count.
+    const std::pair<const char*, bool> cases[]
+        = {{"Report1", true}, {"Informe2024", true}, {"Ñoño", true}, {"", false}, {" Report", false},
+            {"My report", false}, {"my_report", false}, {"my-report", false}, {"report.v2", false}, {"a/b", false}};
     for (const auto& [name, valid] : cases)
         EXPECT_EQ(CDlgInformesList::IsValidName(QString::fromUtf8(name)), valid) << name;
 }
@@ -131,6 +118,13 @@ TEST_F(ReportFolder, NewNameChecks)
     }
 }
 
+void DoubleClick(QTreeWidget* list, int row)
+{
+    const QRect r = list->visualItemRect(list->topLevelItem(row));
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, r.center());
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, r.center());
+}
+
 TEST_F(ReportFolder, SeveralInListOrderAndDoubleClick)
 {
     Recording<CDlgInformesList> dialog;
@@ -149,66 +143,54 @@ TEST_F(ReportFolder, SeveralInListOrderAndDoubleClick)
     Recording<CDlgInformesList> one;
     one.SetType(CDlgInformesList::One);
     one.show();
-    const QRect r = one.List()->visualItemRect(one.List()->topLevelItem(2));
-    QTest::mouseClick(one.List()->viewport(), Qt::LeftButton, {}, r.center());
-    QTest::mouseDClick(one.List()->viewport(), Qt::LeftButton, {}, r.center());
+    DoubleClick(one.List(), 2);
     EXPECT_EQ(one.result(), QDialog::Accepted);
     EXPECT_EQ(one.Names(), QStringList{u"Report1"_s});
-
     // A double click does not close the dialog that names a new report.
     Recording<CDlgInformesList> fresh;
     fresh.SetType(CDlgInformesList::NewName);
     fresh.show();
-    QTest::mouseClick(fresh.List()->viewport(), Qt::LeftButton, {}, r.center());
-    QTest::mouseDClick(fresh.List()->viewport(), Qt::LeftButton, {}, r.center());
+    DoubleClick(fresh.List(), 2);
     EXPECT_TRUE(fresh.isVisible());
 }
 
 using IntervalDialog = zwtest::WindowTest;
 
-TEST_F(IntervalDialog, RefusalsAndAcceptance)
+TEST_F(IntervalDialog, RefusalsKeepWhatWasTypedAndAcceptanceIsRemembered)
 {
     const ZWDateTime now = ZWDateTime::FromDMY(2026, 11, 21, 12);
     struct Case
     {
         ZWDateTime from, to;
-        std::vector<int> messages;
-        bool accepted;
+        int message; // 0: accepted
     } cases[] = {
         {ZWDateTime::FromDMY(2026, 11, 20, 8), ZWDateTime::FromDMY(2026, 11, 20, 8, 59, 59),
-            {ZWTextId::UserIntervalTooShort}, false},
+            ZWTextId::UserIntervalTooShort},
         {ZWDateTime::FromDMY(2026, 11, 20, 9), ZWDateTime::FromDMY(2026, 11, 20, 8),
-            {ZWTextId::UserIntervalStartAfterEnd}, false},
-        {ZWDateTime::FromDMY(2026, 11, 21, 8), ZWDateTime::FromDMY(2026, 11, 22, 8), {ZWTextId::UserIntervalInFuture},
-            false},
-        {ZWDateTime::FromDMY(2026, 11, 20, 8), ZWDateTime::FromDMY(2026, 11, 20, 9), {}, true},
+            ZWTextId::UserIntervalStartAfterEnd},
+        {ZWDateTime::FromDMY(2026, 11, 21, 8), ZWDateTime::FromDMY(2026, 11, 22, 8), ZWTextId::UserIntervalInFuture},
+        {ZWDateTime::FromDMY(2026, 11, 21, 8), ZWDateTime::FromDMY(2026, 11, 21, 13), ZWTextId::UserIntervalInFuture},
+        {ZWDateTime::FromDMY(2026, 11, 20, 8), ZWDateTime::FromDMY(2026, 11, 20, 9), 0},
     };
     for (const Case& c : cases) {
         Recording<CDlgUserInterval> dialog(nullptr, now);
         dialog.show();
         dialog.SetInterval(c.from, c.to);
         ClickOk(dialog);
-        EXPECT_EQ(dialog.messages, c.messages) << c.to.ToIso().toStdString();
-        EXPECT_EQ(dialog.result() == QDialog::Accepted, c.accepted);
+        EXPECT_EQ(dialog.messages, c.message ? std::vector<int>{c.message} : std::vector<int>{})
+            << c.to.ToIso().toStdString();
+        EXPECT_EQ(dialog.result() == QDialog::Accepted, !c.message);
+        EXPECT_EQ(dialog.isVisible(), bool(c.message));
+        // What was typed stays, to the minute the dialog shows.
+        EXPECT_EQ(dialog.To().ToIso().left(16), c.to.ToIso().left(16));
+        // Nothing refused reaches the settings.
+        EXPECT_EQ(ZWMarentaSetup::instance().OpenSettings()->contains(u"ZWIToHour"_s), !c.message);
     }
-    // The accepted interval was remembered, and a new dialog opens on it.
+    // A new dialog opens on the accepted interval.
     Recording<CDlgUserInterval> again(nullptr, now);
     EXPECT_EQ(again.From(), ZWDateTime::FromDMY(2026, 11, 20, 8));
     EXPECT_EQ(again.To(), ZWDateTime::FromDMY(2026, 11, 20, 9));
     EXPECT_EQ(again.FromTime()->time(), QTime(8, 0, 0));
-}
-
-TEST_F(IntervalDialog, AFutureEndIsKeptButRefused)
-{
-    const ZWDateTime now = ZWDateTime::FromDMY(2026, 11, 21, 12);
-    Recording<CDlgUserInterval> dialog(nullptr, now);
-    dialog.show();
-    dialog.SetInterval(ZWDateTime::FromDMY(2026, 11, 21, 8), ZWDateTime::FromDMY(2026, 11, 21, 13));
-    ClickOk(dialog);
-    EXPECT_TRUE(dialog.isVisible());
-    EXPECT_EQ(dialog.To(), ZWDateTime::FromDMY(2026, 11, 21, 13));
-    // Nothing reached the settings.
-    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->contains(u"ZWIToHour"_s));
 }
 
 TEST(CGoToDateDlg, OkGivesTheChosenDateCancelAnInvalidOne)

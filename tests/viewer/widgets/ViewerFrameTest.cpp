@@ -3,20 +3,16 @@
 #include "template/ZWColorRef.h"
 #include "tests/template/TemplateTestSupport.h"
 #include "tests/viewer/widgets/ViewerTestSupport.h"
-#include "viewer/widgets/ZWViewReportFrame.h"
-#include "viewer/widgets/ZWViewTemplateWnd.h"
+#include "viewer/ZWActionTexts.h"
+#include "viewer/ZWViewZoom.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QComboBox>
 #include <QMenu>
 #include <QPrinter>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QScrollBar>
-#include <QStackedWidget>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolBar>
 #include <QToolButton>
 #include <gtest/gtest.h>
@@ -26,6 +22,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 using zwtest::Factor;
+using zwtest::ThreePages;
 
 struct Label
 {
@@ -57,15 +54,6 @@ XmlDocument Design(const QStringList& pages, const QString& name = u"Frame test"
     return doc;
 }
 
-// Three A4 portrait pages with a label each.
-XmlDocument ThreePages()
-{
-    QStringList pages;
-    for (int i = 1; i <= 3; ++i)
-        pages << PageXml(210, 297, {{"T", 20, 20, 100, 10, i == 1 ? "one" : i == 2 ? "two" : "three"}});
-    return Design(pages);
-}
-
 void Click(const ZWViewReportFrame& frame, int command)
 {
     QToolButton* button = nullptr;
@@ -94,14 +82,12 @@ TEST_F(ViewerFrame, FitPlacesThePageInTheMiddleOfTheWindow)
     ZWViewReportFrame frame;
     Show(frame, ThreePages());
     ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
-    ASSERT_NE(wnd, nullptr);
     const QSize client = wnd->viewport()->size();
     const QPointF px = wnd->PixelsPerMm();
     const double fit = std::min(client.width() / px.x() / 210.0, client.height() / px.y() / 297.0);
     EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
     EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
-    EXPECT_FALSE(wnd->horizontalScrollBar()->isVisible());
-    EXPECT_FALSE(wnd->verticalScrollBar()->isVisible());
+    EXPECT_FALSE(wnd->horizontalScrollBar()->isVisible() || wnd->verticalScrollBar()->isVisible());
 
     // The page is white on the out colour, centred, at the fitted size.
     wnd->SetOutColor(ZWRGB(0x40, 0x80, 0xC0));
@@ -129,43 +115,35 @@ TEST_F(ViewerFrame, ZoomButtonsStepFromFitAndStopAtTheLimits)
     ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
     const double fit = -Factor(wnd);
     ASSERT_GT(fit, 0.0);
-    // From fit, zoom in goes to the next multiple of 50 % above the fitted
+    // From fit, the buttons step to the multiples of 50 % around the fitted
     // factor, and the selector follows.
+    const double up = *ZWViewZoom::ZoomIn(-fit);
     Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
-    const double up = std::floor(fit / 0.5) * 0.5 + 0.5;
     EXPECT_DOUBLE_EQ(Factor(wnd), up);
     EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(up * 2));
     Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
     EXPECT_DOUBLE_EQ(Factor(wnd), up - 0.5);
-    // From fit again, zoom out goes to the multiple below.
     QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
     EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
-    const double down = std::ceil(fit / 0.5) * 0.5 - 0.5;
     Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
-    EXPECT_DOUBLE_EQ(Factor(wnd), down >= 0.5 ? down : -fit);
+    EXPECT_DOUBLE_EQ(Factor(wnd), ZWViewZoom::ZoomOut(-fit).value_or(-fit));
 
     // 50 % and 1000 %: the way on is disabled and does nothing, the way back is enabled.
-    struct Limit
-    {
-        Qt::Key selectorKey;
-        double factor;
-        int disabled, enabled;
-        double back;
-    };
-    for (const Limit& l : {Limit{Qt::Key_Down, 0.5, ZWViewReportFrame::ID_ZOOM_OUT, ZWViewReportFrame::ID_ZOOM_IN, 1.0},
-             Limit{Qt::Key_End, 10.0, ZWViewReportFrame::ID_ZOOM_IN, ZWViewReportFrame::ID_ZOOM_OUT, 9.5}}) {
+    const int in = ZWViewReportFrame::ID_ZOOM_IN, out = ZWViewReportFrame::ID_ZOOM_OUT;
+    for (const auto& [key, factor, disabled, enabled, back] :
+        {std::tuple(Qt::Key_Down, 0.5, out, in, 1.0), std::tuple(Qt::Key_End, 10.0, in, out, 9.5)}) {
         QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
-        QTest::keyClick(frame.ZoomSelector(), l.selectorKey);
-        EXPECT_DOUBLE_EQ(Factor(wnd), l.factor);
-        EXPECT_EQ(frame.ZoomSelector()->currentText(), u"%1%"_s.arg(l.factor * 100));
-        EXPECT_FALSE(frame.Action(l.disabled)->isEnabled());
-        EXPECT_TRUE(frame.Action(l.enabled)->isEnabled());
-        Click(frame, l.disabled);
-        l.disabled == ZWViewReportFrame::ID_ZOOM_IN ? frame.OnZoomIn() : frame.OnZoomOut();
-        EXPECT_DOUBLE_EQ(Factor(wnd), l.factor);
-        Click(frame, l.enabled);
-        EXPECT_DOUBLE_EQ(Factor(wnd), l.back);
-        EXPECT_TRUE(frame.Action(l.disabled)->isEnabled());
+        QTest::keyClick(frame.ZoomSelector(), key);
+        EXPECT_DOUBLE_EQ(Factor(wnd), factor);
+        EXPECT_EQ(frame.ZoomSelector()->currentText(), u"%1%"_s.arg(factor * 100));
+        EXPECT_FALSE(frame.Action(disabled)->isEnabled());
+        EXPECT_TRUE(frame.Action(enabled)->isEnabled());
+        Click(frame, disabled);
+        disabled == in ? frame.OnZoomIn() : frame.OnZoomOut();
+        EXPECT_DOUBLE_EQ(Factor(wnd), factor);
+        Click(frame, enabled);
+        EXPECT_DOUBLE_EQ(Factor(wnd), back);
+        EXPECT_TRUE(frame.Action(disabled)->isEnabled());
     }
 }
 
@@ -182,11 +160,9 @@ TEST_F(ViewerFrame, ScrollBarsCoverExactlyTheOverhang)
     ASSERT_TRUE(wnd->GetMinimumControlDimensions(w, h));
     QScrollBar* hbar = wnd->horizontalScrollBar();
     QScrollBar* vbar = wnd->verticalScrollBar();
-    ASSERT_TRUE(hbar->isVisible());
-    ASSERT_TRUE(vbar->isVisible());
+    ASSERT_TRUE(hbar->isVisible() && vbar->isVisible());
     // The last position shows the page's far edge at the window's edge.
-    EXPECT_EQ(hbar->maximum(), roundi(w) - wnd->viewport()->width());
-    EXPECT_EQ(vbar->maximum(), roundi(h) - wnd->viewport()->height());
+    EXPECT_EQ(QSize(hbar->maximum(), vbar->maximum()), QSize(roundi(w), roundi(h)) - wnd->viewport()->size());
 
     // Scrolled to the end, the page's right edge meets the window's.
     wnd->SetOutColor(ZWRGB(0x40, 0x80, 0xC0));
@@ -203,9 +179,21 @@ TEST_F(ViewerFrame, ScrollBarsCoverExactlyTheOverhang)
 
     // Back to fit: no scroll bars, and the page is whole again.
     QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
-    EXPECT_FALSE(hbar->isVisible());
-    EXPECT_FALSE(vbar->isVisible());
+    EXPECT_FALSE(hbar->isVisible() || vbar->isVisible());
     EXPECT_EQ(hbar->value(), 0);
+}
+
+// The page shown, the page selector, which of Previous and Next are
+// enabled, the zoom selector and the shown page's factor.
+QString Pages(const ZWViewReportFrame& frame)
+{
+    const double factor = Factor(frame.CurrentPageWnd());
+    return u"page %1 (selector %2)%3%4, zoom %5: %6"_s.arg(frame.CurrentPage())
+        .arg(frame.PageSelector()->currentIndex())
+        .arg(frame.Action(ZWViewReportFrame::ID_PREVIOUS_PAGE)->isEnabled() ? u" previous"_s : QString(),
+            frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled() ? u" next"_s : QString())
+        .arg(frame.ZoomSelector()->currentIndex())
+        .arg(factor < 0 ? u"fit"_s : QString::number(factor));
 }
 
 TEST_F(ViewerFrame, PageNavigationAndSelector)
@@ -216,51 +204,43 @@ TEST_F(ViewerFrame, PageNavigationAndSelector)
     QComboBox* selector = frame.PageSelector();
     EXPECT_EQ(selector->count(), 3);
     EXPECT_EQ(selector->itemText(2), u"Page 3"_s);
-    EXPECT_EQ(frame.CurrentPage(), 0);
-    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_PREVIOUS_PAGE)->isEnabled());
-    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled());
+    EXPECT_EQ(Pages(frame), u"page 0 (selector 0) next, zoom 0: fit"_s);
+    const double up = *ZWViewZoom::ZoomIn(Factor(frame.PageWnd(0)));
 
-    // The zoom the reader chose goes with them from page to page.
+    // The zoom the reader chose goes with them from page to page, and so
+    // does fit to window; only the shown page is visible.
     Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
-    const double zoomed = Factor(frame.PageWnd(0));
-    ASSERT_GT(zoomed, 0.0);
-
     Click(frame, ZWViewReportFrame::ID_NEXT_PAGE);
-    EXPECT_EQ(frame.CurrentPage(), 1);
-    EXPECT_EQ(selector->currentIndex(), 1);
+    EXPECT_EQ(Pages(frame), u"page 1 (selector 1) previous next, zoom %1: %2"_s.arg(int(up * 2)).arg(up));
     EXPECT_TRUE(frame.PageWnd(1)->isVisible());
     EXPECT_FALSE(frame.PageWnd(0)->isVisible());
-    EXPECT_DOUBLE_EQ(Factor(frame.PageWnd(1)), zoomed);
-    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(zoomed * 2));
-    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_PREVIOUS_PAGE)->isEnabled());
-    // Fit to window goes with them too.
     QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
-    ASSERT_LT(Factor(frame.PageWnd(1)), 0.0);
-
     Click(frame, ZWViewReportFrame::ID_NEXT_PAGE);
-    EXPECT_EQ(frame.CurrentPage(), 2);
-    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled());
     frame.OnNextPage(); // nothing past the last page
-    EXPECT_EQ(frame.CurrentPage(), 2);
-
-    EXPECT_LT(Factor(frame.PageWnd(2)), 0.0);
-    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
+    EXPECT_EQ(Pages(frame), u"page 2 (selector 2) previous, zoom 0: fit"_s);
 
     // The selector leads straight to a page, in the zoom of the page left.
     QTest::keyClick(selector, Qt::Key_Home);
-    EXPECT_EQ(frame.CurrentPage(), 0);
+    frame.OnPreviousPage(); // nothing before the first
+    EXPECT_EQ(Pages(frame), u"page 0 (selector 0) next, zoom 0: fit"_s);
     EXPECT_TRUE(frame.PageWnd(0)->isVisible());
     EXPECT_FALSE(frame.PageWnd(2)->isVisible());
-    EXPECT_DOUBLE_EQ(Factor(frame.PageWnd(0)), Factor(frame.PageWnd(2)));
-    EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
-    frame.OnPreviousPage();
-    EXPECT_EQ(frame.CurrentPage(), 0);
 
     // A design without pages still has one (empty) page window.
     frame.SetTemplate(Design({}));
     EXPECT_EQ(frame.PageCount(), 1);
     EXPECT_EQ(selector->count(), 0);
     EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->isEnabled());
+}
+
+// The entries of the Toolbars menu of a page window's context menu.
+QString Bars(QMenu* menu)
+{
+    QMenu* bars = menu->actions().value(0)->menu();
+    QString out = menu->actions().value(0)->text() + (bars->isEnabled() ? u":"_s : u" (disabled):"_s);
+    for (QAction* a : bars->actions())
+        out += u" %1 %2%3"_s.arg(a->data().toInt()).arg(a->text(), a->isChecked() ? u"*"_s : QString());
+    return out;
 }
 
 TEST_F(ViewerFrame, ContextMenuTogglesToolBarsAndTheirStateIsKept)
@@ -272,25 +252,18 @@ TEST_F(ViewerFrame, ContextMenuTogglesToolBarsAndTheirStateIsKept)
         QTest::mouseClick(wnd->viewport(), Qt::RightButton, {}, QPoint(50, 50));
         auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         ASSERT_NE(menu, nullptr);
-        ASSERT_EQ(menu->actions().size(), 1);
-        EXPECT_EQ(menu->actions()[0]->text(), u"&Toolbars"_s);
-        QMenu* bars = menu->actions()[0]->menu();
-        ASSERT_NE(bars, nullptr);
-        ASSERT_EQ(bars->actions().size(), 2);
-        EXPECT_EQ(bars->actions()[0]->text(), u"&Pages"_s);
-        EXPECT_EQ(bars->actions()[1]->text(), u"&Zoom"_s);
-        EXPECT_EQ(bars->actions()[0]->data().toInt(), 800);
-        EXPECT_EQ(bars->actions()[1]->data().toInt(), 801);
-        EXPECT_TRUE(bars->actions()[1]->isChecked());
-        bars->actions()[1]->trigger();
+        EXPECT_EQ(menu->actions().size(), 1);
+        EXPECT_EQ(Bars(menu), u"&Toolbars: 800 &Pages* 801 &Zoom*"_s);
+        menu->actions()[0]->menu()->actions()[1]->trigger();
         menu->close();
         EXPECT_TRUE(frame.ZoomBar()->isHidden());
         EXPECT_FALSE(frame.PagesBar()->isHidden());
-
-        // The next menu shows the zoom bar unchecked.
-        std::unique_ptr<QMenu> again(wnd->CreateContextMenu());
-        EXPECT_FALSE(again->actions()[0]->menu()->actions()[1]->isChecked());
-        EXPECT_TRUE(again->actions()[0]->menu()->actions()[0]->isChecked());
+        EXPECT_EQ(Bars(std::unique_ptr<QMenu>(wnd->CreateContextMenu()).get()), u"&Toolbars: 800 &Pages* 801 &Zoom"_s);
+        // Ids of no bar do nothing.
+        wnd->OnViewToolbar(802);
+        wnd->OnViewToolbar(799);
+        EXPECT_TRUE(frame.ZoomBar()->isHidden());
+        EXPECT_FALSE(frame.PagesBar()->isHidden());
     }
     // The bar state went into the settings and a new frame takes it.
     EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->value(u"ViewReportBars"_s).toByteArray().isEmpty());
@@ -299,6 +272,24 @@ TEST_F(ViewerFrame, ContextMenuTogglesToolBarsAndTheirStateIsKept)
     EXPECT_TRUE(frame.ZoomBar()->isHidden());
     frame.CurrentPageWnd()->OnViewToolbar(801);
     EXPECT_FALSE(frame.ZoomBar()->isHidden());
+
+    // A window outside a frame lists the commands it was handed, whatever
+    // they are; without any the menu is there but disabled.
+    ZWViewTemplateWnd wnd;
+    QAction first(u"First bar"_s), second(u"Second bar"_s);
+    for (QAction* action : {&first, &second})
+        action->setCheckable(true);
+    first.setChecked(true);
+    int toggles = 0;
+    QObject::connect(&second, &QAction::triggered, [&] { ++toggles; });
+    wnd.SetToolBarActions({&first, &second});
+    EXPECT_EQ(ZWActionTexts::Plain(Bars(std::unique_ptr<QMenu>(wnd.CreateContextMenu()).get())),
+        u"Toolbars: 800 First bar* 801 Second bar"_s);
+    wnd.OnViewToolbar(801);
+    EXPECT_EQ(toggles, 1);
+    EXPECT_TRUE(second.isChecked());
+    ZWViewTemplateWnd bare;
+    EXPECT_EQ(Bars(std::unique_ptr<QMenu>(bare.CreateContextMenu()).get()), u"&Toolbars (disabled):"_s);
 }
 
 // Printing through QPrinter into a PDF file, checked with poppler's tools.
@@ -370,16 +361,13 @@ TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
         return QPointF(25.0 + (150.0 - y - h) + h / 2, 18.5 + x + w / 2);
     };
     std::map<QString, QPointF> words = WordCentres(pdf, 1);
-    ASSERT_EQ(words.count(u"WEST"_s), 1u);
-    ASSERT_EQ(words.count(u"EAST"_s), 1u);
-    const QPointF west = words[u"WEST"_s];
-    const QPointF east = words[u"EAST"_s];
-    const QPointF westExpected = expected(20, 30, 60, 12);
-    const QPointF eastExpected = expected(170, 110, 60, 12);
-    EXPECT_NEAR(west.x(), westExpected.x(), 1.5);
-    EXPECT_NEAR(west.y(), westExpected.y(), 1.5);
-    EXPECT_NEAR(east.x(), eastExpected.x(), 1.5);
-    EXPECT_NEAR(east.y(), eastExpected.y(), 1.5);
+    ASSERT_EQ(words.count(u"WEST"_s) + words.count(u"EAST"_s), 2u);
+    const QPointF west = words[u"WEST"_s], east = words[u"EAST"_s];
+    for (const auto& [got, want] :
+        {std::pair(west, expected(20, 30, 60, 12)), std::pair(east, expected(170, 110, 60, 12))}) {
+        EXPECT_NEAR(got.x(), want.x(), 1.5);
+        EXPECT_NEAR(got.y(), want.y(), 1.5);
+    }
     // Real size: 150 mm apart along the page's width, 80 mm across.
     EXPECT_NEAR(east.y() - west.y(), 150.0, 0.5);
     EXPECT_NEAR(west.x() - east.x(), 80.0, 0.5);
@@ -407,20 +395,20 @@ TEST_F(ViewerPrint, PrintingGivesEveryPageBackItsZoomAndOutColour)
     frame.PageWnd(1)->SetMode(2.5);
     frame.PageWnd(2)->SetMode(ZW_NO_VALUE);
     frame.PageWnd(0)->SetOutColor(ZWRGB(10, 20, 30));
-    std::vector<double> factors;
-    std::vector<quint32> outs;
-    for (int i = 0; i < 3; ++i) {
-        factors.push_back(Factor(frame.PageWnd(i)));
-        outs.push_back(frame.PageWnd(i)->GetOutColor());
-    }
-    ASSERT_LT(factors[0], 0.0);
-
+    const auto pages = [&frame] {
+        QStringList out;
+        for (int i = 0; i < 3; ++i) {
+            const ZWViewTemplateWnd* wnd = frame.PageWnd(i);
+            out << QString::number(Factor(wnd), 'g', 17) + u' ' + QString::number(wnd->GetOutColor(), 16)
+                    + (wnd->Page().IsFlipped() ? u" turned"_s : QString());
+        }
+        return out;
+    };
+    const QStringList before = pages();
+    ASSERT_LT(Factor(frame.PageWnd(0)), 0.0);
+    ASSERT_FALSE(before.join(u' ').contains(u"turned"_s));
     PrintToPdf(frame, 1, 3, QPageLayout::Portrait);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(Factor(frame.PageWnd(i)), factors[size_t(i)]) << i;
-        EXPECT_EQ(frame.PageWnd(i)->GetOutColor(), outs[size_t(i)]) << i;
-        EXPECT_FALSE(frame.PageWnd(i)->Page().IsFlipped()) << i;
-    }
+    EXPECT_EQ(pages(), before);
     // The turned page is back in its own shape, its card where it was.
     EXPECT_DOUBLE_EQ(frame.PageWnd(0)->GetWidth(), 250.0);
     const ZWCardControl* card = frame.PageWnd(0)->Page().Page().FindCard(u"A"_s);

@@ -1,16 +1,11 @@
-#include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWNoValue.h"
 #include "host/core/ZWSettingsKeys.h"
 #include "tests/support/ZWTestSupport.h"
 #include "tests/viewer/widgets/ViewerTestSupport.h"
 #include "viewer/ZWActionTexts.h"
 #include "viewer/ZWViewZoom.h"
-#include "viewer/widgets/CDlgViewer.h"
-#include "viewer/widgets/ZWViewReportFrame.h"
-#include "viewer/widgets/ZWViewTemplateWnd.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QComboBox>
 #include <QMenu>
 #include <QMenuBar>
@@ -19,12 +14,9 @@
 #include <QScrollBar>
 #include <QSet>
 #include <QSettings>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolBar>
 #include <QToolButton>
 #include <QWheelEvent>
-#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -34,22 +26,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using zwtest::PrintTo;
-
 using zwtest::Factor;
 using zwtest::Key;
 using zwtest::TestFrame;
 using zwtest::TestViewer;
-
-// Three A4 pages, each with a label.
-const char* kReport = R"(<design><id>{1}</id><name>Three pages</name>
-<page><width>210.00</width><height>297.00</height>
-<label><x>10</x><y>10</y><width>80</width><height>10</height><id>A</id><value>one</value></label></page>
-<page><width>210.00</width><height>297.00</height>
-<label><x>10</x><y>10</y><width>80</width><height>10</height><id>B</id><value>two</value></label></page>
-<page><width>210.00</width><height>297.00</height>
-<label><x>10</x><y>10</y><width>80</width><height>10</height><id>C</id><value>three</value></label></page>
-</design>)";
 
 void Wheel(QWidget* target, const QPointF& at, QPoint angle, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
@@ -63,16 +43,14 @@ protected:
     void SetUp() override
     {
         WindowTest::SetUp();
-        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"Pages.XRPT"_s), kReport));
+        ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"Pages.XRPT"_s), zwtest::ThreePagesXml().toUtf8()));
     }
 
     // The frame as its own window, active, showing page 1 at `factor`
     // (0: fit), with the keyboard on the page.
     void Show(ZWViewReportFrame& frame, double factor)
     {
-        XmlDocument design;
-        ASSERT_TRUE(design.Parse(QString::fromUtf8(kReport)));
-        frame.SetTemplate(design);
+        frame.SetTemplate(zwtest::ThreePages());
         frame.resize(700, 500);
         frame.show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
@@ -83,7 +61,25 @@ protected:
     }
 };
 
-TEST_F(ViewerKeys, TheViewerOpensWithTheKeyboardOnTheFittedPage)
+// Every entry of every menu level has a mnemonic of its own.
+void ExpectMnemonics(const QList<QAction*>& actions, const QString& where)
+{
+    QSet<QChar> seen;
+    for (QAction* action : actions) {
+        if (action->isSeparator())
+            continue;
+        const QString text = action->text();
+        const qsizetype at = text.indexOf(QRegularExpression(u"&[^&]"_s));
+        ASSERT_GE(at, 0) << (where + QLatin1Char('/') + text).toStdString();
+        const QChar key = text[at + 1].toLower();
+        EXPECT_FALSE(seen.contains(key)) << (where + QLatin1Char('/') + text).toStdString();
+        seen.insert(key);
+        if (QMenu* sub = action->menu())
+            ExpectMnemonics(sub->actions(), where + QLatin1Char('/') + text);
+    }
+}
+
+TEST_F(ViewerKeys, TheViewerOpensWithTheKeyboardOnTheFittedPageAndEveryCommandHasAKey)
 {
     // As the desktop application opens a report: the window first, then the report.
     TestViewer viewer;
@@ -94,27 +90,58 @@ TEST_F(ViewerKeys, TheViewerOpensWithTheKeyboardOnTheFittedPage)
     ZWViewTemplateWnd* page = frame->CurrentPageWnd();
     EXPECT_EQ(viewer.focusWidget(), page);
     // (The offscreen platform does not give the window back its activation
-    // after the progress dialog; a desktop does.)
-    viewer.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&viewer));
+    // after the progress dialog of a gathering; a desktop does.)
+    const auto reactivate = [&viewer] {
+        viewer.activateWindow();
+        return QTest::qWaitForWindowActive(&viewer);
+    };
+    ASSERT_TRUE(reactivate());
     EXPECT_EQ(QApplication::focusWidget(), page);
     EXPECT_LT(Factor(page), 0.0);
     EXPECT_FALSE(IsNoValue(Factor(page)));
-    EXPECT_EQ(frame->ZoomSelector()->currentIndex(), 0);
-
     // Down scrolls (there is nothing to scroll when fitted): neither the
     // page nor the zoom changes.
     Key(Qt::Key_Down);
     Key(Qt::Key_Down);
-    EXPECT_EQ(frame->CurrentPage(), 0);
-    EXPECT_EQ(frame->PageSelector()->currentIndex(), 0);
-    EXPECT_EQ(frame->ZoomSelector()->currentIndex(), 0);
-
+    EXPECT_EQ(
+        std::tuple(frame->CurrentPage(), frame->PageSelector()->currentIndex(), frame->ZoomSelector()->currentIndex()),
+        std::tuple(0, 0, 0));
     // A click on a selector leaves the keyboard with the page.
     QTest::mouseClick(frame->ZoomSelector(), Qt::LeftButton);
     if (QWidget* popup = QApplication::activePopupWidget())
         popup->close();
     EXPECT_EQ(QApplication::focusWidget(), page);
+
+    ASSERT_NE(viewer.MenuBar(), nullptr);
+    ExpectMnemonics(viewer.MenuBar()->actions(), u"viewer"_s);
+    // The units have keys that work from the page, and the keyboard stays
+    // with the page through the gathering.
+    const int before = viewer.GatheringCount();
+    Key(Qt::Key_3, Qt::ControlModifier);
+    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_MONTH);
+    EXPECT_TRUE(viewer.UnitAction(ID_GROUPBY_MONTH)->isChecked());
+    EXPECT_EQ(viewer.GatheringCount(), before + 1);
+    EXPECT_EQ(viewer.focusWidget(), page);
+    ASSERT_TRUE(reactivate());
+    Key(Qt::Key_5, Qt::ControlModifier);
+    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_YEAR);
+    ASSERT_TRUE(reactivate());
+    // The user interval asks first; cancelled, the unit in use stays checked.
+    Key(Qt::Key_6, Qt::ControlModifier);
+    EXPECT_EQ(viewer.dialogs, 1);
+    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_YEAR);
+    EXPECT_TRUE(viewer.UnitAction(ID_GROUPBY_YEAR)->isChecked());
+    EXPECT_FALSE(viewer.UnitAction(ID_GROUPBY_USER)->isChecked());
+    // Go to date and previous period, from the page too.
+    Key(Qt::Key_G, Qt::ControlModifier);
+    EXPECT_EQ(viewer.dialogs, 2);
+    const int gathered = viewer.GatheringCount();
+    ASSERT_TRUE(reactivate());
+    Key(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(viewer.GatheringCount(), gathered + 1);
+    // Tool tips name the keys.
+    EXPECT_EQ(viewer.Button(ID_VIEWER_PREVIOUS)->toolTip(), u"Previous (Alt+Left)"_s);
+    EXPECT_EQ(viewer.Button(ID_VIEWER_GOTO)->toolTip(), u"Go to date (Ctrl+G)"_s);
 }
 
 // One key from a place on a page of the frame at 200 %.
@@ -202,25 +229,21 @@ TEST_F(ViewerKeys, WheelAndArrowStepsFollowTheWindowSize)
         frame.resize(size);
         QApplication::processEvents();
         const QSize view = wnd->viewport()->size();
-        EXPECT_EQ(vbar->singleStep(), int(std::lround(view.height() / 20.0))) << view.height();
-        EXPECT_EQ(vbar->pageStep(), view.height());
-        EXPECT_EQ(hbar->singleStep(), int(std::lround(view.width() / 20.0)));
-        EXPECT_EQ(hbar->pageStep(), view.width());
-
-        // One notch of the wheel down is one line; Shift turns it sideways.
+        const int vline = vbar->singleStep(), hline = hbar->singleStep();
+        EXPECT_EQ(std::tuple(vline, vbar->pageStep(), hline, hbar->pageStep()),
+            std::tuple(
+                ZWViewZoom::LineStep(view.height()), view.height(), ZWViewZoom::LineStep(view.width()), view.width()));
+        // One notch of the wheel down is one line; Shift turns it sideways;
+        // the wheel never turns the page.
         vbar->setValue(0);
         hbar->setValue(0);
-        Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, -120));
-        EXPECT_EQ(vbar->value(), vbar->singleStep());
-        Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, -240));
-        EXPECT_EQ(vbar->value(), 3 * vbar->singleStep());
-        Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, 120));
-        EXPECT_EQ(vbar->value(), 2 * vbar->singleStep());
-        Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, -120), Qt::ShiftModifier);
-        EXPECT_EQ(hbar->value(), hbar->singleStep());
-        EXPECT_EQ(vbar->value(), 2 * vbar->singleStep());
-        // The wheel never turns the page.
-        EXPECT_EQ(frame.CurrentPage(), 0);
+        for (const auto& [notches, modifiers, down, across] :
+            {std::tuple(-1, Qt::NoModifier, 1, 0), std::tuple(-2, Qt::NoModifier, 3, 0),
+                std::tuple(1, Qt::NoModifier, 2, 0), std::tuple(-1, Qt::ShiftModifier, 2, 1)}) {
+            Wheel(wnd->viewport(), QPointF(50, 50), QPoint(0, 120 * notches), modifiers);
+            EXPECT_EQ(std::tuple(vbar->value(), hbar->value(), frame.CurrentPage()),
+                std::tuple(down * vline, across * hline, 0));
+        }
     }
 }
 
@@ -304,14 +327,11 @@ TEST_F(ViewerKeys, TheFramesKeysWorkWithItsToolBarsHidden)
     EXPECT_EQ(frame.CurrentPage(), 0);
     const double fit = -Factor(first);
     const double up = *ZWViewZoom::ZoomIn(-fit);
-    Key(Qt::Key_Equal, Qt::ControlModifier);
-    EXPECT_DOUBLE_EQ(Factor(first), up);
-    Key(Qt::Key_Plus, Qt::ControlModifier);
-    EXPECT_DOUBLE_EQ(Factor(first), up + 0.5);
-    Key(Qt::Key_Minus, Qt::ControlModifier);
-    EXPECT_DOUBLE_EQ(Factor(first), up);
-    Key(Qt::Key_0, Qt::ControlModifier);
-    EXPECT_DOUBLE_EQ(Factor(first), -fit);
+    for (const auto& [key, factor] : {std::pair(Qt::Key_Equal, up), std::pair(Qt::Key_Plus, up + 0.5),
+             std::pair(Qt::Key_Minus, up), std::pair(Qt::Key_0, -fit)}) {
+        Key(key, Qt::ControlModifier);
+        EXPECT_DOUBLE_EQ(Factor(first), factor) << key;
+    }
     Key(Qt::Key_P, Qt::ControlModifier);
     EXPECT_EQ(frame.dialogs, 1);
 
@@ -319,109 +339,6 @@ TEST_F(ViewerKeys, TheFramesKeysWorkWithItsToolBarsHidden)
     EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->toolTip(), u"Next page (Ctrl+PgDown)"_s);
     EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->toolTip(), u"Zoom in (Ctrl++)"_s);
     EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_FILE_PRINT)->toolTip(), u"Print (Ctrl+P)"_s);
-}
-
-TEST_F(ViewerKeys, APageWindowListsTheToolBarCommandsItIsGiven)
-{
-    // No frame around it: the window knows the commands it was handed, not
-    // where they come from.
-    ZWViewTemplateWnd wnd;
-    QAction first(u"First bar"_s);
-    QAction second(u"Second bar"_s);
-    int secondToggles = 0;
-    for (QAction* action : {&first, &second})
-        action->setCheckable(true);
-    first.setChecked(true);
-    QObject::connect(&second, &QAction::triggered, [&] { ++secondToggles; });
-    wnd.SetToolBarActions({&first, &second});
-
-    std::unique_ptr<QMenu> menu(wnd.CreateContextMenu());
-    QMenu* bars = menu->actions().value(0)->menu();
-    ASSERT_NE(bars, nullptr);
-    EXPECT_TRUE(bars->isEnabled());
-    ASSERT_EQ(bars->actions().size(), 2);
-    EXPECT_EQ(ZWActionTexts::Plain(bars->actions()[0]->text()), u"First bar"_s);
-    EXPECT_TRUE(bars->actions()[0]->isChecked());
-    EXPECT_FALSE(bars->actions()[1]->isChecked());
-    EXPECT_EQ(bars->actions()[1]->data().toInt(), 801);
-
-    wnd.OnViewToolbar(801);
-    EXPECT_EQ(secondToggles, 1);
-    EXPECT_TRUE(second.isChecked());
-    wnd.OnViewToolbar(802); // no such bar
-    wnd.OnViewToolbar(799);
-    EXPECT_EQ(secondToggles, 1);
-
-    ZWViewTemplateWnd bare;
-    std::unique_ptr<QMenu> none(bare.CreateContextMenu());
-    EXPECT_FALSE(none->actions().value(0)->menu()->isEnabled());
-}
-
-// Every entry of every menu level has a mnemonic of its own.
-void ExpectMnemonics(const QList<QAction*>& actions, const QString& where)
-{
-    QSet<QChar> seen;
-    for (QAction* action : actions) {
-        if (action->isSeparator())
-            continue;
-        const QString text = action->text();
-        const qsizetype at = text.indexOf(QRegularExpression(u"&[^&]"_s));
-        ASSERT_GE(at, 0) << (where + QLatin1Char('/') + text).toStdString();
-        const QChar key = text[at + 1].toLower();
-        EXPECT_FALSE(seen.contains(key)) << (where + QLatin1Char('/') + text).toStdString();
-        seen.insert(key);
-        if (QMenu* sub = action->menu())
-            ExpectMnemonics(sub->actions(), where + QLatin1Char('/') + text);
-    }
-}
-
-TEST_F(ViewerKeys, EveryCommandOfTheViewerIsInAMenuWithKeys)
-{
-    TestViewer viewer;
-    QString name = u"Pages"_s;
-    ASSERT_TRUE(viewer.Setup(name, ID_GROUPBY_DAY));
-    viewer.show();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&viewer));
-    ASSERT_NE(viewer.MenuBar(), nullptr);
-    ExpectMnemonics(viewer.MenuBar()->actions(), u"viewer"_s);
-
-    // The units have keys that work from the page. (The offscreen platform
-    // does not give the window back its activation after the progress
-    // dialog of a gathering; a desktop does.)
-    ZWViewTemplateWnd* page = viewer.Frame()->CurrentPageWnd();
-    ASSERT_EQ(QApplication::focusWidget(), page);
-    const auto reactivate = [&viewer] {
-        viewer.activateWindow();
-        return QTest::qWaitForWindowActive(&viewer);
-    };
-    const int before = viewer.GatheringCount();
-    Key(Qt::Key_3, Qt::ControlModifier);
-    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_MONTH);
-    EXPECT_TRUE(viewer.UnitAction(ID_GROUPBY_MONTH)->isChecked());
-    EXPECT_EQ(viewer.GatheringCount(), before + 1);
-    // The keyboard stays with the page through the gathering.
-    EXPECT_EQ(viewer.focusWidget(), page);
-    ASSERT_TRUE(reactivate());
-    Key(Qt::Key_5, Qt::ControlModifier);
-    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_YEAR);
-    ASSERT_TRUE(reactivate());
-    // The user interval asks first; cancelled, the unit in use stays checked.
-    Key(Qt::Key_6, Qt::ControlModifier);
-    EXPECT_EQ(viewer.dialogs, 1);
-    EXPECT_EQ(viewer.Data().Period().Unit(), ID_GROUPBY_YEAR);
-    EXPECT_TRUE(viewer.UnitAction(ID_GROUPBY_YEAR)->isChecked());
-    EXPECT_FALSE(viewer.UnitAction(ID_GROUPBY_USER)->isChecked());
-    // Go to date and previous period, from the page too.
-    Key(Qt::Key_G, Qt::ControlModifier);
-    EXPECT_EQ(viewer.dialogs, 2);
-    const int gathered = viewer.GatheringCount();
-    ASSERT_TRUE(reactivate());
-    Key(Qt::Key_Left, Qt::AltModifier);
-    EXPECT_EQ(viewer.GatheringCount(), gathered + 1);
-
-    // Tool tips name the keys.
-    EXPECT_EQ(viewer.Button(ID_VIEWER_PREVIOUS)->toolTip(), u"Previous (Alt+Left)"_s);
-    EXPECT_EQ(viewer.Button(ID_VIEWER_GOTO)->toolTip(), u"Go to date (Ctrl+G)"_s);
 }
 
 QRect Stored()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/core/XmlDocument.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "viewer/widgets/CDlgViewer.h"
 #include "viewer/widgets/ZWViewReportFrame.h"
@@ -13,6 +14,24 @@
 #include <vector>
 
 namespace zwtest {
+
+// Three A4 portrait pages with a label each, as a report file holds them.
+inline QString ThreePagesXml()
+{
+    QString xml = QStringLiteral("<design><id>{1}</id><name>Three pages</name>");
+    for (const char* text : {"one", "two", "three"})
+        xml += QStringLiteral("<page><width>210.00</width><height>297.00</height><label><x>20</x><y>20</y>"
+                              "<width>100</width><height>10</height><id>T</id><value>%1</value></label></page>")
+                   .arg(QLatin1String(text));
+    return xml + QStringLiteral("</design>");
+}
+
+inline XmlDocument ThreePages()
+{
+    XmlDocument doc;
+    EXPECT_TRUE(doc.Parse(ThreePagesXml()));
+    return doc;
+}
 
 // The zoom factor of a page window (negative: fitted).
 inline double Factor(const ZWViewTemplateWnd* wnd)
