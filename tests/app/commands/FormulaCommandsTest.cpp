@@ -83,6 +83,9 @@ TEST(EvalCommand, ValueAndStatus)
         {"10^400", 0, 0, 0, u"inf"_s, 0, {}},
         {"-(10^400)", 0, 0, 0, u"-inf"_s, 0, {}},
         {R"("10^400 - 10^400")", 0, 0, 0, u"nan"_s, 0, {}},
+        // Numbers keep full precision.
+        {R"("0.1 + 0.2")", 0, 0, 0, 0.1 + 0.2, 0, {}},
+        {"1/3", 0, 0, 0, 1.0 / 3.0, 0, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
@@ -103,15 +106,6 @@ TEST(EvalCommand, ValueAndStatus)
         EXPECT_EQ(undefined, c.undefined);
         EXPECT_EQ(o[u"message"_s], c.analyze == -1 ? none : QJsonValue(Message(c.code.toInt())));
     }
-}
-
-TEST(EvalCommand, NumbersKeepFullPrecision)
-{
-    EXPECT_TRUE(Zw(u"eval --json \"0.1 + 0.2\""_s).raw.contains("\"value\":0.30000000000000004"));
-    EXPECT_EQ(Zw(u"eval --json 1/3"_s).Json().toObject()[u"value"_s].toDouble(), 1.0 / 3.0);
-    const Result plain = Zw(u"eval 2^0.5"_s);
-    EXPECT_EQ(plain.status, 0) << plain;
-    EXPECT_EQ(plain.raw.trimmed(), QByteArray("1.4142135623730951"));
 }
 
 class WithLibrary : public testing::Test
@@ -201,6 +195,7 @@ TEST(FormulaCommands, HumanReadableForms)
     EXPECT_TRUE(r.raw.contains("error 62")) << r;
     EXPECT_TRUE(r.raw.contains("Total, [m.x]")) << r;
     EXPECT_EQ(Zw(u"eval \"1 < 2\""_s).raw.trimmed(), QByteArray("1 (true)"));
+    EXPECT_EQ(Zw(u"eval 2^0.5"_s).raw.trimmed(), QByteArray("1.4142135623730951"));
     EXPECT_TRUE(Zw(u"tokens \"a <= 2\""_s).raw.contains("less or equal"));
 }
 
@@ -212,21 +207,16 @@ TEST(FormulasCommand, RefusesWhatIsNoLibraryBeforeAnyWindowAndChangesNothing)
     const QString styles = dir.filePath(u"style.XSTY"_s);
     ASSERT_TRUE(zwtest::WriteFile(garbage, "not < xml"));
     ASSERT_TRUE(zwtest::WriteFile(styles, "<style><name>x</name></style>"));
-    const struct
-    {
-        QStringList args;
-        int status;
-        const char* says;
-    } cases[] = {
+    const std::tuple<QStringList, int, const char*> cases[] = {
         {{u"formulas"_s}, 2, "expected one FILE"},
         {{u"formulas"_s, garbage, styles}, 2, "expected one FILE"},
         {{u"formulas"_s, garbage}, 1, "cannot read"},
         {{u"formulas"_s, styles}, 1, "neither a formula library"},
     };
-    for (const auto& c : cases) {
-        const Result r = zwtest::RunProgram(c.args);
-        EXPECT_EQ(r.status, c.status) << r;
-        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.says))) << r;
+    for (const auto& [args, status, says] : cases) {
+        const Result r = zwtest::RunProgram(args);
+        EXPECT_EQ(r.status, status) << r;
+        EXPECT_TRUE(r.err.contains(QString::fromUtf8(says))) << r;
     }
     EXPECT_EQ(zwtest::ReadFile(styles), QByteArray("<style><name>x</name></style>"));
     EXPECT_FALSE(QFileInfo::exists(styles + u".bak"_s));

@@ -1,6 +1,5 @@
 #include "tests/app/commands/ProgramRun.h"
-
-#include <QFile>
+#include "tests/support/ZWTestSupport.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -64,25 +63,35 @@ ProgramResult RunProgram(const QStringList& args, const RunOptions& options, con
     return r;
 }
 
+ProgramResult RunUtc(const QString& commandLine)
+{
+    RunOptions options;
+    options.environment
+        = {{QStringLiteral("ZWINFORMES_DB"), QString()}, {QStringLiteral("ZWINFORMES_DATA_DIR"), QString()}};
+    return RunProgram(Args(QStringLiteral("--tz UTC --locale en_US ") + commandLine), options);
+}
+
+RunOptions Offscreen()
+{
+    RunOptions options;
+    options.environment = {{QStringLiteral("ZWINFORMES_LOCALE"), QStringLiteral("C")},
+        {QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen")}};
+    return options;
+}
+
 ProgramResult ImportFebruarySite(const QString& folder, const QString& db)
 {
-    const QByteArray csv = "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
-                           "2026-01-31T23:45:00Z,1000,100,10,0\n"
-                           "2026-02-14T12:00:00Z,6000,700,20,2000\n"
-                           "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
-                           "2026-03-02T00:00:00Z,99999,9999,999,9999\n";
     const QString file = folder + QStringLiteral("/site.csv");
-    QFile out(file);
-    if (!out.open(QIODevice::WriteOnly) || out.write(csv) != csv.size())
+    if (!WriteFile(file,
+            "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
+            "2026-01-31T23:45:00Z,1000,100,10,0\n"
+            "2026-02-14T12:00:00Z,6000,700,20,2000\n"
+            "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
+            "2026-03-02T00:00:00Z,99999,9999,999,9999\n"))
         return {};
-    out.close();
-    RunOptions options;
-    options.environment = {{QStringLiteral("ZWINFORMES_DB"), QString()}};
-    return RunProgram(
-        Args(QStringLiteral("--tz UTC import --db %1 --counter \"Main meter.Active energy\" --counter \"Gas "
-                            "meter.Volume\" --counter \"Water meter.Volume\" --counter \"PV inverter.Energy\" %2")
-                 .arg(db, file)),
-        options);
+    return RunUtc(QStringLiteral("import --db %1 --counter \"Main meter.Active energy\" --counter \"Gas meter.Volume\" "
+                                 "--counter \"Water meter.Volume\" --counter \"PV inverter.Energy\" %2")
+                      .arg(db, file));
 }
 
 } // namespace zwtest

@@ -44,6 +44,12 @@ ProgramResult RunProgram(const QStringList& args, const RunOptions& options = {}
 // with double quotes around an argument that holds spaces.
 QStringList Args(const QString& commandLine);
 
+// The program in UTC and the US English conventions, without a database or
+// data folder named by the environment.
+ProgramResult RunUtc(const QString& commandLine);
+// Options for the program in the C locale under the offscreen platform.
+RunOptions Offscreen();
+
 // Imports a small site into the SQLite file `db` (a URL): four counters read
 // before February 2026 (UTC), inside it, on 1 March (which still counts) and
 // after it. Electricity over February: 12,345.6 kWh.

@@ -1,5 +1,6 @@
 // The commands format-number, format-date, resave, render-template and the
-// hidden picture decoder of the zwinformes program.
+// hidden picture decoder of the zwinformes program; reports with chart and
+// table cards through resave and render-template.
 #include "template/ZWReportLimits.h"
 #include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
@@ -24,8 +25,7 @@ using Result = zwtest::ProgramResult;
 // the bounds of the input promise it can be.
 Result Zwinformes(const QStringList& args, const QByteArray& input = QByteArray(), int megabytes = 0)
 {
-    zwtest::RunOptions options;
-    options.environment = {{u"ZWINFORMES_LOCALE"_s, u"C"_s}, {u"QT_QPA_PLATFORM"_s, u"offscreen"_s}};
+    zwtest::RunOptions options = zwtest::Offscreen();
     options.input = input;
     options.addressSpaceMb = megabytes;
     return zwtest::RunProgram(args, options);
@@ -49,12 +49,8 @@ TEST(TemplateCommands, OversizedReportsAreRefusedWithinAFewHundredMegabytes)
     QTemporaryDir dir;
     const QByteArray label = "<label><x>1.00</x><y>2.00</y><width>10.00</width><height>10.00</height>"
                              "<font>Arial</font><size>10.00</size><value>L</value></label>";
-    struct Case
-    {
-        const char* name;
-        QByteArray xml;
-        const char* message; // none: drawn
-    } cases[] = {
+    // file, contents, message (none: drawn)
+    const std::tuple<const char*, QByteArray, const char*> cases[] = {
         // 150,000 labels (47 MB): over a GB of memory when they were read.
         {"Labels.XRPT", "<design><page>" + label.repeated(150000) + "</page></design>", "more than 300000 elements"},
         // One label of 50 MB: over 3 GB and most of a minute to draw.
@@ -67,14 +63,12 @@ TEST(TemplateCommands, OversizedReportsAreRefusedWithinAFewHundredMegabytes)
                 + "</design>",
             nullptr},
     };
-    for (const Case& c : cases) {
-        const QString in = dir.filePath(QString::fromLatin1(c.name));
-        ASSERT_TRUE(zwtest::WriteFile(in, c.xml));
+    for (const auto& [name, xml, message] : cases) {
+        const QString in = dir.filePath(QString::fromLatin1(name));
+        ASSERT_TRUE(zwtest::WriteFile(in, xml));
         const Result r = Zwinformes(u"render-template %1 --png %2"_s.arg(in, dir.filePath(u"out"_s)), kLimitMb);
-        EXPECT_EQ(r.status, c.message ? 1 : 0) << c.name << "\n" << r;
-        if (c.message) {
-            EXPECT_TRUE(r.err.contains(QString::fromLatin1(c.message))) << r;
-        }
+        EXPECT_EQ(r.status, message ? 1 : 0) << name << "\n" << r;
+        EXPECT_TRUE(r.err.contains(QString::fromLatin1(message ? message : ""))) << r;
     }
 }
 
@@ -256,13 +250,8 @@ TEST(TemplateCommands, RenderTemplateWritesOnePicturePerPage)
 TEST(TemplateCommands, PageSizesThatCannotBeDrawnAreNamedAsSuch)
 {
     QTemporaryDir dir;
-    struct Case
-    {
-        const char* width;
-        const char* height;
-        const char* dpi;
-        const char* message;
-    } cases[] = {
+    // width, height, dpi, message
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {"0", "297", "150", "page 1 cannot be drawn: its width is 0 mm"},
         {"210", "-5", "150", "page 1 cannot be drawn: its height is negative (-5.00 mm)"},
         // What is no number reads as 0.
@@ -271,15 +260,12 @@ TEST(TemplateCommands, PageSizesThatCannotBeDrawnAreNamedAsSuch)
         {"0.5", "297", "10", "it is smaller than a pixel at 10 dpi"},
     };
     const QString in = dir.filePath(u"Page.XRPT"_s);
-    for (const Case& c : cases) {
+    for (const auto& [width, height, dpi, message] : cases) {
         ASSERT_TRUE(zwtest::WriteFile(in,
-            u"<design><page><width>%1</width><height>%2</height></page></design>"_s
-                .arg(QLatin1String(c.width), QLatin1String(c.height))
-                .toUtf8()));
-        const Result r
-            = Zwinformes(u"render-template %1 --png %2 --dpi %3"_s.arg(in, dir.path(), QLatin1String(c.dpi)));
-        EXPECT_EQ(r.status, 1) << c.width << "x" << c.height;
-        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message))) << r;
+            "<design><page><width>" + QByteArray(width) + "</width><height>" + height + "</height></page></design>"));
+        const Result r = Zwinformes(u"render-template %1 --png %2 --dpi %3"_s.arg(in, dir.path(), QLatin1String(dpi)));
+        EXPECT_EQ(r.status, 1) << width << "x" << height;
+        EXPECT_TRUE(r.err.contains(QString::fromUtf8(message))) << r;
     }
     // A resolution that is no number is a usage error, as one out of range.
     const QString example = zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s);
@@ -329,6 +315,51 @@ TEST(TemplateCommands, PictureDecoderIsHiddenAndSpeaksItsProtocol)
     r = Zwinformes({u"decode-image"_s}, QByteArray("no picture"));
     EXPECT_NE(r.status, 0);
     EXPECT_TRUE(r.raw.isEmpty());
+}
+
+TEST(TemplateCommands, ResaveKeepsChartsAndTablesAndRenderTemplateDrawsThemInTheirCards)
+{
+    QTemporaryDir dir;
+    const QString in = dir.filePath(u"Cards.XRPT"_s);
+    const QString out = dir.filePath(u"Out.XRPT"_s);
+    ASSERT_TRUE(zwtest::WriteFile(in,
+        "<design><id>r</id><name>Cards</name><page><width>100</width><height>100</height>"
+        "<chart><x>10</x><y>10</y><width>80</width><height>35</height><type>stacked</type><size>x</size>"
+        "<series><title>E</title><formula>[M.E]</formula><color>FF0000</color><shift>-1y</shift><pie/></series>"
+        "</chart>"
+        "<table><x>10</x><y>55</y><width>80</width><height>35</height><total>median</total>"
+        "<column><title>P</title><formula>[M.P]</formula><format>03.02</format></column></table>"
+        "<dial><x>0</x></dial></page></design>"));
+    const Result resave = Zwinformes({u"resave"_s, in, out});
+    ASSERT_EQ(resave.status, 0) << resave;
+    EXPECT_TRUE(resave.out.contains(u"2 card(s)"_s)) << resave;
+    const QString saved = QString::fromUtf8(zwtest::ReadFile(out));
+    for (const QString& part : {u"<type>stacked</type>"_s, u"<size>8.00</size>"_s, u"<shift>-1y</shift>"_s,
+             u"<total>sum</total>"_s, u"<format>03.02</format>"_s})
+        EXPECT_TRUE(saved.contains(part)) << part.toStdString() << "\n" << saved.toStdString();
+    EXPECT_FALSE(saved.contains(u"pie"_s) || saved.contains(u"dial"_s) || saved.contains(u"median"_s));
+
+    // 100 × 100 mm at 127 dpi: 5 pixels a millimetre.
+    const Result render = Zwinformes(u"render-template %1 --png %2 --dpi 127"_s.arg(out, dir.filePath(u"png"_s)));
+    ASSERT_EQ(render.status, 0) << render;
+    const QImage page(dir.filePath(u"png/Out-1.png"_s));
+    ASSERT_EQ(page.size(), QSize(500, 500));
+    int inChart = 0, inTable = 0, outside = 0;
+    for (int y = 0; y < 500; ++y)
+        for (int x = 0; x < 500; ++x) {
+            if ((page.pixel(x, y) & 0xFFFFFF) == 0xFFFFFF)
+                continue;
+            const bool across = x >= 50 && x < 450;
+            if (across && y >= 50 && y < 225)
+                ++inChart;
+            else if (across && y >= 275 && y < 450)
+                ++inTable;
+            else
+                ++outside;
+        }
+    EXPECT_GT(inChart, 2000); // sample bars
+    EXPECT_GT(inTable, 2000); // sample rows, header and grid
+    EXPECT_EQ(outside, 0);
 }
 
 } // namespace

@@ -18,12 +18,11 @@ protected:
 
     Result Run(const QString& commandLine, bool display = true)
     {
-        zwtest::RunOptions options;
-        options.environment
-            = {{u"ZWINFORMES_LOCALE"_s, u"C"_s}, {u"QT_QPA_PLATFORM"_s, display ? u"offscreen"_s : QString()},
-                {u"ZWINFORMES_SETTINGS"_s, m_dir.filePath(u"settings.ini"_s)}};
+        zwtest::RunOptions options = zwtest::Offscreen();
+        options.environment.push_back({u"ZWINFORMES_SETTINGS"_s, m_dir.filePath(u"settings.ini"_s)});
         if (!display)
-            options.environment.insert(options.environment.end(), {{u"DISPLAY"_s, {}}, {u"WAYLAND_DISPLAY"_s, {}}});
+            options.environment.insert(options.environment.end(),
+                {{u"QT_QPA_PLATFORM"_s, {}}, {u"DISPLAY"_s, {}}, {u"WAYLAND_DISPLAY"_s, {}}});
         return zwtest::RunProgram(zwtest::Args(commandLine), options);
     }
 
@@ -73,12 +72,7 @@ TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
 
     ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"a.csv"_s), "time,A.b\n2025-01-01T00:00:00Z,1\n"));
     ASSERT_EQ(Run(u"import --db %1 %2"_s.arg(m_db, m_dir.filePath(u"a.csv"_s))).status, 0);
-    struct Case
-    {
-        QString line;
-        int status;
-        const char* message;
-    } cases[] = {
+    const std::tuple<QString, int, const char*> cases[] = {
         {u"view"_s, 2, "expected one REPORT"},
         {u"view %1 --unit fortnight"_s.arg(m_report), 2, "unknown unit 'fortnight'"},
         {u"view %1 --unit user"_s.arg(m_report), 2, "--unit user needs --from and --to"},
@@ -91,10 +85,10 @@ TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)
         {u"screenshot %1 --db %2 -o %3 --page 9"_s.arg(m_report, m_db, m_png), 1, "the report has 4 page(s)"},
         {u"gui extra"_s, 2, "takes no arguments"},
     };
-    for (const Case& c : cases) {
-        const Result r = Run(c.line);
-        EXPECT_EQ(r.status, c.status) << c.line.toStdString() << "\n" << r;
-        EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message))) << c.line.toStdString() << "\n" << r;
+    for (const auto& [line, status, message] : cases) {
+        const Result r = Run(line);
+        EXPECT_EQ(r.status, status) << line.toStdString() << "\n" << r;
+        EXPECT_TRUE(r.err.contains(QString::fromUtf8(message))) << line.toStdString() << "\n" << r;
     }
 }
 

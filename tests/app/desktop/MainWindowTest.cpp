@@ -159,47 +159,34 @@ TEST_F(MainWindow, ListsReportsAndOpensTheChosenOneWithTheLastUnit)
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(window.Viewers().isEmpty());
 
-    // A report that went away: a message, no viewer, the last report kept.
+    // A report that went away, one cut short, one that is no report: a
+    // message each before any viewer is made, the last report kept.
     ASSERT_TRUE(QFile::remove(m_dir.filePath(u"reports/Annual.XRPT"_s)));
     list->setCurrentRow(0);
     window.OnOpen();
-    ASSERT_EQ(window.messages.size(), 1u);
-    EXPECT_TRUE(window.messages[0].startsWith(u"The report \"Annual\" could not be read"_s))
-        << window.messages[0].toStdString();
-    EXPECT_EQ(ZWReportFiles::LastReport(), u"Zeta"_s);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(window.Viewers().isEmpty());
-}
-
-TEST_F(MainWindow, WhatIsNoReportIsRefusedBeforeAViewerOpens)
-{
-    ASSERT_TRUE(ZWLoggerDatabase::Install(NewDatabase(u"logger.sqlite"_s), nullptr));
-    ZWReportFiles::RememberReport(u"Boiler"_s);
     const QByteArray report = QString::fromLatin1(kReport).arg(u"Cut"_s).toUtf8();
     ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"reports/Cut.XRPT"_s), report.left(report.size() - 20)));
     ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"reports/Style.XRPT"_s), "<style><size>10</size></style>"));
-    TestMainWindow window;
-    for (const char* name : {"Cut", "Style"}) {
-        window.messages.clear();
-        EXPECT_EQ(window.OpenReport(QString::fromLatin1(name)), nullptr);
-        ASSERT_EQ(window.messages.size(), 1u) << name;
-        EXPECT_TRUE(window.messages[0].startsWith(u"The report \"%1\" could not be read"_s.arg(QLatin1String(name))))
-            << window.messages[0].toStdString();
-    }
-    EXPECT_TRUE(window.messages[0].contains(u"not \"design\""_s)) << window.messages[0].toStdString();
-    EXPECT_EQ(window.viewersMade, 0);
-    EXPECT_EQ(ZWReportFiles::LastReport(), u"Boiler"_s);
+    EXPECT_EQ(window.OpenReport(u"Cut"_s), nullptr);
+    EXPECT_EQ(window.OpenReport(u"Style"_s), nullptr);
+    ASSERT_EQ(window.messages.size(), 3u);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(window.messages[size_t(i)].startsWith(
+            u"The report \"%1\" could not be read"_s.arg(QStringList{u"Annual"_s, u"Cut"_s, u"Style"_s}[i])))
+            << window.messages[size_t(i)].toStdString();
+    EXPECT_TRUE(window.messages[2].contains(u"not \"design\""_s)) << window.messages[2].toStdString();
+    EXPECT_EQ(window.viewersMade, 1);
+    EXPECT_EQ(ZWReportFiles::LastReport(), u"Zeta"_s);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(window.Viewers().isEmpty());
 }
 
 TEST_F(MainWindow, ChoosingTheLoggerDatabase)
 {
     ASSERT_TRUE(zwtest::WriteFile(m_dir.filePath(u"garbage.sqlite"_s), QByteArray(4096, 'x')));
     NewDatabase(u"chosen.sqlite"_s);
-    struct Case
-    {
-        QString url;
-        const char* message; // a part of the refusal; null: accepted
-    } cases[] = {
+    // a part of the refusal; null: accepted
+    const std::pair<QString, const char*> cases[] = {
         {u"mysql://host/db"_s, "The logger database 'mysql://host/db' is not valid"},
         {SqliteUrl(u"garbage.sqlite"_s), "garbage.sqlite"},
         {u"sqlite:"_s, "The logger database 'sqlite:' is not valid"},
@@ -207,15 +194,15 @@ TEST_F(MainWindow, ChoosingTheLoggerDatabase)
         {SqliteUrl(u"nowhere/typo.sqlite"_s), "the file does not exist"},
         {SqliteUrl(u"chosen.sqlite"_s), nullptr},
     };
-    for (const Case& c : cases) {
+    for (const auto& [url, message] : cases) {
         TestDatabaseDialog dialog;
         dialog.show();
         dialog.Address()->clear();
-        QTest::keyClicks(dialog.Address(), c.url);
+        QTest::keyClicks(dialog.Address(), url);
         QTest::mouseClick(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok), Qt::LeftButton);
-        if (c.message) {
-            ASSERT_EQ(dialog.messages.size(), 1u) << c.url.toStdString();
-            EXPECT_TRUE(dialog.messages[0].contains(QString::fromUtf8(c.message))) << dialog.messages[0].toStdString();
+        if (message) {
+            ASSERT_EQ(dialog.messages.size(), 1u) << url.toStdString();
+            EXPECT_TRUE(dialog.messages[0].contains(QString::fromUtf8(message))) << dialog.messages[0].toStdString();
             EXPECT_TRUE(dialog.isVisible());
             EXPECT_EQ(ZWDriverSupport::Store(), nullptr);
         } else {

@@ -42,58 +42,59 @@ TEST_P(TariffRefused, NamesTheFirstFault)
 
 const char* const kAllA = "<rule><period>A</period></rule>";
 
-INSTANTIATE_TEST_SUITE_P(Files, TariffRefused,
-    testing::Values(RefusedCase{"a gap of one hour",
-                        Calendar("<rule><months>1-6</months><period>A</period></rule>"
-                                 "<rule><months>7-12</months><hours>0-14,15-24</hours><period>B</period></rule>"),
-                        "calendar \"T\": July, working day, hour 14 has no period"},
-        RefusedCase{"a gap of hours on Saturdays",
-            Calendar("<rule><days>working,sunday,holiday</days><period>A</period></rule>"
-                     "<rule><days>Saturday</days><hours>0-20</hours><period>B</period></rule>"),
-            "calendar \"T\": January, Saturday, hours 20–23 have no period"},
-        RefusedCase{"an overlap of hours",
-            Calendar(
-                "<rule><hours>0-10</hours><period>A</period></rule><rule><hours>8-24</hours><period>B</period></rule>"),
-            "calendar \"T\": January, working day, hours 8–9 are in both A and B"},
-        RefusedCase{"an overlap in a wrapping month range",
-            Calendar("<rule><months>11-2</months><period>A</period></rule>"
-                     "<rule><months>2-10</months><days>holiday</days><period>B</period></rule>"),
-            "calendar \"T\": February, holiday, hours 0–23 are in both A and B"},
-        RefusedCase{"an overlap in a wrapping hour range",
-            Calendar(
-                "<rule><hours>22-6</hours><period>A</period></rule><rule><hours>5-22</hours><period>B</period></rule>"),
-            "calendar \"T\": January, working day, hour 5 is in both A and B"},
-        RefusedCase{"an unknown period name", Calendar("<rule><period>C</period></rule>"),
-            "calendar \"T\", rule 1: \"C\" is not one of the calendar's periods (A B)"},
-        RefusedCase{"a calendar name that looks like a placeholder",
-            "<tariffs><calendar><name>%2%1</name><period>A</period><rule><period>B</period></rule></calendar></"
-            "tariffs>",
-            "calendar \"%2%1\", rule 1: \"B\" is not one of the calendar's periods (A)"},
-        RefusedCase{"month 13", Calendar("<rule><months>1-13</months><period>A</period></rule>"),
-            "calendar \"T\", rule 1: '1-13' is not a list of months (1 to 12, as 1-2,12 or 11-2)"},
-        RefusedCase{"an empty hour range", Calendar("<rule><hours>8-8</hours><period>A</period></rule>"),
-            "calendar \"T\", rule 1: '8-8' is not a list of hour ranges [from-to) (0 to 24, as 8-14,18-22 or 22-6)"},
-        RefusedCase{"hour 24 alone", Calendar("<rule><hours>24</hours><period>A</period></rule>"),
-            "calendar \"T\", rule 1: '24' is not a list of hour ranges [from-to) (0 to 24, as 8-14,18-22 or 22-6)"},
-        RefusedCase{"an unknown day type", Calendar("<rule><days>weekday</days><period>A</period></rule>"),
-            "calendar \"T\", rule 1: 'weekday' is not a list of day types (working, saturday, sunday, holiday)"},
-        RefusedCase{"an impossible holiday", Calendar(kAllA, "<holiday>2026-02-30</holiday>"),
-            "calendar \"T\": '2026-02-30' is not a date (yyyy-MM-dd)"},
-        RefusedCase{"a rule without a period", Calendar("<rule><hours>0-24</hours></rule>"),
-            "calendar \"T\", rule 1: the rule names no period"},
-        RefusedCase{"a misspelt element", Calendar("<rule><hour>0-24</hour><period>A</period></rule>"),
-            "calendar \"T\", rule 1: unknown element <hour> in <rule>"},
-        RefusedCase{"a period named twice", Calendar(kAllA, "<period>a</period>"),
-            "calendar \"T\": the period \"a\" is named twice"},
-        RefusedCase{"no period", "<tariffs><calendar><name>T</name></calendar></tariffs>",
-            "calendar \"T\": the calendar names no period"},
-        RefusedCase{"two calendars of one name",
-            "<tariffs><calendar><name>T</name><period>A</period>" + QByteArray(kAllA)
-                + "</calendar><calendar><name>t</name><period>X</period><rule><period>X</period></rule></calendar>"
-                  "</tariffs>",
-            "two calendars are named \"t\""},
-        RefusedCase{"a calendar without a name", "<tariffs><calendar><period>A</period></calendar></tariffs>",
-            "calendar 1 of the file has no name"}),
+const RefusedCase kRefused[] = {
+    {"a gap of one hour",
+        Calendar("<rule><months>1-6</months><period>A</period></rule>"
+                 "<rule><months>7-12</months><hours>0-14,15-24</hours><period>B</period></rule>"),
+        "calendar \"T\": July, working day, hour 14 has no period"},
+    {"a gap of hours on Saturdays",
+        Calendar("<rule><days>working,sunday,holiday</days><period>A</period></rule>"
+                 "<rule><days>Saturday</days><hours>0-20</hours><period>B</period></rule>"),
+        "calendar \"T\": January, Saturday, hours 20–23 have no period"},
+    {"an overlap of hours",
+        Calendar(
+            "<rule><hours>0-10</hours><period>A</period></rule><rule><hours>8-24</hours><period>B</period></rule>"),
+        "calendar \"T\": January, working day, hours 8–9 are in both A and B"},
+    {"an overlap in a wrapping month range",
+        Calendar("<rule><months>11-2</months><period>A</period></rule>"
+                 "<rule><months>2-10</months><days>holiday</days><period>B</period></rule>"),
+        "calendar \"T\": February, holiday, hours 0–23 are in both A and B"},
+    {"an overlap in a wrapping hour range",
+        Calendar(
+            "<rule><hours>22-6</hours><period>A</period></rule><rule><hours>5-22</hours><period>B</period></rule>"),
+        "calendar \"T\": January, working day, hour 5 is in both A and B"},
+    {"an unknown period name", Calendar("<rule><period>C</period></rule>"),
+        "calendar \"T\", rule 1: \"C\" is not one of the calendar's periods (A B)"},
+    {"a calendar name that looks like a placeholder",
+        "<tariffs><calendar><name>%2%1</name><period>A</period><rule><period>B</period></rule></calendar></"
+        "tariffs>",
+        "calendar \"%2%1\", rule 1: \"B\" is not one of the calendar's periods (A)"},
+    {"month 13", Calendar("<rule><months>1-13</months><period>A</period></rule>"),
+        "calendar \"T\", rule 1: '1-13' is not a list of months (1 to 12, as 1-2,12 or 11-2)"},
+    {"an empty hour range", Calendar("<rule><hours>8-8</hours><period>A</period></rule>"),
+        "calendar \"T\", rule 1: '8-8' is not a list of hour ranges [from-to) (0 to 24, as 8-14,18-22 or 22-6)"},
+    {"hour 24 alone", Calendar("<rule><hours>24</hours><period>A</period></rule>"),
+        "calendar \"T\", rule 1: '24' is not a list of hour ranges [from-to) (0 to 24, as 8-14,18-22 or 22-6)"},
+    {"an unknown day type", Calendar("<rule><days>weekday</days><period>A</period></rule>"),
+        "calendar \"T\", rule 1: 'weekday' is not a list of day types (working, saturday, sunday, holiday)"},
+    {"an impossible holiday", Calendar(kAllA, "<holiday>2026-02-30</holiday>"),
+        "calendar \"T\": '2026-02-30' is not a date (yyyy-MM-dd)"},
+    {"a rule without a period", Calendar("<rule><hours>0-24</hours></rule>"),
+        "calendar \"T\", rule 1: the rule names no period"},
+    {"a misspelt element", Calendar("<rule><hour>0-24</hour><period>A</period></rule>"),
+        "calendar \"T\", rule 1: unknown element <hour> in <rule>"},
+    {"a period named twice", Calendar(kAllA, "<period>a</period>"), "calendar \"T\": the period \"a\" is named twice"},
+    {"no period", "<tariffs><calendar><name>T</name></calendar></tariffs>",
+        "calendar \"T\": the calendar names no period"},
+    {"two calendars of one name",
+        "<tariffs><calendar><name>T</name><period>A</period>" + QByteArray(kAllA)
+            + "</calendar><calendar><name>t</name><period>X</period><rule><period>X</period></rule></calendar>"
+              "</tariffs>",
+        "two calendars are named \"t\""},
+    {"a calendar without a name", "<tariffs><calendar><period>A</period></calendar></tariffs>",
+        "calendar 1 of the file has no name"}};
+
+INSTANTIATE_TEST_SUITE_P(Files, TariffRefused, testing::ValuesIn(kRefused),
     [](const testing::TestParamInfo<RefusedCase>& info) { return zwtest::CaseName(info.param.what); });
 
 ZWTariffCalendar Load(const QByteArray& xml)
@@ -198,12 +199,7 @@ TEST(TariffCalendar, ExampleCalendarsLoadAndMapKnownHours)
     const ZWTariffCalendar* td = six.Find(u" 6.1td "_s);
     ASSERT_NE(td, nullptr);
     EXPECT_EQ(td->PeriodNames(), (QStringList{u"P1"_s, u"P2"_s, u"P3"_s, u"P4"_s, u"P5"_s, u"P6"_s}));
-    struct Case
-    {
-        int month;
-        ZWTariffCalendar::DayType type;
-        const char* runs;
-    } sixCases[] = {
+    const std::tuple<int, ZWTariffCalendar::DayType, const char*> sixCases[] = {
         {7, ZWTariffCalendar::Working, "P6×8 P2 P1×5 P2×4 P1×4 P2×2"},
         {11, ZWTariffCalendar::Working, "P6×8 P3 P2×5 P3×4 P2×4 P3×2"},
         {9, ZWTariffCalendar::Working, "P6×8 P4 P3×5 P4×4 P3×4 P4×2"},
@@ -211,8 +207,8 @@ TEST(TariffCalendar, ExampleCalendarsLoadAndMapKnownHours)
         {12, ZWTariffCalendar::Holiday, "P6×24"},
         {2, ZWTariffCalendar::Saturday, "P6×24"},
     };
-    for (const Case& k : sixCases)
-        EXPECT_EQ(Runs(*td, k.month, k.type), QString::fromUtf8(k.runs)) << k.month << " " << k.type;
+    for (const auto& [month, type, runs] : sixCases)
+        EXPECT_EQ(Runs(*td, month, type), QString::fromUtf8(runs)) << month << " " << type;
     // Epiphany, a Tuesday, is a holiday; the Monday before is a working day.
     EXPECT_EQ(td->PeriodAt(ZWDateTime::FromDMY(2026, 1, 6, 10)), 5);
     EXPECT_EQ(td->PeriodAt(ZWDateTime::FromDMY(2026, 1, 5, 10)), 0);

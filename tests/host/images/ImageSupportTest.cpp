@@ -107,12 +107,7 @@ TEST_F(ImageSupport, FormatsAreRecognisedByContent)
 {
     QImage image(3, 2, QImage::Format_RGB32);
     image.fill(Qt::green);
-    struct Case
-    {
-        QByteArray bytes;
-        ZWImageFormat::Type type;
-    };
-    const Case cases[] = {
+    const std::pair<QByteArray, ZWImageFormat::Type> cases[] = {
         {Encoded(image, "png"), ZWImageFormat::Png}, {Encoded(image, "jpeg"), ZWImageFormat::Jpeg},
         {Encoded(image, "bmp"), ZWImageFormat::Bmp}, {Encoded(image, "tiff"), ZWImageFormat::Tiff},
         {TgaHeader(2, 1, 1, 24, 0) + QByteArray(3, 'x'), ZWImageFormat::Tga},
@@ -124,8 +119,8 @@ TEST_F(ImageSupport, FormatsAreRecognisedByContent)
         {TgaHeader(2, 1, 1, 23, 0) + QByteArray(3, 'x'), ZWImageFormat::Unknown},      // no such depth
         {TgaHeader(2, 1, 1, 24, 0xC0) + QByteArray(3, 'x'), ZWImageFormat::Unknown},   // interleaved
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(ZWImageFormat::Detect(c.bytes), c.type) << c.bytes.left(16).toHex().toStdString();
+    for (const auto& [bytes, type] : cases)
+        EXPECT_EQ(ZWImageFormat::Detect(bytes), type) << bytes.left(16).toHex().toStdString();
 }
 
 TEST_F(ImageSupport, InProcessFormatsDecode)
@@ -202,41 +197,35 @@ TEST_F(ImageSupport, TgaAndPcxVariantsDecodePixelForPixel)
 
 TEST_F(ImageSupport, PicturesClaimingHugeSizesAreRefusedBeforeDecoding)
 {
-    QImage small(2, 2, QImage::Format_RGB32);
-    small.fill(Qt::red);
-    QByteArray bmp = Encoded(small, "bmp");
-    qToLittleEndian<qint32>(100000, bmp.data() + 18);
-    qToLittleEndian<qint32>(100000, bmp.data() + 22);
-    QByteArray wideBmp = Encoded(small, "bmp");
-    qToLittleEndian<qint32>(40000, wideBmp.data() + 18);
-    qToLittleEndian<qint32>(10, wideBmp.data() + 22);
+    const auto bmp = [](qint32 width, qint32 height) {
+        QImage small(2, 2, QImage::Format_RGB32);
+        small.fill(Qt::red);
+        QByteArray bytes = Encoded(small, "bmp");
+        qToLittleEndian<qint32>(width, bytes.data() + 18);
+        qToLittleEndian<qint32>(height, bytes.data() + 22);
+        return bytes;
+    };
     // Headers whose data could fill 60 and 400 million pixels.
     const QByteArray pcx = PcxHeader(8, 1, 10000, 6000, 10000) + QByteArray(2'000'000, '\xFF');
     const QByteArray tga = TgaHeader(11, 20000, 20000, 8, 0) + QByteArray(7'000'000, '\xFF');
     // Headers whose data is far too short for what they claim.
     const QByteArray pcxShort = PcxHeader(8, 1, 30000, 30000, 30000) + QByteArray(4096, '\xFF');
     const QByteArray tgaShort = TgaHeader(11, 20000, 20000, 8, 0) + QByteArray(4096, '\xFF');
-    struct Case
-    {
-        const char* name;
-        QByteArray bytes;
-        Status status;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, QByteArray, Status> cases[] = {
         {"png 100000 x 100000", PngClaiming(100000, 100000), Status::TooLarge},
         {"png 40000 x 10", PngClaiming(40000, 10), Status::TooLarge},
-        {"bmp 100000 x 100000", bmp, Status::Corrupt}, // Qt's header reader refuses it
-        {"bmp 40000 x 10", wideBmp, Status::TooLarge},
+        {"bmp 100000 x 100000", bmp(100000, 100000), Status::Corrupt}, // Qt's header reader refuses it
+        {"bmp 40000 x 10", bmp(40000, 10), Status::TooLarge},
         {"pcx 10000 x 6000", pcx, Status::TooLarge},
         {"tga 20000 x 20000", tga, Status::TooLarge},
         {"pcx 30000 x 30000 in 4 KiB", pcxShort, Status::NotAPicture},
         {"tga 20000 x 20000 in 4 KiB", tgaShort, Status::NotAPicture},
         {"too many bytes", QByteArray(ZWImageSupport::MaxFileBytes + 1, 'x'), Status::TooLarge},
     };
-    for (const Case& c : cases) {
+    for (const auto& [name, bytes, expected] : cases) {
         Status status = Status::Ok;
-        EXPECT_TRUE(ZWImageSupport::Decode(c.bytes, &status).isNull()) << c.name;
-        EXPECT_EQ(status, c.status) << c.name;
+        EXPECT_TRUE(ZWImageSupport::Decode(bytes, &status).isNull()) << name;
+        EXPECT_EQ(status, expected) << name;
     }
 }
 

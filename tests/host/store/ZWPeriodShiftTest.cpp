@@ -21,43 +21,22 @@ ZWDateTime At(const char* iso)
 
 TEST(PeriodShift, FiltersReadAsReductionThenShift)
 {
-    struct Case
-    {
-        const char* filter;
-        bool ok;
-        const char* reduction;
-        const char* shift;
-    } cases[] = {
-        {"delta@-1", true, "delta", "-1"},
-        {"@-1y", true, "", "-1y"},
-        {"max@-2M", true, "max", "-2m"},
-        {"@-1000w", true, "", "-1000w"},
-        {"avg@-7D", true, "avg", "-7d"},
-        {"sum", true, "sum", ""},
-        {"", true, "", ""},
-        {"delta@", false, "", ""},
-        {"@+1", false, "", ""},
-        {"@-0", false, "", ""},
-        {"@-01", false, "", ""},
-        {"@-1001", false, "", ""},
-        {"@-1x", false, "", ""},
-        {"@-1y2", false, "", ""},
-        {"@ -1", false, "", ""},
-        {"@-1 ", false, "", ""},
-        {"@-", false, "", ""},
-        {"@1", false, "", ""},
-        {"@-1@-1", false, "", ""},
-        {"@-99999999999999999999", false, "", ""},
-    };
-    for (const Case& c : cases) {
+    // filter, reduction, shift
+    const std::tuple<const char*, const char*, const char*> cases[]
+        = {{"delta@-1", "delta", "-1"}, {"@-1y", "", "-1y"}, {"max@-2M", "max", "-2m"}, {"@-1000w", "", "-1000w"},
+            {"avg@-7D", "avg", "-7d"}, {"sum", "sum", ""}, {"", "", ""}};
+    for (const auto& [filter, expectedReduction, expectedShift] : cases) {
         QString reduction;
         ZWPeriodShift shift;
-        const bool ok = ZWPeriodShift::Parse(QString::fromLatin1(c.filter), reduction, shift);
-        EXPECT_EQ(ok, c.ok) << c.filter;
-        if (ok && c.ok) {
-            EXPECT_EQ(reduction, QString::fromLatin1(c.reduction)) << c.filter;
-            EXPECT_EQ(shift.ToText(), QString::fromLatin1(c.shift)) << c.filter;
-        }
+        ASSERT_TRUE(ZWPeriodShift::Parse(QString::fromLatin1(filter), reduction, shift)) << filter;
+        EXPECT_EQ(reduction, QString::fromLatin1(expectedReduction)) << filter;
+        EXPECT_EQ(shift.ToText(), QString::fromLatin1(expectedShift)) << filter;
+    }
+    for (const char* bad : {"delta@", "@+1", "@-0", "@-01", "@-1001", "@-1x", "@-1y2", "@ -1", "@-1 ", "@-", "@1",
+             "@-1@-1", "@-99999999999999999999"}) {
+        QString reduction;
+        ZWPeriodShift shift;
+        EXPECT_FALSE(ZWPeriodShift::Parse(QString::fromLatin1(bad), reduction, shift)) << bad;
     }
     // A name keeps its reduction and loses its shift.
     QString plain;
@@ -72,12 +51,8 @@ TEST(PeriodShift, FiltersReadAsReductionThenShift)
 
 TEST(PeriodShift, MovesPeriodsOnTheLocalCalendar)
 {
-    struct Case
-    {
-        const char* name;
-        const char* shift;
-        const char *start, *end, *shiftedStart, *shiftedEnd;
-    } cases[] = {
+    // what, shift, period, shifted period
+    const std::tuple<const char*, const char*, const char*, const char*, const char*, const char*> cases[] = {
         {"a month to the month before", "-1", "2025-03-01", "2025-04-01", "2025-02-01", "2025-03-01"},
         {"a quarter to the quarter before", "-1", "2025-04-01", "2025-07-01", "2025-01-01", "2025-04-01"},
         {"a year two years back", "-2", "2025-01-01", "2026-01-01", "2023-01-01", "2024-01-01"},
@@ -93,13 +68,12 @@ TEST(PeriodShift, MovesPeriodsOnTheLocalCalendar)
             "2025-03-28T12:00:00", "2025-03-29T12:00:00"},
         {"weeks", "-2w", "2025-03-10", "2025-03-17", "2025-02-24", "2025-03-03"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [what, text, start, end, shiftedStart, shiftedEnd] : cases) {
         ZWPeriodShift shift;
-        ASSERT_TRUE(ZWPeriodShift::ParseShift(QString::fromLatin1(c.shift), shift)) << c.name;
-        ZWDateTime s = At(c.start), e = At(c.end);
+        ASSERT_TRUE(ZWPeriodShift::ParseShift(QString::fromLatin1(text), shift)) << what;
+        ZWDateTime s = At(start), e = At(end);
         shift.Apply(s, e);
-        EXPECT_EQ(s.ToIso(), At(c.shiftedStart).ToIso()) << c.name;
-        EXPECT_EQ(e.ToIso(), At(c.shiftedEnd).ToIso()) << c.name;
+        EXPECT_EQ(std::pair(s.ToIso(), e.ToIso()), std::pair(At(shiftedStart).ToIso(), At(shiftedEnd).ToIso())) << what;
     }
 }
 

@@ -127,11 +127,7 @@ TEST_P(ShiftSeriesStore, ShiftedPeriodsAreReadInTheSameQueryAsThePeriod)
             }
         }
     }
-    struct Case
-    {
-        const char* name;
-        const char *start, *end;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"March 2025 (a DST change, a reset, a gap)", "2025-03-01", "2025-04-01"},
         {"February 2025 (a year back: leap February)", "2025-02-01", "2025-03-01"},
         {"the 23-hour day", "2025-03-30", "2025-03-31"},
@@ -140,13 +136,12 @@ TEST_P(ShiftSeriesStore, ShiftedPeriodsAreReadInTheSameQueryAsThePeriod)
         {"a user interval over the reset", "2025-03-20T10:30:00", "2025-03-21T09:15:00"},
         {"February 2024 (data begins in the month before)", "2024-02-01", "2024-03-01"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [what, start, end] : cases) {
         std::vector<double> values;
         QString error;
         const int before = m_store->PeriodQueryCount();
-        ASSERT_TRUE(m_store->PeriodValues(names, At(c.start), At(c.end), values, nullptr, &error))
-            << error.toStdString();
-        EXPECT_EQ(m_store->PeriodQueryCount() - before, 1) << c.name;
+        ASSERT_TRUE(m_store->PeriodValues(names, At(start), At(end), values, nullptr, &error)) << error.toStdString();
+        EXPECT_EQ(m_store->PeriodQueryCount() - before, 1) << what;
         ASSERT_EQ(values.size(), size_t(names.size()));
         // By shift: the unshifted names' raw reading over the shifted period.
         for (const char* text : shifts) {
@@ -160,12 +155,12 @@ TEST_P(ShiftSeriesStore, ShiftedPeriodsAreReadInTheSameQueryAsThePeriod)
                     got.push_back(values[size_t(i)]);
                 }
             }
-            ZWDateTime s = At(c.start), e = At(c.end);
+            ZWDateTime s = At(start), e = At(end);
             shift.Apply(s, e);
-            Check(group, got, ZWLocalTime::ToUtc(s), ZWLocalTime::ToUtc(e), std::string(c.name) + " @" + text);
+            Check(group, got, ZWLocalTime::ToUtc(s), ZWLocalTime::ToUtc(e), std::string(what) + " @" + text);
             // Two years back lies before the first sample.
             if (shift.ToText() == u"-2y"_s) {
-                EXPECT_EQ(got, std::vector<double>(got.size(), ZW_NO_VALUE)) << c.name;
+                EXPECT_EQ(got, std::vector<double>(got.size(), ZW_NO_VALUE)) << what;
             }
         }
     }

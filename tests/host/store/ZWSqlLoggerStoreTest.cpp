@@ -3,8 +3,6 @@
 #include "host/core/ZWProgress.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/drivers/ZWLoggerData.h"
-#include "host/store/ZWLoggerSchema.h"
-#include "host/store/ZWLoggerWriter.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 #include "tests/host/store/ZWStoreTestSupport.h"
 #include "tests/support/ZWTestPostgres.h"
@@ -12,11 +10,8 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QThread>
-#include <cmath>
 #include <csignal>
 #include <future>
-#include <map>
-#include <numeric>
 #include <random>
 #include <thread>
 
@@ -27,10 +22,8 @@ using Kind = ZWSqlLoggerStore::Kind;
 using Method = ZWSqlLoggerStore::Method;
 
 namespace {
-
 constexpr qint64 H = 3600;
 constexpr qint64 D = 86400;
-
 } // namespace
 
 class SqlLoggerStore : public StoreTest
@@ -58,11 +51,7 @@ TEST_P(SqlLoggerStore, CounterIncreaseCountsResetsAndEdgeSamples)
         {{T0, 1000.0}, {T0 + H, 1010.0}, {T0 + 2 * H, 1025.0}, {T0 + 3 * H, 4.0}, {T0 + 4 * H, 9.0},
             {T0 + 5 * H, 15.0}});
     const QString name = u"Main meter.Active energy"_s;
-    struct Case
-    {
-        qint64 start, end;
-        double increase;
-    } cases[] = {
+    const std::tuple<qint64, qint64, double> cases[] = {
         {T0, T0 + H, 10.0},                                    // samples exactly at both bounds
         {T0, T0 + 2 * H, 25.0}, {T0 + 2 * H, T0 + 3 * H, 4.0}, // only the reset: its reading is the increase
         {T0 + H, T0 + 5 * H, 15.0 + 4.0 + 5.0 + 6.0},
@@ -71,12 +60,10 @@ TEST_P(SqlLoggerStore, CounterIncreaseCountsResetsAndEdgeSamples)
         {T0 - D, T0 + H, 10.0},                        // data begins inside the period
         {T0 + 5 * H, T0 + 6 * H, ZW_NO_VALUE},         // nothing after the last sample
     };
-    for (const Case& c : cases) {
-        for (const Method m : {Method::Rollups, Method::Raw}) {
-            const double v = Value(name, c.start, c.end, m);
-            EXPECT_EQ(v, c.increase) << "period " << c.start - T0 << ".." << c.end - T0 << " method " << int(m);
-        }
-    }
+    for (const auto& [start, end, increase] : cases)
+        for (const Method m : {Method::Rollups, Method::Raw})
+            EXPECT_EQ(Value(name, start, end, m), increase)
+                << "period " << start - T0 << ".." << end - T0 << " method " << int(m);
     EXPECT_EQ(CountRows(u"counter_resets"_s), 1);
 }
 
@@ -101,12 +88,7 @@ TEST_P(SqlLoggerStore, EveryReductionFilter)
     Write(u"Pump.Pressure"_s, Kind::Gauge,
         {{T0 - 10, 9.0}, {T0, 3.0}, {T0 + 100, 7.0}, {T0 + H + 5, 1.0}, {T0 + 2 * H, 6.0}, {T0 + 3 * H, 2.0}});
     Write(u"Pump.Energy"_s, Kind::Counter, {{T0, 50.0}, {T0 + H, 55.0}, {T0 + 2 * H, 1.5}, {T0 + 3 * H, 2.0}});
-    const qint64 s = T0, e = T0 + 3 * H;
-    struct Case
-    {
-        const char* name;
-        double expected;
-    } cases[] = {
+    const std::pair<const char*, double> cases[] = {
         {"Pump.Pressure", (3.0 + 7.0 + 1.0 + 6.0) / 4.0},
         {"Pump.Pressure:avg", (3.0 + 7.0 + 1.0 + 6.0) / 4.0},
         {"Pump.Pressure:min", 1.0},
@@ -129,13 +111,13 @@ TEST_P(SqlLoggerStore, EveryReductionFilter)
         {"Pump.Energy:HOURS", 3.0},
     };
     QStringList names;
-    for (const Case& c : cases)
-        names << QString::fromUtf8(c.name);
+    for (const auto& c : cases)
+        names << QString::fromUtf8(c.first);
     for (const Method m : {Method::Rollups, Method::Raw}) {
-        const std::vector<double> v = Values(names, s, e, m);
+        const std::vector<double> v = Values(names, T0, T0 + 3 * H, m);
         ASSERT_EQ(v.size(), names.size());
         for (int i = 0; i < names.size(); ++i)
-            EXPECT_DOUBLE_EQ(v[size_t(i)], cases[i].expected) << cases[i].name << " method " << int(m);
+            EXPECT_DOUBLE_EQ(v[size_t(i)], cases[i].second) << cases[i].first << " method " << int(m);
     }
 }
 
@@ -183,22 +165,17 @@ TEST_P(SqlLoggerStore, DaylightSavingDaysHave23And25Hours)
         Write(u"Site.Hourly %1"_s.arg(QLatin1String(label)), Kind::Gauge, gauge);
         Write(u"Site.Meter %1"_s.arg(QLatin1String(label)), Kind::Counter, counter);
     }
-    struct Case
-    {
-        ZWDateTime day;
-        const char* label;
-        double hours;
-    } cases[] = {{ZWDateTime::FromDMY(2025, 3, 30), "spring", 23.0}, {ZWDateTime::FromDMY(2025, 3, 29), "spring", 24.0},
-        {ZWDateTime::FromDMY(2025, 10, 26), "autumn", 25.0}, {ZWDateTime::FromDMY(2025, 10, 27), "autumn", 24.0}};
-    for (const Case& c : cases) {
+    const std::tuple<ZWDateTime, const char*, double> cases[]
+        = {{ZWDateTime::FromDMY(2025, 3, 30), "spring", 23.0}, {ZWDateTime::FromDMY(2025, 3, 29), "spring", 24.0},
+            {ZWDateTime::FromDMY(2025, 10, 26), "autumn", 25.0}, {ZWDateTime::FromDMY(2025, 10, 27), "autumn", 24.0}};
+    for (const auto& [day, label, hours] : cases) {
         std::vector<double> v;
         QString error;
-        const QString label = QLatin1String(c.label);
-        ASSERT_TRUE(m_store->PeriodValues({u"Site.Hourly %1:count"_s.arg(label), u"Site.Meter %1"_s.arg(label)}, c.day,
-            c.day + ZWDateTimeSpan(1, 0, 0, 0), v, nullptr, &error))
+        ASSERT_TRUE(m_store->PeriodValues(
+            {u"Site.Hourly %1:count"_s.arg(QLatin1String(label)), u"Site.Meter %1"_s.arg(QLatin1String(label))}, day,
+            day + ZWDateTimeSpan(1, 0, 0, 0), v, nullptr, &error))
             << error.toStdString();
-        EXPECT_EQ(v[0], c.hours) << c.day.ToIso().toStdString();
-        EXPECT_EQ(v[1], c.hours) << c.day.ToIso().toStdString();
+        EXPECT_EQ(v, (std::vector<double>{hours, hours})) << day.ToIso().toStdString();
     }
 }
 
@@ -377,9 +354,8 @@ TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
     QString error;
     std::vector<double> v;
     for (int round = 0; round < 6; ++round) {
-        if (round == 3) {
+        if (round == 3)
             ASSERT_TRUE(server->Restart(&error)) << error.toStdString();
-        }
         ASSERT_TRUE(store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error))
             << "round " << round << ": " << error.toStdString();
         EXPECT_EQ(v, std::vector<double>{5.0}) << "round " << round;

@@ -60,16 +60,6 @@ void StoreTest::SetUp()
     ASSERT_TRUE(m_store->Open(&error)) << error.toStdString();
 }
 
-void StoreTest::TearDown()
-{
-    m_store.reset();
-}
-
-void StoreTest::Write(const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples)
-{
-    WriteSamples(*m_store, name, kind, samples);
-}
-
 void WriteSamples(ZWSqlLoggerStore& store, const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples)
 {
     ZWLoggerWriter writer(store);

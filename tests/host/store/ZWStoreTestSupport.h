@@ -24,9 +24,10 @@ class StoreTest : public testing::TestWithParam<Backend>
 {
 protected:
     void SetUp() override;
-    void TearDown() override;
-    // Writes samples of one variable (made with `kind` when missing).
-    void Write(const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples);
+    void Write(const QString& name, ZWSqlLoggerStore::Kind kind, const Samples& samples)
+    {
+        WriteSamples(*m_store, name, kind, samples);
+    }
     double Value(const QString& name, qint64 start, qint64 end,
         ZWSqlLoggerStore::Method method = ZWSqlLoggerStore::Method::Rollups);
     std::vector<double> Values(const QStringList& names, qint64 start, qint64 end,
