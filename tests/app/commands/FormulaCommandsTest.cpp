@@ -149,18 +149,33 @@ TEST_F(WithLibrary, EvalAndCheckLoopsReadALibraryOrAReport)
     }
 }
 
-TEST_F(WithLibrary, UnreadableFilesFail)
+TEST_F(WithLibrary, UnreadableFilesFailAndTheFormulasWindowRefusesWhatIsNoLibraryBeforeOpening)
 {
-    const QString bad = m_dir.filePath(u"bad.xml"_s);
+    const QString bad = m_dir.filePath(u"bad.xml"_s), other = m_dir.filePath(u"other.xml"_s),
+                  garbage = m_dir.filePath(u"garbage.xml"_s), styles = m_dir.filePath(u"style.XSTY"_s);
     ASSERT_TRUE(zwtest::WriteFile(bad, "<formules><formule>"));
-    const QString other = m_dir.filePath(u"other.xml"_s);
     ASSERT_TRUE(zwtest::WriteFile(other, "<style/>"));
+    ASSERT_TRUE(zwtest::WriteFile(garbage, "not < xml"));
+    ASSERT_TRUE(zwtest::WriteFile(styles, "<style><name>x</name></style>"));
     for (const QString& file : {bad, other, m_dir.filePath(u"missing.xml"_s)}) {
         EXPECT_EQ(Zw(u"eval --formules %1 1"_s.arg(file)).status, 1);
         const Result r = Zw(u"check-loops --formules "_s + file);
         EXPECT_EQ(r.status, 1);
         EXPECT_FALSE(r.err.isEmpty());
     }
+    const std::tuple<QStringList, int, const char*> cases[] = {
+        {{u"formulas"_s}, 2, "expected one FILE"},
+        {{u"formulas"_s, garbage, styles}, 2, "expected one FILE"},
+        {{u"formulas"_s, garbage}, 1, "cannot read"},
+        {{u"formulas"_s, styles}, 1, "neither a formula library"},
+    };
+    for (const auto& [args, status, says] : cases) {
+        const Result r = zwtest::RunProgram(args);
+        EXPECT_EQ(r.status, status) << r;
+        EXPECT_TRUE(r.err.contains(QString::fromUtf8(says))) << r;
+    }
+    EXPECT_EQ(zwtest::ReadFile(styles), QByteArray("<style><name>x</name></style>"));
+    EXPECT_FALSE(QFileInfo::exists(styles + u".bak"_s));
 }
 
 TEST(FormulaCommands, MessageUsageErrorsAndHelp)
@@ -197,29 +212,6 @@ TEST(FormulaCommands, HumanReadableForms)
     EXPECT_EQ(Zw(u"eval \"1 < 2\""_s).raw.trimmed(), QByteArray("1 (true)"));
     EXPECT_EQ(Zw(u"eval 2^0.5"_s).raw.trimmed(), QByteArray("1.4142135623730951"));
     EXPECT_TRUE(Zw(u"tokens \"a <= 2\""_s).raw.contains("less or equal"));
-}
-
-TEST(FormulasCommand, RefusesWhatIsNoLibraryBeforeAnyWindowAndChangesNothing)
-{
-    QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
-    const QString garbage = dir.filePath(u"garbage.xml"_s);
-    const QString styles = dir.filePath(u"style.XSTY"_s);
-    ASSERT_TRUE(zwtest::WriteFile(garbage, "not < xml"));
-    ASSERT_TRUE(zwtest::WriteFile(styles, "<style><name>x</name></style>"));
-    const std::tuple<QStringList, int, const char*> cases[] = {
-        {{u"formulas"_s}, 2, "expected one FILE"},
-        {{u"formulas"_s, garbage, styles}, 2, "expected one FILE"},
-        {{u"formulas"_s, garbage}, 1, "cannot read"},
-        {{u"formulas"_s, styles}, 1, "neither a formula library"},
-    };
-    for (const auto& [args, status, says] : cases) {
-        const Result r = zwtest::RunProgram(args);
-        EXPECT_EQ(r.status, status) << r;
-        EXPECT_TRUE(r.err.contains(QString::fromUtf8(says))) << r;
-    }
-    EXPECT_EQ(zwtest::ReadFile(styles), QByteArray("<style><name>x</name></style>"));
-    EXPECT_FALSE(QFileInfo::exists(styles + u".bak"_s));
 }
 
 } // namespace

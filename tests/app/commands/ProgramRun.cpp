@@ -1,5 +1,4 @@
 #include "tests/app/commands/ProgramRun.h"
-#include "tests/support/ZWTestSupport.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -77,21 +76,6 @@ RunOptions Offscreen()
     options.environment = {{QStringLiteral("ZWINFORMES_LOCALE"), QStringLiteral("C")},
         {QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen")}};
     return options;
-}
-
-ProgramResult ImportFebruarySite(const QString& folder, const QString& db)
-{
-    const QString file = folder + QStringLiteral("/site.csv");
-    if (!WriteFile(file,
-            "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
-            "2026-01-31T23:45:00Z,1000,100,10,0\n"
-            "2026-02-14T12:00:00Z,6000,700,20,2000\n"
-            "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
-            "2026-03-02T00:00:00Z,99999,9999,999,9999\n"))
-        return {};
-    return RunUtc(QStringLiteral("import --db %1 --counter \"Main meter.Active energy\" --counter \"Gas meter.Volume\" "
-                                 "--counter \"Water meter.Volume\" --counter \"PV inverter.Energy\" %2")
-                      .arg(db, file));
 }
 
 } // namespace zwtest

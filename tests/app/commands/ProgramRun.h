@@ -50,9 +50,4 @@ ProgramResult RunUtc(const QString& commandLine);
 // Options for the program in the C locale under the offscreen platform.
 RunOptions Offscreen();
 
-// Imports a small site into the SQLite file `db` (a URL): four counters read
-// before February 2026 (UTC), inside it, on 1 March (which still counts) and
-// after it. Electricity over February: 12,345.6 kWh.
-ProgramResult ImportFebruarySite(const QString& folder, const QString& db);
-
 } // namespace zwtest

@@ -81,10 +81,21 @@ TEST(StoreCommands, DemoDbFillsOnceAndReplacesOnRequest)
 class MonthlyReport : public testing::Test
 {
 protected:
+    // A small site: four counters read before February 2026 (UTC), inside
+    // it, on 1 March (which still counts) and after it. Electricity over
+    // February: 12,345.6 kWh.
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid());
-        const Result imported = zwtest::ImportFebruarySite(m_dir.path(), m_db);
+        const QString file = m_dir.filePath(u"site.csv"_s);
+        ASSERT_TRUE(zwtest::WriteFile(file,
+            "time,Main meter.Active energy,Gas meter.Volume,Water meter.Volume,PV inverter.Energy\n"
+            "2026-01-31T23:45:00Z,1000,100,10,0\n"
+            "2026-02-14T12:00:00Z,6000,700,20,2000\n"
+            "2026-03-01T00:00:00Z,13345.6,1334.5,42.42,4115.2\n"
+            "2026-03-02T00:00:00Z,99999,9999,999,9999\n"));
+        const Result imported = Zw(
+            u"import --db %1 --counter \"Main meter.Active energy\" --counter \"Gas "
+            u"meter.Volume\" --counter \"Water meter.Volume\" --counter \"PV inverter.Energy\" %2"_s.arg(m_db, file));
         ASSERT_EQ(imported.status, 0) << imported;
     }
 
