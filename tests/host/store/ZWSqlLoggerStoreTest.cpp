@@ -354,8 +354,9 @@ TEST(SqlLoggerStorePostgres, ReconnectsAfterAServerRestart)
     QString error;
     std::vector<double> v;
     for (int round = 0; round < 6; ++round) {
-        if (round == 3)
+        if (round == 3) {
             ASSERT_TRUE(server->Restart(&error)) << error.toStdString();
+        }
         ASSERT_TRUE(store->PeriodValuesUtc({u"A.g"_s}, T0, T0 + H, v, &error))
             << "round " << round << ": " << error.toStdString();
         EXPECT_EQ(v, std::vector<double>{5.0}) << "round " << round;
