@@ -4,7 +4,6 @@
 #include "tests/app/commands/ProgramRun.h"
 #include "tests/support/ZWTestSupport.h"
 
-#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>

@@ -201,7 +201,7 @@ TEST(TemplateCommands, FormatNumberAndFormatDate)
         EXPECT_EQ(Zwinformes(QString::fromLatin1(line)).status, 2) << line;
 }
 
-TEST(TemplateCommands, ResaveIsByteStableKeepsABackupAndRefusesWhatIsNoReport)
+TEST(TemplateCommands, ResaveIsByteStableAndKeepsABackup)
 {
     QTemporaryDir dir;
     for (const char* name : {"MonthlyEnergy", "LandscapeSummary"}) {
@@ -215,13 +215,8 @@ TEST(TemplateCommands, ResaveIsByteStableKeepsABackupAndRefusesWhatIsNoReport)
         ASSERT_EQ(Zwinformes(u"resave %1 %2"_s.arg(in, once)).status, 0);
         EXPECT_TRUE(QFile::exists(once + u".bak"_s));
     }
-    const QString bad = dir.filePath(u"bad.XRPT"_s), out = dir.filePath(u"out.XRPT"_s);
-    ASSERT_TRUE(zwtest::WriteFile(bad, "<design><page>"));
-    const Result r = Zwinformes(u"resave %1 %2"_s.arg(bad, out));
-    EXPECT_EQ(r.status, 1);
-    EXPECT_FALSE(r.err.isEmpty());
-    EXPECT_FALSE(QFile::exists(out));
-    EXPECT_EQ(Zwinformes(u"resave "_s + bad).status, 2);
+    // resave needs both files.
+    EXPECT_EQ(Zwinformes(u"resave "_s + dir.filePath(u"MonthlyEnergy.XRPT"_s)).status, 2);
 }
 
 TEST(TemplateCommands, RenderTemplateWritesOnePicturePerPage)
@@ -243,7 +238,6 @@ TEST(TemplateCommands, RenderTemplateWritesOnePicturePerPage)
     EXPECT_EQ(QImage(dir.filePath(u"default/LandscapeSummary-1.png"_s)).size(), QSize(1754, 1240));
 
     EXPECT_EQ(Zwinformes(u"render-template "_s + in).status, 2);
-    EXPECT_EQ(Zwinformes(u"render-template %1 --png %2 --dpi 0"_s.arg(in, dir.path())).status, 2);
     EXPECT_EQ(Zwinformes(u"render-template %1 --png %2"_s.arg(dir.filePath(u"missing.XRPT"_s), dir.path())).status, 1);
 }
 
@@ -269,7 +263,7 @@ TEST(TemplateCommands, PageSizesThatCannotBeDrawnAreNamedAsSuch)
     }
     // A resolution that is no number is a usage error, as one out of range.
     const QString example = zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s);
-    for (const char* dpi : {"nan", "inf", "-inf", "5000"}) {
+    for (const char* dpi : {"0", "nan", "inf", "-inf", "5000"}) {
         for (const char* command : {"render-template", "render"}) {
             const Result r = Zwinformes(
                 u"%1 %2 --png %3 --dpi %4"_s.arg(QLatin1String(command), example, dir.path(), QLatin1String(dpi)));

@@ -4,7 +4,6 @@
 #include "editor/widgets/CDlgEditor.h"
 #include "editor/widgets/ZWEditTemplateWnd.h"
 #include "editor/widgets/ZWEditorFrame.h"
-#include "host/core/ZWLoadString.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/store/ZWLoggerDatabase.h"

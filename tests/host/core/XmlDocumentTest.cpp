@@ -2,7 +2,6 @@
 #include "host/core/ZWSimpleXml.h"
 #include "tests/support/ZWTestSupport.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 

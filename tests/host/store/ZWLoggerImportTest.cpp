@@ -1,5 +1,4 @@
 #include "host/store/ZWLoggerImport.h"
-#include "host/core/ZWNoValue.h"
 #include "tests/host/store/ZWStoreTestSupport.h"
 #include "tests/support/ZWTestSupport.h"
 

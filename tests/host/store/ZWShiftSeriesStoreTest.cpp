@@ -15,6 +15,7 @@
 #include <random>
 
 using namespace Qt::StringLiterals;
+using namespace std::string_literals;
 using namespace zwtest;
 using Kind = ZWSqlLoggerStore::Kind;
 using Method = ZWSqlLoggerStore::Method;
@@ -110,20 +111,15 @@ const char* const Reductions[] = {"", "delta", "avg", "max", "first", "last", "c
 
 TEST_P(ShiftSeriesStore, ShiftedPeriodsAreReadInTheSameQueryAsThePeriod)
 {
-    const char* const shifts[] = {"", "-1", "-1y", "-1m", "-3d", "-1w", "-2y"};
+    const QStringList shifts = {u""_s, u"-1"_s, u"-1y"_s, u"-1m"_s, u"-3d"_s, u"-1w"_s, u"-2y"_s};
+    // Every name with every shift, the shifts innermost.
     QStringList names, plain;
-    std::vector<ZWPeriodShift> nameShifts;
     for (const QString& variable : {Meter, Power}) {
         for (const char* r : Reductions) {
-            for (const char* s : shifts) {
-                QString filter = QString::fromLatin1(r);
-                if (*s)
-                    filter += QLatin1Char('@') + QString::fromLatin1(s);
+            for (const QString& shift : shifts) {
+                const QString filter = QLatin1String(r) + (shift.isEmpty() ? QString() : u"@"_s + shift);
                 names << (filter.isEmpty() ? variable : variable + QLatin1Char(':') + filter);
                 plain << (*r ? variable + QLatin1Char(':') + QLatin1String(r) : variable);
-                ZWPeriodShift shift;
-                ASSERT_TRUE(ZWPeriodShift::ParseShift(QString::fromLatin1(s), shift));
-                nameShifts.push_back(shift);
             }
         }
     }
@@ -144,29 +140,27 @@ TEST_P(ShiftSeriesStore, ShiftedPeriodsAreReadInTheSameQueryAsThePeriod)
         EXPECT_EQ(m_store->PeriodQueryCount() - before, 1) << what;
         ASSERT_EQ(values.size(), size_t(names.size()));
         // By shift: the unshifted names' raw reading over the shifted period.
-        for (const char* text : shifts) {
+        for (int k = 0; k < shifts.size(); ++k) {
             ZWPeriodShift shift;
-            ASSERT_TRUE(ZWPeriodShift::ParseShift(QString::fromLatin1(text), shift));
+            ASSERT_TRUE(ZWPeriodShift::ParseShift(shifts[k], shift));
             QStringList group;
             std::vector<double> got;
-            for (int i = 0; i < names.size(); ++i) {
-                if (nameShifts[size_t(i)] == shift) {
-                    group << plain[i];
-                    got.push_back(values[size_t(i)]);
-                }
+            for (int i = k; i < names.size(); i += int(shifts.size())) {
+                group << plain[i];
+                got.push_back(values[size_t(i)]);
             }
             ZWDateTime s = At(start), e = At(end);
             shift.Apply(s, e);
-            Check(group, got, ZWLocalTime::ToUtc(s), ZWLocalTime::ToUtc(e), std::string(what) + " @" + text);
+            Check(group, got, ZWLocalTime::ToUtc(s), ZWLocalTime::ToUtc(e), what + " @"s + shifts[k].toStdString());
             // Two years back lies before the first sample.
-            if (shift.ToText() == u"-2y"_s) {
+            if (shifts[k] == u"-2y"_s) {
                 EXPECT_EQ(got, std::vector<double>(got.size(), ZW_NO_VALUE)) << what;
             }
         }
     }
 }
 
-TEST_P(ShiftSeriesStore, MalformedShiftsAreUnknownNames)
+TEST_P(ShiftSeriesStore, MalformedShiftsAreUnknownNamesAndTooManyPointsAreRefused)
 {
     const char* const bad[] = {":delta@", ":@+1", ":@-0", ":@-1x", ":@-1y2", ":@ -1", ":median@-1", ":@-1001"};
     QStringList names;
@@ -180,6 +174,18 @@ TEST_P(ShiftSeriesStore, MalformedShiftsAreUnknownNames)
     QString error;
     ASSERT_TRUE(m_store->PeriodValues(names, At("2025-03-01"), At("2025-04-01"), values, nullptr, &error));
     EXPECT_EQ(values, std::vector<double>(size_t(names.size()), ZW_NO_VALUE));
+    // Too many points are refused without a query.
+    ZWSeries series;
+    const int before = m_store->PeriodQueryCount();
+    EXPECT_FALSE(m_store->SeriesValues(
+        {Meter}, At("2024-01-01"), At("2025-01-01"), ZWSeriesUnit::Hour, series, nullptr, &error));
+    EXPECT_TRUE(error.contains(u"more than 1000 points"_s)) << error.toStdString();
+    EXPECT_EQ(m_store->PeriodQueryCount(), before);
+    // 1,000 exactly is allowed: 41 days and 16 hours by hour.
+    EXPECT_TRUE(m_store->SeriesValues(
+        {Meter}, At("2025-01-01"), At("2025-02-11T16:00:00"), ZWSeriesUnit::Hour, series, nullptr, &error))
+        << error.toStdString();
+    EXPECT_EQ(series.values.size(), 1000u);
 }
 
 TEST_P(ShiftSeriesStore, SeriesReadEverySubPeriodInOneQuery)
@@ -269,22 +275,6 @@ TEST_P(ShiftSeriesStore, SeriesReadEverySubPeriodInOneQuery)
     const double resetDay = march.values[19][0];
     EXPECT_TRUE(Close(resetDay,
         m_meter->Increase(ZWLocalTime::ToUtc(At("2025-03-20")), ZWLocalTime::ToUtc(At("2025-03-21"))), 1e-12));
-}
-
-TEST_P(ShiftSeriesStore, TooManyPointsAreRefusedWithoutAQuery)
-{
-    ZWSeries series;
-    QString error;
-    const int before = m_store->PeriodQueryCount();
-    EXPECT_FALSE(m_store->SeriesValues(
-        {Meter}, At("2024-01-01"), At("2025-01-01"), ZWSeriesUnit::Hour, series, nullptr, &error));
-    EXPECT_TRUE(error.contains(u"more than 1000 points"_s)) << error.toStdString();
-    EXPECT_EQ(m_store->PeriodQueryCount(), before);
-    // 1,000 exactly is allowed: 41 days and 16 hours by hour.
-    EXPECT_TRUE(m_store->SeriesValues(
-        {Meter}, At("2025-01-01"), At("2025-02-11T16:00:00"), ZWSeriesUnit::Hour, series, nullptr, &error))
-        << error.toStdString();
-    EXPECT_EQ(series.values.size(), 1000u);
 }
 
 TEST_P(ShiftSeriesStore, LoggerDataSelectsASeriesOfItsNames)

@@ -1,6 +1,5 @@
 #include "app/demo/ZWDemoData.h"
 #include "host/core/ZWNoValue.h"
-#include "host/store/ZWLoggerSchema.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 #include "host/store/ZWSqlLoggerStore.h"
 #include "tests/support/ZWTestSupport.h"
