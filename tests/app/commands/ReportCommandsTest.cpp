@@ -155,9 +155,11 @@ TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
     EXPECT_TRUE(QFile::exists(pngs + u"/MonthlyEnergy-page2.png"_s));
 }
 
-TEST_F(MonthlyReport, ValuesThatCannotBeGatheredSaySo)
+TEST_F(MonthlyReport, WhatCannotBeGatheredOrDrawnSaysSo)
 {
-    const QString typo = m_dir.filePath(u"sites.sqlite"_s);
+    const QString typo = m_dir.filePath(u"sites.sqlite"_s), tall = m_dir.filePath(u"Tall.XRPT"_s),
+                  pdf = m_dir.filePath(u"tall.pdf"_s);
+    ASSERT_TRUE(zwtest::WriteFile(tall, "<design><page><width>210</width><height>9000</height></page></design>"));
     // command line, status, a part of the error output
     const std::tuple<QString, int, const char*> cases[] = {
         {u"values "_s + m_dir.filePath(u"none.XRPT"_s) + Period(), 1, "none.XRPT"},
@@ -170,6 +172,9 @@ TEST_F(MonthlyReport, ValuesThatCannotBeGatheredSaySo)
         // A mistyped database path is said to be one; no empty database is made.
         {u"values %1 --db sqlite:%2"_s.arg(kExample, typo), 1, "the file does not exist"},
         {u"values x.XRPT --unit fortnight"_s, 2, ""},
+        // A page larger than a PDF page is named before anything is written.
+        {u"render %1 -o %2"_s.arg(tall, pdf) + Period(), 1,
+            "page 1 cannot be drawn: its height of 9000 mm is larger than a PDF page can be (5080 mm)"},
     };
     for (const auto& [line, status, err] : cases) {
         const Result r = Zw(line);
@@ -179,6 +184,7 @@ TEST_F(MonthlyReport, ValuesThatCannotBeGatheredSaySo)
         EXPECT_FALSE(r.err.contains(u"QPSQL"_s)) << r;
     }
     EXPECT_FALSE(QFile::exists(typo));
+    EXPECT_FALSE(QFile::exists(pdf));
 }
 
 TEST_F(MonthlyReport, WhatIsNoReportIsRefusedBeforeAnythingIsGatheredOrWritten)
@@ -206,18 +212,6 @@ TEST_F(MonthlyReport, WhatIsNoReportIsRefusedBeforeAnythingIsGatheredOrWritten)
         EXPECT_FALSE(QFile::exists(pdf));
         EXPECT_FALSE(QFile::exists(resaved));
     }
-}
-
-TEST_F(MonthlyReport, APageLargerThanAPdfPageIsNamedBeforeAnythingIsWritten)
-{
-    const QString in = m_dir.filePath(u"Long.XRPT"_s), pdf = m_dir.filePath(u"long.pdf"_s);
-    ASSERT_TRUE(zwtest::WriteFile(in, "<design><page><width>210</width><height>9000</height></page></design>"));
-    const Result r = Zw(u"render %1 -o %2"_s.arg(in, pdf) + Period());
-    EXPECT_EQ(r.status, 1);
-    EXPECT_TRUE(
-        r.err.contains(u"page 1 cannot be drawn: its height of 9000 mm is larger than a PDF page can be (5080 mm)"_s))
-        << r;
-    EXPECT_FALSE(QFile::exists(pdf));
 }
 
 TEST_F(MonthlyReport, ValuesAsXmlJsonAndCsvCarryTheMonthsNumbers)
