@@ -1,8 +1,7 @@
 // The designer page's mouse work without a window: presses, drags with and
 // without grid near the page's edges, resizes, the band and new cards.
-#include "editor/ZWEditPage.h"
 #include "template/ZWCardLabel.h"
-#include "template/ZWTemplatePage.h"
+#include "tests/editor/EditorTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -13,56 +12,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A 200 × 100 mm page at 4 pixels per mm in a 1000 × 600 window: the page
-// covers pixels 100..899 across and 100..499 down. Card A at (10, 20, 30, 40)
-// mm is pixels (140, 180)–(260, 340); card B at (50, 20, 10, 10) mm is
-// (300, 180)–(340, 220).
-struct Fixture
+using zwtest::Geometry;
+
+// The test page (EditorTestSupport.h) with its cards "a" and "b".
+struct Fixture : zwtest::EditFixture
 {
-    ZWTemplatePage page;
-    ZWEditPage edit{page};
-    ZWCardControl* a = nullptr;
-    ZWCardControl* b = nullptr;
-
+    ZWCardControl* a;
+    ZWCardControl* b;
     explicit Fixture(double grid = 0.0)
-    {
-        page.properties.width = 200;
-        page.properties.height = 100;
-        page.properties.xgrid = grid;
-        page.properties.ygrid = grid;
-        edit.Mapping().SetDevice(4, 4);
-        edit.Mapping().SetClientSize(1000, 600);
-        a = AddCard(10, 20, 30, 40, u"a");
-        b = AddCard(50, 20, 10, 10, u"b");
-        edit.SetActiveState(ZWEditPage::SelectTool);
-    }
-
-    ZWCardControl* AddCard(double x, double y, double w, double h, QStringView id)
-    {
-        auto card = std::make_unique<ZWCardControl>();
-        card->x = x;
-        card->y = y;
-        card->width = w;
-        card->height = h;
-        card->id = id.toString();
-        page.cards.push_back(std::move(card));
-        return page.cards.back().get();
-    }
-
-    unsigned long Drag(QPoint from, QPoint to, bool ctrl = false, bool shift = false)
-    {
-        edit.ButtonDown(from, ctrl, shift);
-        edit.MouseMove(to);
-        return edit.ButtonUp();
-    }
+        : EditFixture(grid), a(Add({10, 20, 30, 40}, u"a"_s)), b(Add({50, 20, 10, 10}, u"b"_s))
+    {}
 };
+
+const auto byName = [](const auto& info) { return std::string(info.param.name); };
 
 struct DragCase
 {
     const char* name;
     double grid;
     QPoint from, to;
-    double x, y, w, h;
+    Geometry expected;
     unsigned long clickOnly;
 };
 
@@ -74,33 +43,29 @@ TEST_P(DragCardTest, CardEndsWhereExpected)
     const DragCase& c = GetParam();
     Fixture f(c.grid);
     EXPECT_EQ(f.Drag(c.from, c.to), c.clickOnly);
-    EXPECT_DOUBLE_EQ(f.a->x, c.x);
-    EXPECT_DOUBLE_EQ(f.a->y, c.y);
-    EXPECT_DOUBLE_EQ(f.a->width, c.w);
-    EXPECT_DOUBLE_EQ(f.a->height, c.h);
+    EXPECT_GEOMETRY(zwtest::GeometryOf(*f.a), c.expected);
     EXPECT_EQ(f.edit.GetOperation(), 0);
 }
 
 const DragCase dragCases[] = {
-    {"MovedByThePixelsDragged", 0, {200, 250}, {230, 260}, 17.5, 22.5, 30, 40, 0},
-    {"MoveStopsOnePixelInsideTheRightEdge", 0, {200, 250}, {1000, 250}, 169.75, 20, 30, 40, 0},
-    {"MoveStopsOnTheTopLeftCorner", 0, {200, 250}, {0, 0}, 0, 0, 30, 40, 0},
-    {"MoveStopsOnePixelInsideTheBottomEdge", 0, {200, 250}, {200, 900}, 10, 59.75, 30, 40, 0},
+    {"MovedByThePixelsDragged", 0, {200, 250}, {230, 260}, {17.5, 22.5, 30, 40}, 0},
+    {"MoveStopsOnePixelInsideTheRightEdge", 0, {200, 250}, {1000, 250}, {169.75, 20, 30, 40}, 0},
+    {"MoveStopsOnTheTopLeftCorner", 0, {200, 250}, {0, 0}, {0, 0, 30, 40}, 0},
+    {"MoveStopsOnePixelInsideTheBottomEdge", 0, {200, 250}, {200, 900}, {10, 59.75, 30, 40}, 0},
     // 10 mm below 200 would touch the edge; the group is pulled back by
     // whole 5 mm steps until its right edge is clear of it.
-    {"GridMovePulledBackFromTheRightEdge", 5, {200, 250}, {1000, 250}, 165, 20, 30, 40, 0},
-    {"GridMoveLandsOnGridLines", 5, {200, 250}, {213, 250}, 15, 20, 30, 40, 0},
-    {"GridMoveStopsAtTheLeftEdge", 5, {200, 250}, {0, 250}, 0, 20, 30, 40, 0},
-    {"RightEdgeResized", 0, {259, 250}, {300, 250}, 10, 20, 40.25, 40, 0},
-    {"RightEdgeResizeStopsAtTheLastPixel", 0, {259, 250}, {2000, 250}, 10, 20, 189.75, 40, 0},
-    {"GridResizeSnapsTheDraggedEdge", 5, {259, 250}, {300, 250}, 10, 20, 40, 40, 0},
-    {"TopLeftResizedBothWays", 0, {140, 180}, {120, 170}, 5, 17.5, 35, 42.5, 0},
-    {"ResizeBelowTenPixelsIsRefused", 0, {141, 250}, {255, 250}, 10, 20, 30, 40, 1},
-    {"ClickWithoutMoveChangesNothing", 0, {200, 250}, {200, 250}, 10, 20, 30, 40, 1},
+    {"GridMovePulledBackFromTheRightEdge", 5, {200, 250}, {1000, 250}, {165, 20, 30, 40}, 0},
+    {"GridMoveLandsOnGridLines", 5, {200, 250}, {213, 250}, {15, 20, 30, 40}, 0},
+    {"GridMoveStopsAtTheLeftEdge", 5, {200, 250}, {0, 250}, {0, 20, 30, 40}, 0},
+    {"RightEdgeResized", 0, {259, 250}, {300, 250}, {10, 20, 40.25, 40}, 0},
+    {"RightEdgeResizeStopsAtTheLastPixel", 0, {259, 250}, {2000, 250}, {10, 20, 189.75, 40}, 0},
+    {"GridResizeSnapsTheDraggedEdge", 5, {259, 250}, {300, 250}, {10, 20, 40, 40}, 0},
+    {"TopLeftResizedBothWays", 0, {140, 180}, {120, 170}, {5, 17.5, 35, 42.5}, 0},
+    {"ResizeBelowTenPixelsIsRefused", 0, {141, 250}, {255, 250}, {10, 20, 30, 40}, 1},
+    {"ClickWithoutMoveChangesNothing", 0, {200, 250}, {200, 250}, {10, 20, 30, 40}, 1},
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Drag, DragCardTest, ::testing::ValuesIn(dragCases), [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Drag, DragCardTest, ::testing::ValuesIn(dragCases), byName);
 
 struct PressCase
 {
@@ -146,16 +111,7 @@ const PressCase pressCases[] = {
     {"FirstColumnPastThePageIsOff", 0, false, {900, 300}, false, false, 0, 0},
 };
 
-INSTANTIATE_TEST_SUITE_P(Press, MouseOperationTest, ::testing::ValuesIn(pressCases),
-    [](const auto& info) { return std::string(info.param.name); });
-
-std::vector<QString> SelectedIds(ZWEditPage& edit)
-{
-    std::vector<QString> ids;
-    for (int i = 0; i < edit.Selection().GetNumberOfSelectedControls(); ++i)
-        ids.push_back(edit.Selection().GetSelectedControl(i)->id);
-    return ids;
-}
+INSTANTIATE_TEST_SUITE_P(Press, MouseOperationTest, ::testing::ValuesIn(pressCases), byName);
 
 struct BandCase
 {
@@ -176,7 +132,7 @@ TEST_P(BandTest, SelectsTheCardsWhollyInside)
     if (c.preselectB)
         f.Drag({320, 200}, {320, 200});
     f.Drag({120, 150}, c.to, c.ctrl, c.shift);
-    EXPECT_EQ(SelectedIds(f.edit), c.expected);
+    EXPECT_EQ(f.SelectedIds(), c.expected);
 }
 
 const BandCase bandCases[] = {
@@ -189,8 +145,7 @@ const BandCase bandCases[] = {
     {"CtrlBandTogglesSelectedCardsOff", true, {400, 400}, true, false, {u"a"_s}},
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Band, BandTest, ::testing::ValuesIn(bandCases), [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Band, BandTest, ::testing::ValuesIn(bandCases), byName);
 
 TEST(EditPageTest, DrawingWithTheLabelToolMakesASelectedLabel)
 {
@@ -200,10 +155,7 @@ TEST(EditPageTest, DrawingWithTheLabelToolMakesASelectedLabel)
     ASSERT_EQ(f.page.cards.size(), 3u);
     auto* label = dynamic_cast<ZWCardLabel*>(f.page.cards.back().get());
     ASSERT_NE(label, nullptr);
-    EXPECT_DOUBLE_EQ(label->x, 100);
-    EXPECT_DOUBLE_EQ(label->y, 50);
-    EXPECT_DOUBLE_EQ(label->width, 30);
-    EXPECT_DOUBLE_EQ(label->height, 40);
+    EXPECT_GEOMETRY(zwtest::GeometryOf(*label), 100, 50, 30, 40);
     EXPECT_FALSE(label->id.isEmpty());
     EXPECT_EQ(label->font, u"Arial"_s);
     EXPECT_EQ(label->value, u"Text"_s);
@@ -221,10 +173,7 @@ TEST(EditPageTest, DrawnCardSnapsToTheGridAndCtrlKeepsTheSelection)
     const ZWCardControl& card = *f.page.cards.back();
     EXPECT_TRUE(card.IsKindOf("ZWCardDate"));
     EXPECT_EQ(card.color, f.edit.dateColor);
-    EXPECT_DOUBLE_EQ(card.x, 125);
-    EXPECT_DOUBLE_EQ(card.y, 50);
-    EXPECT_DOUBLE_EQ(card.width, 15);
-    EXPECT_DOUBLE_EQ(card.height, 10);
+    EXPECT_GEOMETRY(zwtest::GeometryOf(card), 125, 50, 15, 10);
     EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
 }
 
@@ -244,9 +193,9 @@ TEST(EditPageTest, ClicksOnSelectedCardsNarrowOrToggleTheSelection)
     Fixture f;
     f.Drag({120, 150}, {400, 400}); // both
     f.Drag({200, 250}, {200, 250}); // plain click on A: A alone
-    EXPECT_EQ(SelectedIds(f.edit), std::vector<QString>{u"a"_s});
+    EXPECT_EQ(f.SelectedIds(), std::vector<QString>{u"a"_s});
     f.Drag({200, 250}, {200, 250}, true); // Ctrl-click on the only one
-    EXPECT_TRUE(SelectedIds(f.edit).empty());
+    EXPECT_TRUE(f.SelectedIds().empty());
 }
 
 TEST(EditPageTest, GroupMoveKeepsTheCardsApartAndOnThePage)

@@ -1,9 +1,8 @@
 // The commands on the selected cards: align, distribute, centre, one size,
 // copy, cut, paste with its cascade, delete and select by id. One pixel is
 // 0.25 mm on this 200 × 100 mm page.
-#include "editor/ZWEditPage.h"
 #include "editor/ZWLayoutCommands.h"
-#include "template/ZWTemplatePage.h"
+#include "tests/editor/EditorTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -14,36 +13,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct Geometry
-{
-    double x, y, w, h;
-};
+using zwtest::Geometry;
 
-struct Fixture
+// The test page (EditorTestSupport.h) with cards of the given places, named
+// by their list position.
+struct Fixture : zwtest::EditFixture
 {
-    ZWTemplatePage page;
-    ZWEditPage edit{page};
-
-    explicit Fixture(const std::vector<Geometry>& cards, double grid = 0.0)
+    explicit Fixture(const std::vector<Geometry>& cards, double grid = 0.0) : EditFixture(grid)
     {
-        page.properties.width = 200;
-        page.properties.height = 100;
-        page.properties.xgrid = grid;
-        page.properties.ygrid = grid;
-        edit.Mapping().SetDevice(4, 4);
-        edit.Mapping().SetClientSize(1000, 600);
-        int n = 0;
-        for (const Geometry& g : cards) {
-            auto card = std::make_unique<ZWCardControl>();
-            card->x = g.x;
-            card->y = g.y;
-            card->width = g.w;
-            card->height = g.h;
-            card->id = QString::number(n++);
-            page.cards.push_back(std::move(card));
-        }
+        for (const Geometry& g : cards)
+            Add(g, QString::number(page.cards.size()));
     }
-
     // Selects cards by list index, in the order given.
     void Select(const std::vector<int>& order)
     {
@@ -51,43 +31,18 @@ struct Fixture
         for (int i : order)
             edit.Selection().AddSelection({}, {}, page.cards[size_t(i)].get());
     }
-
-    std::vector<Geometry> Cards() const
-    {
-        std::vector<Geometry> out;
-        for (const auto& c : page.cards)
-            out.push_back({c->x, c->y, c->width, c->height});
-        return out;
-    }
-
-    std::vector<QString> Ids() const
-    {
-        std::vector<QString> out;
-        for (const auto& c : page.cards)
-            out.push_back(c->id);
-        return out;
-    }
 };
 
 void ExpectCards(const std::vector<Geometry>& actual, const std::vector<Geometry>& expected)
 {
     ASSERT_EQ(actual.size(), expected.size());
-    for (size_t i = 0; i < actual.size(); ++i) {
-        EXPECT_DOUBLE_EQ(actual[i].x, expected[i].x) << "card " << i;
-        EXPECT_DOUBLE_EQ(actual[i].y, expected[i].y) << "card " << i;
-        EXPECT_DOUBLE_EQ(actual[i].w, expected[i].w) << "card " << i;
-        EXPECT_DOUBLE_EQ(actual[i].h, expected[i].h) << "card " << i;
-    }
+    for (size_t i = 0; i < actual.size(); ++i)
+        EXPECT_GEOMETRY(actual[i], expected[i]) << "card " << i;
 }
 
-enum class Command {
-    Align,
-    Distribute,
-    Justify,
-    JustifyGroup,
-    SameWidth,
-    SameSize,
-};
+const auto byName = [](const auto& info) { return std::string(info.param.name); };
+
+enum class Command { Align, Distribute, Justify, JustifyGroup, SameWidth, SameSize };
 
 struct LayoutCase
 {
@@ -171,8 +126,7 @@ const LayoutCase layoutCases[] = {
         Command::SameSize, 0, {{10, 20, 20, 80}, {179.75, 20, 20, 80}, {100, 10, 20, 80}}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Layout, LayoutTest, ::testing::ValuesIn(layoutCases),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Layout, LayoutTest, ::testing::ValuesIn(layoutCases), byName);
 
 struct PasteCase
 {
@@ -195,11 +149,7 @@ TEST_P(PasteTest, EachPasteLandsOneOffsetFurther)
     for (int i = 0; i < c.pastes; ++i)
         ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
     ASSERT_EQ(f.page.cards.size(), size_t(1 + c.pastes));
-    const Geometry last = f.Cards().back();
-    EXPECT_DOUBLE_EQ(last.x, c.expected.x);
-    EXPECT_DOUBLE_EQ(last.y, c.expected.y);
-    EXPECT_DOUBLE_EQ(last.w, c.expected.w);
-    EXPECT_DOUBLE_EQ(last.h, c.expected.h);
+    ExpectCards({f.Cards().back()}, {c.expected});
     ASSERT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 1);
     EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), f.page.cards.back().get());
 }
@@ -213,8 +163,7 @@ const PasteCase pasteCases[] = {
     {"CrossingTheBottomRestartsAtTheTop", 0, {10, 70, 30, 25}, 1, {17.5, 0, 30, 25}},
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Paste, PasteTest, ::testing::ValuesIn(pasteCases), [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Paste, PasteTest, ::testing::ValuesIn(pasteCases), byName);
 
 TEST(LayoutCommandsTest, PasteAppendsFreshIdentitiesInSelectionOrder)
 {

@@ -1,8 +1,7 @@
 // The designer page's geometry: millimetres to pixels at a zoom and scroll
 // position, zoom modes, orientation, sizes of new cards and grid snapping.
 #include "editor/ZWPageMapping.h"
-#include "template/ZWCardControl.h"
-#include "template/ZWGlobalProperties.h"
+#include "tests/editor/EditorTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +9,9 @@
 
 namespace {
 
-// A 200 × 100 mm page on a device of 4 pixels per mm in a 1000 × 600 window:
-// at 100 % the page is 800 × 400 pixels with its corner at (100, 100).
+using zwtest::Geometry;
+
+// The designer's test page (EditorTestSupport.h).
 struct Page
 {
     ZWGlobalProperties props;
@@ -21,22 +21,28 @@ struct Page
     {
         props.width = width;
         props.height = height;
-        props.xgrid = grid;
-        props.ygrid = grid;
+        props.xgrid = props.ygrid = grid;
         mapping.SetDevice(4.0, 4.0);
         mapping.SetClientSize(1000, 600);
     }
+    double Zoom() const
+    {
+        double zoom = 0;
+        mapping.GetMode(zoom);
+        return zoom;
+    }
 };
+
+const auto byName = [](const auto& info) { return std::string(info.param.name); };
 
 struct MappingCase
 {
     const char* name;
-    double ppm;
-    double pageW, pageH;
+    double ppm, pageW, pageH;
     int clientW, clientH;
     double zoom;
     int scrollX, scrollY;
-    double cardX, cardY, cardW, cardH;
+    Geometry card;
     ZWRect expected;
 };
 
@@ -53,50 +59,51 @@ TEST_P(CardRectTest, CardOccupiesExpectedPixels)
     page.mapping.SetMode(c.zoom);
     ZWPageMapping::Dimensions d;
     ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
-    ZWCardControl card;
-    card.x = c.cardX;
-    card.y = c.cardY;
-    card.width = c.cardW;
-    card.height = c.cardH;
-    const ZWRect r = page.mapping.CardRect(card, d);
-    EXPECT_EQ(r.left, c.expected.left);
-    EXPECT_EQ(r.top, c.expected.top);
-    EXPECT_EQ(r.right, c.expected.right);
-    EXPECT_EQ(r.bottom, c.expected.bottom);
+    const ZWRect r = page.mapping.CardRect(*zwtest::MakeCard({}, c.card, {}), d);
+    EXPECT_EQ(r, c.expected);
     // Back to millimetres: the left edge within one pixel.
-    EXPECT_NEAR(page.mapping.PixelToMmX(r.left, d), c.cardX, c.pageW / d.pageWidthPx);
+    EXPECT_NEAR(page.mapping.PixelToMmX(r.left, d), c.card[0], c.pageW / d.pageWidthPx);
 }
 
 const MappingCase mappingCases[] = {
-    {"CentredAtFullSize", 4, 200, 100, 1000, 600, 1.0, 0, 0, 10, 20, 30, 40, {140, 180, 260, 340}},
-    {"CentredAtHalfSize", 4, 200, 100, 1000, 600, 0.5, 0, 0, 10, 20, 30, 40, {320, 240, 380, 320}},
-    {"ScrolledWhenTenTimesLargerThanTheWindow", 4, 200, 100, 1000, 600, 10.0, 500, 300, 10, 20, 30, 40,
+    {"CentredAtFullSize", 4, 200, 100, 1000, 600, 1.0, 0, 0, {10, 20, 30, 40}, {140, 180, 260, 340}},
+    {"CentredAtHalfSize", 4, 200, 100, 1000, 600, 0.5, 0, 0, {10, 20, 30, 40}, {320, 240, 380, 320}},
+    {"ScrolledWhenTenTimesLargerThanTheWindow", 4, 200, 100, 1000, 600, 10.0, 500, 300, {10, 20, 30, 40},
         {-100, 500, 1100, 2100}},
-    {"ScrollPositionIgnoredWhileThePageFits", 4, 200, 100, 1000, 600, 1.0, 500, 300, 10, 20, 30, 40,
+    {"ScrollPositionIgnoredWhileThePageFits", 4, 200, 100, 1000, 600, 1.0, 500, 300, {10, 20, 30, 40},
         {140, 180, 260, 340}},
-    {"FitModeUsesTheAbsoluteFactor", 4, 200, 100, 1000, 600, -1.25, 0, 0, 10, 20, 30, 40, {50, 150, 200, 350}},
+    {"FitModeUsesTheAbsoluteFactor", 4, 200, 100, 1000, 600, -1.25, 0, 0, {10, 20, 30, 40}, {50, 150, 200, 350}},
     // 96 dpi: the right edge is rounded from the unrounded left edge (9), not
     // from the rounded one (10).
-    {"RightEdgeRoundedFromTheExactLeftEdge", 3.7795, 210, 297, 800, 600, 1.0, 0, 0, 0.1, 0, 1.5, 1, {4, 0, 9, 4}},
-    {"TallPageStartsAtTheTopScrollPosition", 3.7795, 210, 297, 800, 600, 1.0, 0, 40, 0, 0, 10, 10, {3, -40, 41, -2}},
+    {"RightEdgeRoundedFromTheExactLeftEdge", 3.7795, 210, 297, 800, 600, 1.0, 0, 0, {0.1, 0, 1.5, 1}, {4, 0, 9, 4}},
+    {"TallPageStartsAtTheTopScrollPosition", 3.7795, 210, 297, 800, 600, 1.0, 0, 40, {0, 0, 10, 10}, {3, -40, 41, -2}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Mapping, CardRectTest, ::testing::ValuesIn(mappingCases),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Mapping, CardRectTest, ::testing::ValuesIn(mappingCases), byName);
 
-TEST(PageMappingTest, FitModeKeepsTheSmallerFactorAndStoresItNegative)
+TEST(PageMappingTest, FitModeKeepsTheSmallerFactorStoresItNegativeAndFollowsTurns)
 {
     Page page; // zx = 1000 / 4 / 200 = 1.25, zy = 600 / 4 / 100 = 1.5
     EXPECT_TRUE(page.mapping.SetMode(0));
-    double zoom = 0;
-    page.mapping.GetMode(zoom);
-    EXPECT_DOUBLE_EQ(zoom, -1.25);
+    EXPECT_DOUBLE_EQ(page.Zoom(), -1.25);
     ZWPageMapping::Dimensions d;
     ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
     EXPECT_DOUBLE_EQ(d.pageWidthPx, 1000.0);
     EXPECT_DOUBLE_EQ(d.offsetX, 0.0);
     EXPECT_DOUBLE_EQ(d.offsetY, 50.0);
     EXPECT_FALSE(page.mapping.SetMode(0));
+    EXPECT_TRUE(page.mapping.SetOrientation(1)); // now 100 × 200: zy = 600 / 4 / 200 = 0.75
+    EXPECT_DOUBLE_EQ(page.Zoom(), -0.75);
+    EXPECT_TRUE(page.mapping.SetOrientation(0));
+    // A factor reports only real changes.
+    EXPECT_TRUE(page.mapping.SetMode(1.0));
+    EXPECT_FALSE(page.mapping.SetMode(1.0));
+    EXPECT_TRUE(page.mapping.SetMode(-2.0));
+    EXPECT_FALSE(page.mapping.SetMode(-2.0));
+    double w = 0, h = 0;
+    ASSERT_TRUE(page.mapping.GetMinimumControlDimensions(w, h)); // the page at the zoom
+    EXPECT_DOUBLE_EQ(w, 1600.0);
+    EXPECT_DOUBLE_EQ(h, 800.0);
 }
 
 TEST(PageMappingTest, FitWithoutDeviceWaitsAndBecomesFullSize)
@@ -104,17 +111,14 @@ TEST(PageMappingTest, FitWithoutDeviceWaitsAndBecomesFullSize)
     Page page;
     page.mapping.SetDevice(0, 0);
     EXPECT_TRUE(page.mapping.SetMode(0));
-    double zoom = 0;
-    page.mapping.GetMode(zoom);
-    EXPECT_EQ(zoom, ZWPageMapping::FitPending);
+    EXPECT_EQ(page.Zoom(), ZWPageMapping::FitPending);
     ZWPageMapping::Dimensions d;
     EXPECT_FALSE(page.mapping.GetTemplateDimensions(d));
     double w = 0, h = 0;
     EXPECT_FALSE(page.mapping.GetMinimumControlDimensions(w, h));
     page.mapping.SetDevice(4, 4);
     ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
-    page.mapping.GetMode(zoom);
-    EXPECT_EQ(zoom, 1.0);
+    EXPECT_EQ(page.Zoom(), 1.0);
     EXPECT_DOUBLE_EQ(d.pageWidthPx, 800.0);
 }
 
@@ -136,9 +140,7 @@ TEST_P(SetModeTest, StoresTheFactorAndSaysWhetherItChanged)
     Page page;
     page.mapping.SetMode(c.start);
     EXPECT_EQ(page.mapping.SetMode(c.mode), c.changed);
-    double zoom = 0;
-    page.mapping.GetMode(zoom);
-    EXPECT_EQ(zoom, c.expected);
+    EXPECT_EQ(page.Zoom(), c.expected);
 }
 
 const ModeCase modeCases[] = {
@@ -150,16 +152,7 @@ const ModeCase modeCases[] = {
     {"NegativeModeIsFullSize", 1.0, -1, 1.0, false},
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Zoom, SetModeTest, ::testing::ValuesIn(modeCases), [](const auto& info) { return std::string(info.param.name); });
-
-TEST(PageMappingTest, SetModeWithAFactorReportsOnlyRealChanges)
-{
-    Page page;
-    EXPECT_FALSE(page.mapping.SetMode(1.0));
-    EXPECT_TRUE(page.mapping.SetMode(-0.5));
-    EXPECT_FALSE(page.mapping.SetMode(-0.5));
-}
+INSTANTIATE_TEST_SUITE_P(Zoom, SetModeTest, ::testing::ValuesIn(modeCases), byName);
 
 struct OrientationCase
 {
@@ -167,7 +160,6 @@ struct OrientationCase
     double width, height;
     int orientation;
     bool swapped;
-    double newWidth, newHeight;
 };
 
 class SetOrientationTest : public ::testing::TestWithParam<OrientationCase>
@@ -179,47 +171,27 @@ TEST_P(SetOrientationTest, SwapsSidesOnlyWhenTheyDisagree)
     Page page(c.width, c.height);
     EXPECT_EQ(page.mapping.SetOrientation(c.orientation), c.swapped);
     EXPECT_EQ(page.mapping.GetOrientation(), c.orientation);
-    EXPECT_EQ(page.props.width, c.newWidth);
-    EXPECT_EQ(page.props.height, c.newHeight);
+    EXPECT_EQ(page.props.width, c.swapped ? c.height : c.width);
+    EXPECT_EQ(page.props.height, c.swapped ? c.width : c.height);
 }
 
 const OrientationCase orientationCases[] = {
-    {"LandscapePageTurnedPortrait", 200, 100, 1, true, 100, 200},
-    {"PortraitPageTurnedLandscape", 100, 200, 0, true, 200, 100},
-    {"LandscapePageStaysLandscape", 200, 100, 0, false, 200, 100},
-    {"SquarePageNeverSwaps", 150, 150, 0, false, 150, 150},
-    {"SquarePageNeverSwapsToPortrait", 150, 150, 1, false, 150, 150},
+    {"LandscapePageTurnedPortrait", 200, 100, 1, true},
+    {"PortraitPageTurnedLandscape", 100, 200, 0, true},
+    {"LandscapePageStaysLandscape", 200, 100, 0, false},
+    {"SquarePageNeverSwaps", 150, 150, 0, false},
+    {"SquarePageNeverSwapsToPortrait", 150, 150, 1, false},
 };
 
-INSTANTIATE_TEST_SUITE_P(Orientation, SetOrientationTest, ::testing::ValuesIn(orientationCases),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST(PageMappingTest, TurningAFittedPageFitsItAgain)
-{
-    Page page;
-    page.mapping.SetMode(0);
-    EXPECT_TRUE(page.mapping.SetOrientation(1)); // now 100 × 200: zy = 600 / 4 / 200 = 0.75
-    double zoom = 0;
-    page.mapping.GetMode(zoom);
-    EXPECT_DOUBLE_EQ(zoom, -0.75);
-}
-
-TEST(PageMappingTest, MinimumDimensionsAreThePageAtTheZoom)
-{
-    Page page;
-    page.mapping.SetMode(-2.0);
-    double w = 0, h = 0;
-    ASSERT_TRUE(page.mapping.GetMinimumControlDimensions(w, h));
-    EXPECT_DOUBLE_EQ(w, 1600.0);
-    EXPECT_DOUBLE_EQ(h, 800.0);
-}
+INSTANTIATE_TEST_SUITE_P(Orientation, SetOrientationTest, ::testing::ValuesIn(orientationCases), byName);
 
 struct InitialCase
 {
     const char* name;
     double grid;
     QPoint mouse;
-    double x, y, w, h;
+    Geometry expected;
+    double ppm = 4.0;
 };
 
 class InitialDimensionsTest : public ::testing::TestWithParam<InitialCase>
@@ -229,44 +201,27 @@ TEST_P(InitialDimensionsTest, NewCardLiesOnThePage)
 {
     const InitialCase& c = GetParam();
     Page page(200, 100, c.grid);
-    double x = -1, y = -1, w = -1, h = -1;
-    page.mapping.GetInitialControlDimensions(c.mouse, x, y, w, h);
-    EXPECT_DOUBLE_EQ(x, c.x);
-    EXPECT_DOUBLE_EQ(y, c.y);
-    EXPECT_DOUBLE_EQ(w, c.w);
-    EXPECT_DOUBLE_EQ(h, c.h);
+    page.mapping.SetDevice(c.ppm, c.ppm);
+    Geometry g{-1, -1, -1, -1};
+    page.mapping.GetInitialControlDimensions(c.mouse, g[0], g[1], g[2], g[3]);
+    EXPECT_GEOMETRY(g, c.expected);
 }
 
-// The page spans pixels 100..899 across and 100..499 down.
 const InitialCase initialCases[] = {
-    {"ThirtyPixelsAtTheMouseWithoutGrid", 0, {140, 180}, 10, 20, 7.5, 7.5},
-    {"PulledBackToEndOnTheLastPixel", 0, {890, 480}, 192.25, 92.25, 7.5, 7.5},
-    {"ExactlyFittingAtTheLastPixelStays", 0, {869, 469}, 192.25, 92.25, 7.5, 7.5},
-    {"PushedOntoThePageFromTheLeft", 0, {50, 50}, 0, 0, 7.5, 7.5},
-    {"OneGridStepSnappedToTheGrid", 5, {143, 181}, 10, 20, 5, 5},
+    {"ThirtyPixelsAtTheMouseWithoutGrid", 0, {140, 180}, {10, 20, 7.5, 7.5}},
+    {"PulledBackToEndOnTheLastPixel", 0, {890, 480}, {192.25, 92.25, 7.5, 7.5}},
+    {"ExactlyFittingAtTheLastPixelStays", 0, {869, 469}, {192.25, 92.25, 7.5, 7.5}},
+    {"PushedOntoThePageFromTheLeft", 0, {50, 50}, {0, 0, 7.5, 7.5}},
+    {"OneGridStepSnappedToTheGrid", 5, {143, 181}, {10, 20, 5, 5}},
+    {"WithoutDeviceTenMillimetresAtTheOrigin", 0, {300, 300}, {0, 0, 10, 10}, 0.0},
 };
 
-INSTANTIATE_TEST_SUITE_P(NewCard, InitialDimensionsTest, ::testing::ValuesIn(initialCases),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST(PageMappingTest, InitialDimensionsWithoutDeviceAreTenMillimetresAtTheOrigin)
-{
-    Page page;
-    page.mapping.SetDevice(0, 0);
-    double x = -1, y = -1, w = -1, h = -1;
-    page.mapping.GetInitialControlDimensions({300, 300}, x, y, w, h);
-    EXPECT_EQ(x, 0.0);
-    EXPECT_EQ(y, 0.0);
-    EXPECT_EQ(w, 10.0);
-    EXPECT_EQ(h, 10.0);
-}
+INSTANTIATE_TEST_SUITE_P(NewCard, InitialDimensionsTest, ::testing::ValuesIn(initialCases), byName);
 
 struct AdjustCase
 {
     const char* name;
-    double grid;
-    double x, w;
-    double expectedX, expectedW;
+    double grid, x, w, expectedX, expectedW;
 };
 
 class AdjustToGridTest : public ::testing::TestWithParam<AdjustCase>
@@ -279,16 +234,9 @@ TEST_P(AdjustToGridTest, EdgesWithinOnePixelOfALineGoOnIt)
     Page page(200, 100, c.grid);
     ZWPageMapping::Dimensions d;
     ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
-    ZWCardControl card;
-    card.x = c.x;
-    card.width = c.w;
-    card.y = c.x;
-    card.height = c.w;
-    page.mapping.IntelligentAdjustToGrid(card, d);
-    EXPECT_DOUBLE_EQ(card.x, c.expectedX);
-    EXPECT_DOUBLE_EQ(card.width, c.expectedW);
-    EXPECT_DOUBLE_EQ(card.y, c.expectedX);
-    EXPECT_DOUBLE_EQ(card.height, c.expectedW);
+    auto card = zwtest::MakeCard({}, {c.x, c.x, c.w, c.w}, {});
+    page.mapping.IntelligentAdjustToGrid(*card, d);
+    EXPECT_GEOMETRY(zwtest::GeometryOf(*card), c.expectedX, c.expectedX, c.expectedW, c.expectedW);
 }
 
 const AdjustCase adjustCases[] = {
@@ -298,8 +246,7 @@ const AdjustCase adjustCases[] = {
     {"NoGridNoChange", 0, 5.2, 10.1, 5.2, 10.1},
 };
 
-INSTANTIATE_TEST_SUITE_P(Grid, AdjustToGridTest, ::testing::ValuesIn(adjustCases),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Grid, AdjustToGridTest, ::testing::ValuesIn(adjustCases), byName);
 
 TEST(PageMappingTest, PressedPointSnapsToTheNearestDotOnThePage)
 {

@@ -24,8 +24,7 @@ TEST(Recovery, StatesLeftBehindAreOfferedNewestFirstAndRemovedAfterASave)
 
     auto pending = recovery.Pending();
     ASSERT_EQ(pending.size(), 2u) << "a second write of the same report replaces the first";
-    EXPECT_EQ(pending[0].key, u"/r/a.xrpt"_s);
-    EXPECT_EQ(pending[1].reportPath, QString());
+    EXPECT_EQ(std::tuple(pending[0].key, pending[1].reportPath), std::tuple(u"/r/a.xrpt"_s, QString()));
     QByteArray content;
     ASSERT_TRUE(ZWRecovery::Read(pending[0], content));
     EXPECT_EQ(content, "<design>a2</design>");

@@ -13,6 +13,8 @@ namespace {
 
 using Cursor = ZWHandleZones::Cursor;
 
+const auto byName = [](const auto& info) { return std::string(info.param.name); };
+
 struct ZoneCase
 {
     const char* name;
@@ -55,8 +57,7 @@ const ZoneCase zoneCases[] = {
     {"RightEdge", {197, 130}, 2},
 };
 
-INSTANTIATE_TEST_SUITE_P(Zones, HandleZoneTest, ::testing::ValuesIn(zoneCases),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Zones, HandleZoneTest, ::testing::ValuesIn(zoneCases), byName);
 
 TEST(HandleZonesTest, NoCardHasNoZone)
 {
@@ -67,8 +68,7 @@ struct StyleCase
 {
     const char* name;
     int style;
-    Cursor drag;
-    Cursor hover;
+    Cursor drag, hover;
     bool anchored;
     QPoint anchor;
 };
@@ -99,8 +99,7 @@ const StyleCase styleCases[] = {
     {"NotResizableMoves", 0, Cursor::Moving, Cursor::OverCard, false, {}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Styles, StyleTableTest, ::testing::ValuesIn(styleCases),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Styles, StyleTableTest, ::testing::ValuesIn(styleCases), byName);
 
 struct ResizeCase
 {
@@ -135,8 +134,7 @@ const ResizeCase resizeCases[] = {
     {"RightEdgeDraggedPastTheLeftFlips", 2, {-130, 0}, {70, 100, 100, 160}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Resize, ResizeStepTest, ::testing::ValuesIn(resizeCases),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Resize, ResizeStepTest, ::testing::ValuesIn(resizeCases), byName);
 
 TEST(SelectionTest, TargetEdgeIsTheOneAwayFromTheAnchor)
 {
@@ -145,11 +143,9 @@ TEST(SelectionTest, TargetEdgeIsTheOneAwayFromTheAnchor)
     EXPECT_EQ(selection.GetTargetX(), 0);
     selection.AddSelection({100, 100, 200, 160}, {200, 160}, &a); // top-left handle
     selection.AddSelection({300, 50, 350, 120}, {350, 120}, &b);
-    EXPECT_EQ(selection.GetTargetX(), 100);
-    EXPECT_EQ(selection.GetTargetY(), 50);
+    EXPECT_EQ(std::tuple(selection.GetTargetX(), selection.GetTargetY()), std::tuple(100, 50));
     selection.GetAnclePoint(0) = QPoint(100, 100); // bottom-right handle
-    EXPECT_EQ(selection.GetTargetX(), 350);
-    EXPECT_EQ(selection.GetTargetY(), 160);
+    EXPECT_EQ(std::tuple(selection.GetTargetX(), selection.GetTargetY()), std::tuple(350, 160));
 }
 
 TEST(SelectionTest, GlobalRectSkipsEmptyRectanglesAndPrefersTheBand)
@@ -173,18 +169,16 @@ TEST(SelectionTest, OutOfRangeAccessIsHarmless)
 {
     ZWCardControl a, b;
     ZWSelection selection;
-    EXPECT_FALSE(selection.IsLastSelected(&a));
-    EXPECT_FALSE(selection.IsLastSelected(nullptr));
+    EXPECT_FALSE(selection.IsLastSelected(&a) || selection.IsLastSelected(nullptr));
     selection.AddSelection({1, 1, 5, 5}, {1, 1}, &a);
     selection.AddSelection({2, 2, 6, 6}, {2, 2}, &b);
-    EXPECT_EQ(selection.GetSelectedControl(2), nullptr);
-    EXPECT_EQ(selection.GetSelectedControl(-1), nullptr);
+    EXPECT_FALSE(selection.GetSelectedControl(2) || selection.GetSelectedControl(-1));
     EXPECT_FALSE(selection.Delete(2));
     EXPECT_TRUE(selection.IsLastSelected(&b));
     EXPECT_TRUE(selection.Delete(0));
     EXPECT_EQ(selection.Find(&b), 0);
-    EXPECT_EQ(selection.GetDraggingRect(0), (ZWRect{2, 2, 6, 6}));
-    EXPECT_EQ(selection.GetDraggingRect(5), ZWRect());
+    EXPECT_EQ(std::tuple(selection.GetDraggingRect(0), selection.GetDraggingRect(5)),
+        std::tuple(ZWRect{2, 2, 6, 6}, ZWRect()));
     selection.Clear();
     EXPECT_EQ(selection.GetNumberOfSelectedControls(), 0);
     EXPECT_TRUE(selection.IsRectUndefined());

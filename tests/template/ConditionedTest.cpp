@@ -30,8 +30,7 @@ TEST(Conditioned, LayerFollowsTheCurrentAlternative)
     struct Case
     {
         const char* kinds;
-        int level;
-        int layer;
+        int level, layer;
     };
     const Case cases[]
         = {{"", -1, 1}, {"LI", 1, 0}, {"LI", 0, 1}, {"LI", -1, 1}, {"LI", 2, 1}, {"I", 0, 0}, {"IL", 1, 1}};
@@ -47,32 +46,26 @@ TEST(Conditioned, DeleteCondition)
 {
     struct Case
     {
-        int count;
-        int level;
-        int remove;
+        int count, level, remove;
         bool result;
         int levelAfter;
         const char* idsAfter;
     };
-    const Case cases[] = {
-        {3, 2, 2, true, 1, "alt0,alt1"}, // the last of three: level on the new last
-        {3, 0, 0, true, 0, "alt1,alt2"}, // the first: the former second is current
-        {3, 2, 1, true, 1, "alt0,alt2"},
-        {1, 0, 0, true, -1, ""}, // the only one: none left
-        {3, 1, 3, false, 1, "alt0,alt1,alt2"},
-        {3, 1, -1, false, 1, "alt0,alt1,alt2"},
-        {0, -1, 0, false, -1, ""},
-    };
+    const Case cases[] = {{3, 2, 2, true, 1, "alt0,alt1"},        // the last of three: level on the new last
+        {3, 0, 0, true, 0, "alt1,alt2"},                          // the first: the former second is current
+        {3, 2, 1, true, 1, "alt0,alt2"}, {1, 0, 0, true, -1, ""}, // the only one: none left
+        {3, 1, 3, false, 1, "alt0,alt1,alt2"}, {3, 1, -1, false, 1, "alt0,alt1,alt2"}, {0, -1, 0, false, -1, ""}};
     for (const Case& c : cases) {
         auto card = WithAlternatives(QString(c.count, QLatin1Char('L')));
         card->level = c.level;
         card->ActualizeLevel();
-        EXPECT_EQ(card->DeleteCondition(c.remove), c.result) << c.count << "/" << c.remove;
-        EXPECT_EQ(card->level, c.levelAfter) << c.count << "/" << c.remove;
+        SCOPED_TRACE(testing::Message() << c.count << "/" << c.remove);
+        EXPECT_EQ(card->DeleteCondition(c.remove), c.result);
         QStringList ids;
         for (int i = 0; i < card->GetNumberOfConditions(); ++i)
             ids << card->GetControl(i)->id;
-        EXPECT_EQ(ids.join(QLatin1Char(',')), QString::fromLatin1(c.idsAfter));
+        EXPECT_EQ(std::tuple(card->level, ids.join(QLatin1Char(','))),
+            std::tuple(c.levelAfter, QString::fromLatin1(c.idsAfter)));
         EXPECT_EQ(card->conditions.size(), card->controls.size());
     }
 }
@@ -84,8 +77,7 @@ TEST(Conditioned, DeletingThePictureMakesTheLabelCurrentAndOnlyPlainCardsAreAlte
     card->ActualizeLevel();
     EXPECT_EQ(card->layer, 0);
     ASSERT_TRUE(card->DeleteCondition(0));
-    EXPECT_EQ(card->level, 0);
-    EXPECT_EQ(card->layer, 1);
+    EXPECT_EQ(std::tuple(card->level, card->layer), std::tuple(0, 1));
 
     EXPECT_FALSE(card->AddCondition(u"1"_s, std::make_unique<ZWCardConditioned>()));
     EXPECT_FALSE(card->AddCondition(u"1"_s, std::make_unique<ZWCardControl>()));

@@ -28,35 +28,17 @@ TEST_F(FormatTest, FormatNumberRoundsTiesAwayFromZero)
         bool grouping;
         const char* expected;
     };
-    const Case cases[] = {
-        {2.5, 0, false, "3"},
-        {-2.5, 0, false, "-3"},
-        {0.125, 2, false, "0.13"},
-        {-0.125, 2, false, "-0.13"},
-        {9.995, 2, false, "9.99"}, // 9.995 is 9.99499... in binary: no tie
-        {9.5, 0, false, "10"},
-        {99.95, 1, false, "100.0"}, // 99.95 is 99.9500000000000028...
-        {1.0, 3, false, "1.000"},
-        {-0.0, 2, false, "0.00"},
-        {-0.001, 2, false, "-0.00"},
-        {1234567.891, 2, true, "1,234,567.89"},
-        {-1234.5, 1, true, "-1,234.5"},
-        {123.0, 0, true, "123"},
-        {1e21, 0, false, "1000000000000000000000"},
-    };
+    const Case cases[] = {{2.5, 0, false, "3"}, {-2.5, 0, false, "-3"}, {0.125, 2, false, "0.13"},
+        {-0.125, 2, false, "-0.13"}, {9.995, 2, false, "9.99"}, // 9.995 is 9.99499... in binary: no tie
+        {9.5, 0, false, "10"}, {99.95, 1, false, "100.0"},      // 99.95 is 99.9500000000000028...
+        {1.0, 3, false, "1.000"}, {-0.0, 2, false, "0.00"}, {-0.001, 2, false, "-0.00"},
+        {1234567.891, 2, true, "1,234,567.89"}, {-1234.5, 1, true, "-1,234.5"}, {123.0, 0, true, "123"},
+        {1e21, 0, false, "1000000000000000000000"}};
     for (const Case& c : cases) {
         QString out;
         FormatNumber(out, c.value, c.places, c.grouping);
         EXPECT_EQ(out, QString::fromLatin1(c.expected)) << c.value << " places " << c.places;
     }
-}
-
-TEST_F(FormatTest, FormatNumberUsesTheLocaleSeparators)
-{
-    ASSERT_TRUE(ZWSetLocaleOverride(u"de_DE"_s));
-    QString out;
-    FormatNumber(out, 1234567.5, 2, true);
-    EXPECT_EQ(out, u"1.234.567,50"_s);
 }
 
 TEST_F(FormatTest, FormatIntegerZeroFillsAndNeverShortens)
@@ -81,10 +63,8 @@ TEST_F(FormatTest, ParseFormat)
     struct Case
     {
         const char* format;
-        int integerDigits;
-        int decimals;
-        bool fillIntegerZeros;
-        bool fillDecimalZeros;
+        int integerDigits, decimals;
+        bool fillIntegerZeros, fillDecimalZeros;
     };
     const Case cases[] = {
         {"", -1, 3, false, false}, {"3", -1, 3, false, false}, {".", -1, -1, false, false}, {"03.02", 3, 2, true, true},
@@ -99,10 +79,9 @@ TEST_F(FormatTest, ParseFormat)
         bool fillIntegerZeros = true, fillDecimalZeros = true;
         ZWCardFormule::ParseFormat(
             QString::fromLatin1(c.format), integerDigits, decimals, fillIntegerZeros, fillDecimalZeros);
-        EXPECT_EQ(integerDigits, c.integerDigits) << c.format;
-        EXPECT_EQ(decimals, c.decimals) << c.format;
-        EXPECT_EQ(fillIntegerZeros, c.fillIntegerZeros) << c.format;
-        EXPECT_EQ(fillDecimalZeros, c.fillDecimalZeros) << c.format;
+        EXPECT_EQ(std::tuple(integerDigits, decimals, fillIntegerZeros, fillDecimalZeros),
+            std::tuple(c.integerDigits, c.decimals, c.fillIntegerZeros, c.fillDecimalZeros))
+            << c.format;
     }
 }
 
@@ -110,21 +89,13 @@ TEST_F(FormatTest, BuildFormatWritesTheCharactersPastNine)
 {
     struct Case
     {
-        int integerDigits;
-        int decimals;
-        bool fillIntegerZeros;
-        bool fillDecimalZeros;
+        int integerDigits, decimals;
+        bool fillIntegerZeros, fillDecimalZeros;
         const char* expected;
     };
-    const Case cases[] = {
-        {3, 2, true, true, "03.02"},
-        {-1, 3, false, false, ".3"},
-        {-1, -1, false, false, "."},
+    const Case cases[] = {{3, 2, true, true, "03.02"}, {-1, 3, false, false, ".3"}, {-1, -1, false, false, "."},
         {0, 2, true, false, ".2"}, // no width: no fill mark either
-        {10, 0, false, false, ":.0"},
-        {11, 9, true, true, "0;.09"},
-        {12, 5, false, false, "<.5"},
-    };
+        {10, 0, false, false, ":.0"}, {11, 9, true, true, "0;.09"}, {12, 5, false, false, "<.5"}};
     for (const Case& c : cases) {
         const QString format
             = ZWCardFormule::BuildFormat(c.integerDigits, c.decimals, c.fillIntegerZeros, c.fillDecimalZeros);
@@ -132,8 +103,10 @@ TEST_F(FormatTest, BuildFormatWritesTheCharactersPastNine)
         int integerDigits = 0, decimals = 0;
         bool fi = false, fd = false;
         ZWCardFormule::ParseFormat(format, integerDigits, decimals, fi, fd);
-        EXPECT_EQ(integerDigits, c.integerDigits > 0 ? c.integerDigits : -1) << c.expected;
-        EXPECT_EQ(decimals, c.decimals) << c.expected;
+        const bool width = c.integerDigits > 0;
+        EXPECT_EQ(std::tuple(integerDigits, decimals, fi, fd),
+            std::tuple(width ? c.integerDigits : -1, c.decimals, width && c.fillIntegerZeros, c.fillDecimalZeros))
+            << c.expected;
     }
 }
 
@@ -142,11 +115,8 @@ TEST_F(FormatTest, FormatDouble)
     struct Case
     {
         double value;
-        int integerDigits;
-        int decimals;
-        bool thousands;
-        bool fillIntegerZeros;
-        bool fillDecimalZeros;
+        int integerDigits, decimals;
+        bool thousands, fillIntegerZeros, fillDecimalZeros;
         const char* expected;
     };
     const Case cases[] = {
@@ -173,8 +143,12 @@ TEST_F(FormatTest, FormatDouble)
     }
 }
 
-TEST_F(FormatTest, FormatDoubleInASpanishLocale)
+TEST_F(FormatTest, NumbersTakeTheLocaleSeparators)
 {
+    ASSERT_TRUE(ZWSetLocaleOverride(u"de_DE"_s));
+    QString out;
+    FormatNumber(out, 1234567.5, 2, true);
+    EXPECT_EQ(out, u"1.234.567,50"_s);
     ASSERT_TRUE(ZWSetLocaleOverride(u"es_ES"_s));
     EXPECT_EQ(ZWFormat::FormatDouble(1234567.5, -1, 2, true, false, true), u"1.234.567,50"_s);
     EXPECT_EQ(ZWFormat::FormatDouble(1234.5, 3, 2, false, false, false), u"***,**"_s);
@@ -195,11 +169,7 @@ TEST_F(FormatTest, ParseDate)
             {"\"x\\", "x\\"}, {"d\\M", "5\\3"}, {"dM", "53"}, {"ddd", "005"}, {"", ""}, {"Y-D", "Y-D"}};
     for (const Case& c : cases)
         EXPECT_EQ(ZWFormat::ParseDate(QString::fromUtf8(c.pattern), date), QString::fromUtf8(c.expected)) << c.pattern;
-}
-
-TEST_F(FormatTest, ParseDateOfAnInvalidDateWritesZeros)
-{
-    EXPECT_EQ(ZWFormat::ParseDate(u"dd/MM/yyyy"_s, ZWDateTime()), u"00/00/0000"_s);
+    EXPECT_EQ(ZWFormat::ParseDate(u"dd/MM/yyyy"_s, ZWDateTime()), u"00/00/0000"_s); // an invalid date
 }
 
 } // namespace

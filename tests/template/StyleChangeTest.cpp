@@ -75,8 +75,7 @@ TEST(StyleChange, ARenamedStyleMovesItsFileAndAReplacedOneIsOverwritten)
     EXPECT_FALSE(QFileInfo::exists(ZWTextStyle::PathFor(u"Old"_s)));
     ZWTextStyle read;
     ASSERT_TRUE(read.Load(ZWTextStyle::PathFor(u"Renamed"_s)));
-    EXPECT_EQ(read.name, u"Renamed"_s);
-    EXPECT_EQ(read.size, 14.0);
+    EXPECT_EQ(std::tuple(read.name, read.size), std::tuple(u"Renamed"_s, 14.0));
 
     // Renaming onto an existing style (after the user said yes) replaces it.
     ASSERT_TRUE(ZWStyleChange(Style(u"Renamed"_s), true).Commit(Style(u"Other"_s, 9.0)));

@@ -72,55 +72,31 @@ TEST(TemplateRoundTrip, TextCardsWriteEveryFieldInFileOrderAndReadItBack)
     EXPECT_EQ(CardXml(*copy), CardXml(label));
     EXPECT_EQ(copy->layer, 1);
 
+    // The number format is written as built (and read as parsed) by the
+    // format tests.
     ZWCardFormule formule;
     SetLabel(formule);
+    formule.integerDigits = 12;
+    formule.fillIntegerZeros = formule.thousandSeparator = true;
     EXPECT_EQ(CardXml(formule),
-        u"<formule>"_s + kLabelXml + u"<format>.3</format><thousandSeparator>F</thousandSeparator></formule>"_s);
+        u"<formule>"_s + kLabelXml + u"<format>0&lt;.3</format><thousandSeparator>T</thousandSeparator></formule>"_s);
     copy = RoundTrip(formule);
     ASSERT_STREQ(copy->GetRuntimeClass(), "ZWCardFormule");
     EXPECT_EQ(CardXml(*copy), CardXml(formule));
+    const auto& f = static_cast<const ZWCardFormule&>(*copy);
+    EXPECT_EQ(std::tuple(f.integerDigits, f.decimals, f.fillIntegerZeros, f.fillDecimalZeros, f.thousandSeparator),
+        std::tuple(12, 3, true, false, true));
 
     ZWCardDate date;
     SetLabel(date);
     date.format = u"\"on\" dd/MM/yyyy"_s;
     copy = RoundTrip(date);
     ASSERT_STREQ(copy->GetRuntimeClass(), "ZWCardDate");
-    EXPECT_EQ(static_cast<const ZWCardDate&>(*copy).format, date.format);
     EXPECT_EQ(CardXml(*copy), CardXml(date));
+    EXPECT_TRUE(CardXml(date).contains(u"<format>\"on\" dd/MM/yyyy</format>"_s));
 
     label.color = 0x0A0B0C;
     EXPECT_TRUE(CardXml(label).contains(u"<color>0A0B0C</color>"_s));
-}
-
-TEST(TemplateRoundTrip, FormuleKeepsItsFormat)
-{
-    struct Case
-    {
-        int integerDigits, decimals;
-        bool fillIntegerZeros, fillDecimalZeros, thousands;
-        const char* format;
-    };
-    const Case cases[] = {{3, 2, true, true, true, "03.02"}, {-1, 3, false, false, false, ".3"},
-        {-1, -1, false, false, true, "."}, {10, 0, false, false, false, ":.0"}, {12, 9, true, true, false, "0<.09"}};
-    for (const Case& c : cases) {
-        ZWCardFormule formule;
-        formule.value = u"[Main meter.Active energy] * ElectricityPrice"_s;
-        formule.integerDigits = c.integerDigits;
-        formule.decimals = c.decimals;
-        formule.fillIntegerZeros = c.fillIntegerZeros;
-        formule.fillDecimalZeros = c.fillDecimalZeros;
-        formule.thousandSeparator = c.thousands;
-        EXPECT_TRUE(
-            CardXml(formule).endsWith(u"<format>%1</format><thousandSeparator>%2</thousandSeparator></formule>"_s.arg(
-                QString::fromLatin1(c.format).replace(u'<', u"&lt;"_s), c.thousands ? u"T"_s : u"F"_s)))
-            << c.format;
-        const auto copy = RoundTrip(formule);
-        const auto& f = static_cast<const ZWCardFormule&>(*copy);
-        EXPECT_EQ(std::tuple(f.integerDigits, f.decimals, f.fillIntegerZeros, f.fillDecimalZeros, f.thousandSeparator),
-            std::tuple(c.integerDigits, c.decimals, c.fillIntegerZeros, c.fillDecimalZeros, c.thousands))
-            << c.format;
-        EXPECT_EQ(f.value, formule.value);
-    }
 }
 
 TEST(TemplateRoundTrip, MissingElementsFollowTheirRules)
@@ -165,9 +141,8 @@ TEST(TemplateRoundTrip, MissingElementsFollowTheirRules)
     image.verticalAlign = 8;
     image.maintainAspectRatio = false;
     read(image, "<image><x>1</x></image>");
-    EXPECT_EQ(image.horizontalAlign, 16);
-    EXPECT_EQ(image.verticalAlign, 16);
-    EXPECT_FALSE(image.maintainAspectRatio);
+    EXPECT_EQ(
+        std::tuple(image.horizontalAlign, image.verticalAlign, image.maintainAspectRatio), std::tuple(16, 16, false));
 }
 
 TEST(TemplateRoundTrip, ImageEmbedsItsBytesUnlessItHasAFileWhoseNameIsKeptEvenWhenItHasGone)
@@ -187,10 +162,7 @@ TEST(TemplateRoundTrip, ImageEmbedsItsBytesUnlessItHasAFileWhoseNameIsKeptEvenWh
     auto copy = RoundTrip(image);
     EXPECT_EQ(CardXml(*copy), CardXml(image));
     const auto& i = static_cast<const ZWCardImage&>(*copy);
-    EXPECT_EQ(i.bytes, png);
-    EXPECT_EQ(i.ByteCount(), quint32(png.size()));
-    EXPECT_EQ(i.PictureSize(), QSize(8, 4));
-    EXPECT_EQ(i.layer, 0);
+    EXPECT_EQ(std::tuple(i.ByteCount(), i.PictureSize(), i.layer), std::tuple(quint32(png.size()), QSize(8, 4), 0));
 
     // Transparent, no id and no field: left out, and not made up on reading.
     image.backcolor = ZW_NO_COLOR;
@@ -201,8 +173,7 @@ TEST(TemplateRoundTrip, ImageEmbedsItsBytesUnlessItHasAFileWhoseNameIsKeptEvenWh
         << CardXml(image).toStdString();
     copy = RoundTrip(image);
     EXPECT_EQ(CardXml(*copy), CardXml(image));
-    EXPECT_EQ(copy->backcolor, ZW_NO_COLOR);
-    EXPECT_TRUE(copy->id.isEmpty());
+    EXPECT_EQ(std::tuple(copy->backcolor, copy->id), std::tuple(ZW_NO_COLOR, QString()));
 
     zwtest::TempDataDir data;
     ASSERT_TRUE(QDir().mkpath(data.Path() + u"pictures"_s));
@@ -255,13 +226,8 @@ TEST(TemplateRoundTrip, ConditionedKeepsAlternativesInOrderWithItsGeometry)
     EXPECT_EQ(CardXml(*copy), CardXml(card));
     const auto& c = static_cast<const ZWCardConditioned&>(*copy);
     ASSERT_EQ(c.GetNumberOfConditions(), 4);
-    const char* kinds[] = {"ZWCardLabel", "ZWCardImage", "ZWCardDate", "ZWCardFormule"};
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_STREQ(c.GetControl(i)->GetRuntimeClass(), kinds[i]);
-        EXPECT_EQ(c.GetControl(i)->id, card.GetControl(i)->id);
-    }
-    EXPECT_EQ(c.level, 0);
-    EXPECT_EQ(c.layer, 1); // a label is shown
+    EXPECT_STREQ(c.GetControl(3)->GetRuntimeClass(), "ZWCardFormule");
+    EXPECT_EQ(std::tuple(c.level, c.layer), std::tuple(0, 1)); // a label is shown
 }
 
 TEST(TemplateRoundTrip, ConditionedReadingSkipsWhatIsNoAlternative)
@@ -278,15 +244,12 @@ TEST(TemplateRoundTrip, ConditionedReadingSkipsWhatIsNoAlternative)
     card.GetFromXml(document.Root());
     ASSERT_EQ(card.GetNumberOfConditions(), 2);
     EXPECT_STREQ(card.GetControl(0)->GetRuntimeClass(), "ZWCardLabel"); // "label" is tested before "image"
-    EXPECT_EQ(card.GetCondition(0), u"b"_s);
-    EXPECT_EQ(card.GetCondition(1), QString());
-    EXPECT_EQ(card.level, 0);
+    EXPECT_EQ(std::tuple(card.GetCondition(0), card.GetCondition(1), card.level), std::tuple(u"b"_s, QString(), 0));
 
     ASSERT_TRUE(document.Parse("<conditioned/>"));
     ZWCardConditioned none;
     none.GetFromXml(document.Root());
-    EXPECT_EQ(none.level, -1);
-    EXPECT_EQ(none.layer, 1);
+    EXPECT_EQ(std::tuple(none.level, none.layer), std::tuple(-1, 1));
 }
 
 TEST(TemplateRoundTrip, PagePropertiesAndBackground)
@@ -351,12 +314,11 @@ TEST(TemplateRoundTrip, PageWithoutBackgroundGetsAnEmptyOneCoveringThePage)
         ZWGlobalProperties properties;
         ASSERT_TRUE(properties.InitializeBackground(QString::fromLatin1(zwtest::SolidPng(2, 2, Qt::red).toBase64())));
         properties.GetFromXml(document.Root());
-        EXPECT_EQ(properties.IsPortrait(), portrait) << xml;
-        EXPECT_FALSE(properties.ThereAreBackground());
-        EXPECT_TRUE(properties.background->bytes.isEmpty());
         const ZWCardImage& b = *properties.background;
+        EXPECT_EQ(std::tuple(properties.IsPortrait(), properties.ThereAreBackground(), b.bytes.isEmpty(), b.backcolor),
+            std::tuple(portrait, false, true, 0xFFFFFFu))
+            << xml;
         EXPECT_EQ(QRectF(b.x, b.y, b.width, b.height), QRectF(0, 0, properties.width, properties.height));
-        EXPECT_EQ(properties.background->backcolor, 0xFFFFFFu);
     }
 }
 
@@ -454,8 +416,6 @@ TEST(TemplateRoundTrip, WholeTemplateIsWrittenAndReadBack)
     EXPECT_EQ(ChildNames(document.Root()), QStringList({u"id"_s, u"name"_s, u"page"_s, u"page"_s, u"formules"_s}));
     ZWTemplate copy;
     copy.Read(document);
-    EXPECT_EQ(copy.id, report.id);
-    ASSERT_EQ(copy.pages.size(), 2u);
     EXPECT_EQ(copy.formules.Node(u"/formule?name=%s?"_s, u"Price"_s).Value(u"text"_s), u"0.21"_s);
     EXPECT_EQ(copy.ToXml(), report.ToXml());
 
@@ -470,8 +430,7 @@ TEST(TemplateRoundTrip, WholeTemplateIsWrittenAndReadBack)
     EXPECT_FALSE(a.id.isEmpty());
     EXPECT_NE(a.id, b.id);
     ASSERT_EQ(a.pages.size(), 1u);
-    EXPECT_DOUBLE_EQ(a.pages[0].properties.width, 210.0);
-    EXPECT_DOUBLE_EQ(a.pages[0].properties.xgrid, -3.0);
+    EXPECT_EQ(std::tuple(a.pages[0].properties.width, a.pages[0].properties.xgrid), std::tuple(210.0, -3.0));
 }
 
 TEST(TemplateRoundTrip, ExamplesResaveByteForByte)
@@ -497,11 +456,9 @@ TEST(TemplateSave, KeepsThePreviousVersionBesideTheReportAndWithoutItDoesNotSave
     EXPECT_FALSE(QFile::exists(ZWTemplate::BackupPath(path)));
     report.name = u"second"_s;
     ASSERT_TRUE(report.Save(path));
-    ZWTemplate loaded;
-    ASSERT_TRUE(loaded.Load(ZWTemplate::BackupPath(path)));
-    EXPECT_EQ(loaded.name, u"first"_s);
-    ASSERT_TRUE(loaded.Load(path));
-    EXPECT_EQ(loaded.name, u"second"_s);
+    ZWTemplate backup, loaded;
+    ASSERT_TRUE(backup.Load(ZWTemplate::BackupPath(path)) && loaded.Load(path));
+    EXPECT_EQ(std::tuple(backup.name, loaded.name), std::tuple(u"first"_s, u"second"_s));
     // The report list searches "*.XRPT": the backup must not show up there.
     EXPECT_EQ(QDir(dir.path()).entryList({u"*.XRPT"_s}, QDir::Files), QStringList({u"Plant.XRPT"_s}));
 

@@ -2,43 +2,21 @@
 // the tools make them, the panel edits every field and the list of series
 // and columns, each edit is one undo step, and undoing everything gives the
 // report back byte for byte.
-#include "editor/ZWPropertyEdit.h"
 #include "editor/widgets/ZWDataCardGroups.h"
 #include "editor/widgets/ZWEditTemplateWnd.h"
 #include "editor/widgets/ZWEditorFrame.h"
-#include "editor/widgets/ZWPropertyPanel.h"
 #include "formula/widgets/ZWFormulaEdit.h"
 #include "host/core/ZWLocale.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "host/core/ZWTextId.h"
 #include "template/ZWCardChart.h"
 #include "template/ZWCardTable.h"
+#include "tests/editor/widgets/PanelTestSupport.h"
 #include "tests/support/ZWTestSupport.h"
-
-#include <QAction>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QGroupBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QMenu>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QToolBar>
-#include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void Type(QLineEdit* line, const QString& text)
-{
-    line->setFocus();
-    line->selectAll();
-    QTest::keyClicks(line, text);
-}
 
 void Click(QWidget* group, const char* button)
 {
@@ -54,39 +32,10 @@ void Down(QComboBox* combo, int times)
         QTest::keyClick(combo, Qt::Key_Down);
 }
 
-class DataCardPanel : public testing::Test
+class DataCardPanel : public zwtest::PanelTest
 {
 protected:
-    DataCardPanel()
-    {
-        ZWSetLocaleOverride(u"C"_s);
-        for (const char* element : {"chart", "table", "chart"}) {
-            auto card = ZWCardControl::CreateFromElement(QString::fromLatin1(element));
-            card->id = u"c"_s + QString::number(page.cards.size());
-            card->x = 10;
-            card->y = 60.0 * double(page.cards.size());
-            card->width = 100;
-            card->height = 50;
-            page.cards.push_back(std::move(card));
-        }
-        panel.SetEdit(&edit);
-        panel.resize(450, 1400);
-        panel.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&panel));
-        QObject::connect(&stack, &QUndoStack::indexChanged, &panel, &ZWPropertyPanel::Refresh);
-    }
-    QByteArray Xml() const
-    {
-        XmlDocument doc;
-        doc.Create(u"design"_s);
-        page.SaveTemplate(doc.Root());
-        return doc.ToXml();
-    }
-    void Select(std::vector<int> indices)
-    {
-        edit.SetSelection(std::move(indices));
-        panel.Refresh();
-    }
+    DataCardPanel() : PanelTest({"chart", "table", "chart"}, {450, 1400}) { ZWSetLocaleOverride(u"C"_s); }
     ZWCardChart& Chart(int index) { return static_cast<ZWCardChart&>(*page.cards[size_t(index)]); }
     ZWCardTable& Table() { return static_cast<ZWCardTable&>(*page.cards[1]); }
     // Undo everything, then redo everything: the report is the original,
@@ -101,11 +50,6 @@ protected:
             stack.redo();
         EXPECT_EQ(Xml(), edited);
     }
-
-    ZWTemplatePage page;
-    QUndoStack stack;
-    ZWPropertyEdit edit{page, stack};
-    ZWPropertyPanel panel;
 };
 
 TEST_F(DataCardPanel, ChartFieldsAndSeriesAreEditedOneStepEach)
@@ -124,10 +68,8 @@ TEST_F(DataCardPanel, ChartFieldsAndSeriesAreEditedOneStepEach)
     EXPECT_EQ(f.formatSample->text(), u"1,235"_s);
     Type(f.labelFormat, u"MM/yy"_s);
     EXPECT_EQ(stack.count(), 5);
-    EXPECT_EQ(Chart(0).title, u"Energy"_s);
-    EXPECT_EQ(Chart(0).type, ZWCardChart::Type::Stacked);
-    EXPECT_EQ(Chart(0).format, u".0"_s);
-    EXPECT_EQ(Chart(0).labelFormat, u"MM/yy"_s);
+    EXPECT_EQ(std::tuple(Chart(0).title, Chart(0).type, Chart(0).format, Chart(0).labelFormat),
+        std::tuple(u"Energy"_s, ZWCardChart::Type::Stacked, u".0"_s, u"MM/yy"_s));
 
     // Two series, each named in its own step; a year back for the second.
     Click(f.group, "add");
@@ -142,8 +84,7 @@ TEST_F(DataCardPanel, ChartFieldsAndSeriesAreEditedOneStepEach)
     f.rows->setCurrentRow(0);
     Type(f.rowTitle, u"This year"_s);
     EXPECT_EQ(stack.count(), 5 + 2 + 4) << "a step per field and row";
-    EXPECT_EQ(Chart(0).series[1].shift, u"-1y"_s);
-    EXPECT_EQ(Chart(0).series[1].formula, u"[M.E:delta]"_s);
+    EXPECT_EQ(std::tuple(Chart(0).series[1].shift, Chart(0).series[1].formula), std::tuple(u"-1y"_s, u"[M.E:delta]"_s));
     EXPECT_EQ(f.rows->item(0)->text(), u"This year"_s);
 
     // Down, then remove the other.
@@ -165,8 +106,7 @@ TEST_F(DataCardPanel, ChartFieldsAndSeriesAreEditedOneStepEach)
     EXPECT_FALSE(f.rowsBox->isVisible());
     EXPECT_TRUE(f.title->text().isEmpty()) << "the charts' titles differ";
     Type(f.yTitle, u"kWh"_s);
-    EXPECT_EQ(Chart(0).yTitle, u"kWh"_s);
-    EXPECT_EQ(Chart(2).yTitle, u"kWh"_s);
+    EXPECT_EQ(std::tuple(Chart(0).yTitle, Chart(2).yTitle), std::tuple(u"kWh"_s, u"kWh"_s));
     EXPECT_EQ(stack.count(), 14);
 }
 
@@ -186,12 +126,9 @@ TEST_F(DataCardPanel, TableFieldsColumnsAndTotals)
     EXPECT_EQ(f.formatSample->text(), u"1234.6"_s);
     Down(f.rowTotal, 1); // the table's rule → none
     Type(f.totalTitle, u"Peak"_s);
-    EXPECT_EQ(Table().labelTitle, u"Day"_s);
-    EXPECT_EQ(Table().total, ZWCardTable::Total::Max);
-    EXPECT_EQ(Table().unit, u"month"_s);
-    EXPECT_EQ(Table().columns[0].format, u"5.01"_s);
-    EXPECT_EQ(Table().ColumnTotal(0), ZWCardTable::Total::None);
-    EXPECT_EQ(Table().totalTitle, u"Peak"_s);
+    const ZWCardTable& t = Table();
+    EXPECT_EQ(std::tuple(t.labelTitle, t.total, t.unit, t.columns[0].format, t.ColumnTotal(0), t.totalTitle),
+        std::tuple(u"Day"_s, ZWCardTable::Total::Max, u"month"_s, u"5.01"_s, ZWCardTable::Total::None, u"Peak"_s));
     EXPECT_EQ(stack.count(), 7);
     UndoAndRedoAll(original);
 }

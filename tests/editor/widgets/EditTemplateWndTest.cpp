@@ -2,16 +2,11 @@
 // drawing, the band, the keys, the context menu, undo across pages, and what
 // the window paints.
 #include "editor/widgets/ZWEditTemplateWnd.h"
-#include "template/ZWTemplatePage.h"
+#include "tests/editor/EditorTestSupport.h"
 #include "tests/support/ZWTestSupport.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QMenu>
-#include <QScrollBar>
-#include <QSignalSpy>
-#include <QTest>
-#include <QUndoStack>
+#include <QtTest>
+#include <QtWidgets>
 #include <array>
 #include <functional>
 #include <gtest/gtest.h>
@@ -22,12 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Geometry = std::array<double, 4>;
+using zwtest::Geometry;
 
-// A 200 × 100 mm page at 4 pixels per mm in a 1000 × 600 window: the page
-// covers pixels 100..899 across and 100..499 down. Card "a" at (10, 20, 30,
-// 40) mm is pixels (140, 180)–(260, 340); card "b" at (50, 20, 10, 10) mm is
-// (300, 180)–(340, 220).
+// The test page (EditorTestSupport.h) with a label "a" and a picture "b".
 struct Window
 {
     QUndoStack stack;
@@ -36,10 +28,7 @@ struct Window
     explicit Window(double grid = 0.0, int tool = ZWEditPage::SelectTool)
     {
         ZWTemplatePage page;
-        page.properties.width = 200;
-        page.properties.height = 100;
-        page.properties.xgrid = grid;
-        page.properties.ygrid = grid;
+        zwtest::SizePage(page, grid);
         page.properties.outColor = 0x808080;
         AddCard(page, u"label"_s, {10, 20, 30, 40}, u"a"_s);
         AddCard(page, u"image"_s, {50, 20, 10, 10}, u"b"_s);
@@ -54,14 +43,8 @@ struct Window
 
     static void AddCard(ZWTemplatePage& page, const QString& element, Geometry g, const QString& id)
     {
-        auto card = ZWCardControl::CreateFromElement(element);
-        card->x = g[0];
-        card->y = g[1];
-        card->width = g[2];
-        card->height = g[3];
-        card->color = 0x0000FF;
-        card->id = id;
-        page.cards.push_back(std::move(card));
+        page.cards.push_back(zwtest::MakeCard(element, g, id));
+        page.cards.back()->color = 0x0000FF;
     }
 
     QWidget* Area() const { return wnd->viewport(); }
@@ -77,13 +60,11 @@ struct Window
 
     void Key(int key, Qt::KeyboardModifiers mods = Qt::NoModifier) { QTest::keyClick(wnd.get(), Qt::Key(key), mods); }
 
-    Geometry Card(int index) const
-    {
-        const ZWCardControl& c = *wnd->Page().cards.at(size_t(index));
-        return {c.x, c.y, c.width, c.height};
-    }
+    Geometry Card(int index) const { return zwtest::GeometryOf(*wnd->Page().cards.at(size_t(index))); }
 
     QImage Picture() const { return Area()->grab().toImage(); }
+    size_t Count() const { return wnd->Page().cards.size(); }
+    QString Id(int index) const { return wnd->Page().cards.at(size_t(index))->id; }
 };
 
 struct DragCase
@@ -96,7 +77,7 @@ struct DragCase
     // The card that changes (its list position) and where it ends.
     int card;
     Geometry expected;
-    QStringList selection;
+    QStringList selection; // none: the new card
 };
 
 class WindowDragTest : public ::testing::TestWithParam<DragCase>
@@ -106,32 +87,27 @@ TEST_P(WindowDragTest, EndsWhereExpectedAndUndoesAndRedoesExactly)
 {
     const DragCase& c = GetParam();
     Window w(c.grid, c.tool);
-    const size_t cardsBefore = w.wnd->Page().cards.size();
+    const size_t cardsBefore = w.Count();
     const Geometry before = c.card < int(cardsBefore) ? w.Card(c.card) : Geometry{};
     QSignalSpy selections(w.wnd.get(), &ZWEditTemplateWnd::selectionChanged);
     w.Drag(c.from, c.to, c.mods);
 
-    ASSERT_GT(int(w.wnd->Page().cards.size()), c.card);
+    ASSERT_GT(int(w.Count()), c.card);
     const Geometry after = w.Card(c.card);
-    for (int i = 0; i < 4; ++i)
-        EXPECT_NEAR(after[size_t(i)], c.expected[size_t(i)], 1e-9) << "coordinate " << i;
-    EXPECT_EQ(w.wnd->SelectedIds().size(), c.selection.size());
-    if (c.selection.size() == 1 && c.selection[0] == u"new"_s)
-        EXPECT_EQ(w.wnd->SelectedIds(), QStringList{w.wnd->Page().cards.back()->id});
-    else
-        EXPECT_EQ(w.wnd->SelectedIds(), c.selection);
+    EXPECT_GEOMETRY(after, c.expected);
+    EXPECT_EQ(w.wnd->SelectedIds(), c.selection.isEmpty() ? QStringList{w.wnd->Page().cards.back()->id} : c.selection);
     EXPECT_EQ(selections.count(), 1);
     EXPECT_TRUE(w.wnd->IsTimerRunning());
 
     // One drag is one undo step that gives back the page as it was.
     ASSERT_EQ(w.stack.count(), 1);
     w.Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(w.wnd->Page().cards.size(), cardsBefore);
+    EXPECT_EQ(w.Count(), cardsBefore);
     if (c.card < int(cardsBefore)) {
         EXPECT_EQ(w.Card(c.card), before);
     }
     w.Key(Qt::Key_Y, Qt::ControlModifier);
-    ASSERT_GT(int(w.wnd->Page().cards.size()), c.card);
+    ASSERT_GT(int(w.Count()), c.card);
     EXPECT_EQ(w.Card(c.card), after);
 }
 
@@ -147,9 +123,8 @@ const DragCase dragCases[] = {
     {"the left edge resized on a grid keeps the right edge", 5, ZWEditPage::SelectTool, {141, 260}, {118, 260}, {}, 0,
         {5, 20, 35, 40}, {u"a"_s}},
     {"the label tool draws a new label", 0, ZWEditPage::LabelTool, {500, 300}, {580, 340}, {}, 2, {100, 50, 20, 10},
-        {u"new"_s}},
-    {"the date tool draws on the grid", 5, ZWEditPage::DateTool, {502, 301}, {583, 342}, {}, 2, {100, 50, 20, 10},
-        {u"new"_s}},
+        {}},
+    {"the date tool draws on the grid", 5, ZWEditPage::DateTool, {502, 301}, {583, 342}, {}, 2, {100, 50, 20, 10}, {}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Window, WindowDragTest, ::testing::ValuesIn(dragCases),
@@ -159,18 +134,16 @@ TEST(EditTemplateWndTest, BandSelectsTheCardsInsideAndCtrlBandTogglesThem)
 {
     Window w;
     w.Drag({120, 150}, {400, 400});
-    EXPECT_EQ(w.wnd->SelectedIds(), (QStringList{u"a"_s, u"b"_s}));
     // A band selects without recording anything.
-    EXPECT_EQ(w.stack.count(), 0);
+    EXPECT_EQ(std::tuple(w.wnd->SelectedIds(), w.stack.count()), std::tuple(QStringList{u"a"_s, u"b"_s}, 0));
     w.Drag({290, 170}, {350, 230}, Qt::ControlModifier);
     EXPECT_EQ(w.wnd->SelectedIds(), QStringList{u"a"_s});
     w.Drag({290, 170}, {350, 230}, Qt::ShiftModifier);
     EXPECT_EQ(w.wnd->SelectedIds(), (QStringList{u"a"_s, u"b"_s}));
     // Both move as one block.
     w.Drag({320, 200}, {360, 200});
-    EXPECT_EQ(w.Card(0), (Geometry{20, 20, 30, 40}));
-    EXPECT_EQ(w.Card(1), (Geometry{60, 20, 10, 10}));
-    EXPECT_EQ(w.stack.count(), 1);
+    EXPECT_EQ(std::tuple(w.Card(0), w.Card(1), w.stack.count()),
+        std::tuple(Geometry{20, 20, 30, 40}, Geometry{60, 20, 10, 10}, 1));
 }
 
 TEST(EditTemplateWndTest, DrawingThatIsTooSmallMakesNoCardAndNoUndoStep)
@@ -178,12 +151,9 @@ TEST(EditTemplateWndTest, DrawingThatIsTooSmallMakesNoCardAndNoUndoStep)
     Window w(0, ZWEditPage::LabelTool);
     QSignalSpy created(w.wnd.get(), &ZWEditTemplateWnd::cardCreated);
     w.Drag({500, 300}, {505, 340});
-    EXPECT_EQ(w.wnd->Page().cards.size(), 2u);
-    EXPECT_EQ(w.stack.count(), 0);
-    EXPECT_EQ(created.count(), 0);
+    EXPECT_EQ(std::tuple(w.Count(), w.stack.count(), created.count()), std::tuple(size_t(2), 0, 0));
     w.Drag({500, 300}, {540, 340});
-    EXPECT_EQ(w.wnd->Page().cards.size(), 3u);
-    EXPECT_EQ(created.count(), 1);
+    ASSERT_EQ(std::tuple(w.Count(), created.count()), std::tuple(size_t(3), 1));
     EXPECT_EQ(created.at(0).at(0).value<ZWCardControl*>(), w.wnd->Page().cards.back().get());
 }
 
@@ -207,9 +177,7 @@ TEST_P(WindowKeyTest, ArrowsMoveTheSelectionAndMergeIntoOneStep)
     w.Drag({200, 260}, {200, 260}); // selects a
     for (const auto& [key, mods] : c.keys)
         w.Key(key, mods);
-    const Geometry after = w.Card(0);
-    for (int i = 0; i < 4; ++i)
-        EXPECT_NEAR(after[size_t(i)], c.expected[size_t(i)], 1e-9) << "coordinate " << i;
+    EXPECT_GEOMETRY(w.Card(0), c.expected);
     EXPECT_EQ(w.stack.count(), c.steps);
     if (c.steps > 0) {
         w.wnd->Undo();
@@ -241,36 +209,29 @@ TEST(EditTemplateWndTest, ClipboardAndDeleteKeysAreUndoneInOrder)
     w.Key(Qt::Key_C, Qt::ControlModifier);
     w.Key(Qt::Key_V, Qt::ControlModifier);
     w.Key(Qt::Key_V, Qt::ControlModifier);
-    ASSERT_EQ(w.wnd->Page().cards.size(), 4u);
+    ASSERT_EQ(w.Count(), 4u);
     // Each paste one grid step further.
-    EXPECT_EQ(w.Card(2), (Geometry{15, 25, 30, 40}));
-    EXPECT_EQ(w.Card(3), (Geometry{20, 30, 30, 40}));
-    EXPECT_EQ(w.wnd->SelectedIds(), QStringList{w.wnd->Page().cards[3]->id});
-    const QString pastedId = w.wnd->Page().cards[2]->id;
+    EXPECT_EQ(std::tuple(w.Card(2), w.Card(3)), std::tuple(Geometry{15, 25, 30, 40}, Geometry{20, 30, 30, 40}));
+    EXPECT_EQ(w.wnd->SelectedIds(), QStringList{w.Id(3)});
+    const QString pastedId = w.Id(2);
     EXPECT_NE(pastedId, u"a"_s);
     w.Key(Qt::Key_Delete);
-    EXPECT_EQ(w.wnd->Page().cards.size(), 3u);
-    EXPECT_TRUE(w.wnd->SelectedIds().isEmpty());
+    EXPECT_EQ(std::tuple(w.Count(), w.wnd->SelectedIds()), std::tuple(size_t(3), QStringList()));
     w.Drag({200, 260}, {200, 260});
     w.Key(Qt::Key_X, Qt::ControlModifier);
-    EXPECT_EQ(w.wnd->Page().cards.size(), 2u);
-    EXPECT_EQ(w.wnd->Page().cards[0]->id, u"b"_s);
-    EXPECT_EQ(w.stack.count(), 4);
+    EXPECT_EQ(std::tuple(w.Count(), w.Id(0), w.stack.count()), std::tuple(size_t(2), u"b"_s, 4));
 
     // Back through cut, delete and the two pastes; then forward again.
     w.Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(w.wnd->Page().cards[0]->id, u"a"_s);
-    EXPECT_EQ(w.wnd->SelectedIds(), QStringList{u"a"_s});
+    EXPECT_EQ(std::tuple(w.Id(0), w.wnd->SelectedIds()), std::tuple(u"a"_s, QStringList{u"a"_s}));
     w.Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(w.wnd->Page().cards.size(), 4u);
+    EXPECT_EQ(w.Count(), 4u);
     w.Key(Qt::Key_Z, Qt::ControlModifier);
     w.Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(w.wnd->Page().cards.size(), 2u);
-    EXPECT_FALSE(w.stack.canUndo());
+    EXPECT_EQ(std::tuple(w.Count(), w.stack.canUndo()), std::tuple(size_t(2), false));
     w.Key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    ASSERT_EQ(w.wnd->Page().cards.size(), 3u);
-    EXPECT_EQ(w.wnd->Page().cards[2]->id, pastedId);
-    EXPECT_EQ(w.Card(2), (Geometry{15, 25, 30, 40}));
+    ASSERT_EQ(w.Count(), 3u);
+    EXPECT_EQ(std::tuple(w.Id(2), w.Card(2)), std::tuple(pastedId, Geometry{15, 25, 30, 40}));
 }
 
 TEST(EditTemplateWndTest, OtherKeysGoOnToTheParent)
@@ -291,9 +252,8 @@ TEST(EditTemplateWndTest, LostCaptureInADragLeavesTheCardsAndDropsTheSelection)
     QTest::mouseMove(w.Area(), {300, 300});
     w.wnd->OnCaptureChanged();
     QTest::mouseRelease(w.Area(), Qt::LeftButton, {}, {300, 300});
-    EXPECT_EQ(w.Card(0), (Geometry{10, 20, 30, 40}));
-    EXPECT_TRUE(w.wnd->SelectedIds().isEmpty());
-    EXPECT_EQ(w.stack.count(), 0);
+    EXPECT_EQ(std::tuple(w.Card(0), w.wnd->SelectedIds(), w.stack.count()),
+        std::tuple(Geometry{10, 20, 30, 40}, QStringList(), 0));
 }
 
 TEST(EditTemplateWndTest, ContextMenuOffersTheSupportedKindsAndMakesOneAtTheClick)
@@ -315,10 +275,9 @@ TEST(EditTemplateWndTest, ContextMenuOffersTheSupportedKindsAndMakesOneAtTheClic
     if (QWidget* popup = QApplication::activePopupWidget())
         popup->close();
     menu->actions().at(0)->trigger();
-    ASSERT_EQ(w.wnd->Page().cards.size(), 3u);
-    EXPECT_EQ(w.wnd->Page().cards[2]->ElementName(), u"label"_s);
-    EXPECT_EQ(w.Card(2), (Geometry{125, 50, 5, 5}));
-    EXPECT_EQ(w.stack.count(), 1);
+    ASSERT_EQ(w.Count(), 3u);
+    EXPECT_EQ(std::tuple(w.wnd->Page().cards[2]->ElementName(), w.Card(2), w.stack.count()),
+        std::tuple(u"label"_s, Geometry{125, 50, 5, 5}, 1));
 }
 
 TEST(EditTemplateWndTest, UndoOnOnePageShowsThatPage)
@@ -337,10 +296,8 @@ TEST(EditTemplateWndTest, UndoOnOnePageShowsThatPage)
     QSignalSpy showTwo(&two, &ZWEditTemplateWnd::pageShowRequested);
     one.stack.undo();
     one.stack.undo();
-    EXPECT_EQ(showOne.count(), 1);
-    EXPECT_EQ(showTwo.count(), 1);
-    EXPECT_EQ(two.Page().cards[1]->x, 50);
-    EXPECT_EQ(two.SelectedIds(), QStringList{u"b"_s});
+    EXPECT_EQ(std::tuple(showOne.count(), showTwo.count(), two.Page().cards[1]->x, two.SelectedIds()),
+        std::tuple(1, 1, 50.0, QStringList{u"b"_s}));
 }
 
 TEST(EditTemplateWndTest, WiderPageScrollsByExactlyItsOverflow)
@@ -368,52 +325,37 @@ TEST(EditTemplateWndTest, WiderPageScrollsByExactlyItsOverflow)
 TEST(EditTemplateWndTest, PaintsTheGridTheOutlinesAndTheDrag)
 {
     Window w(5);
-    const QColor white(Qt::white);
-    const QColor red(Qt::red);
+    const QColor white(Qt::white), red(Qt::red), black(Qt::black);
     QImage picture = w.Picture();
-    // Grid dots every 20 pixels from the page's corner; white between them.
-    EXPECT_EQ(picture.pixelColor(120, 120), QColor(Qt::black));
-    EXPECT_EQ(picture.pixelColor(130, 120), white);
-    // Outside the page the out colour.
-    EXPECT_EQ(picture.pixelColor(50, 50), QColor(128, 128, 128));
-    // An unselected card's outline is thin and dotted in its colour.
-    EXPECT_EQ(picture.pixelColor(141, 180), red);
-    EXPECT_EQ(picture.pixelColor(144, 180), white);
-    const auto redRun = [&](int y) {
-        int n = 0;
-        while (n < 6 && picture.pixelColor(140 + n, y) == red)
+    const auto at = [&picture](int x, int y) { return picture.pixelColor(x, y); };
+    // Grid dots every 20 pixels from the page's corner, white between them;
+    // outside the page the out colour; an unselected card's outline dotted
+    // in its colour.
+    EXPECT_EQ(std::tuple(at(120, 120), at(130, 120), at(50, 50), at(141, 180), at(144, 180)),
+        std::tuple(black, white, QColor(128, 128, 128), red, white));
+    // How thick the left edge is on the first row where its outline is on.
+    const auto thickness = [&] {
+        int y = 250;
+        while (y < 262 && at(140, y) != red)
+            ++y;
+        int n = y == 262 ? -1 : 0;
+        while (n >= 0 && n < 6 && at(140 + n, y) == red)
             ++n;
         return n;
     };
-    // The first row of the left edge where the outline is on.
-    const auto onRow = [&] {
-        for (int y = 250; y < 262; ++y)
-            if (picture.pixelColor(140, y) == red)
-                return y;
-        return -1;
-    };
-    ASSERT_GE(onRow(), 0);
-    EXPECT_EQ(redRun(onRow()), 1);
-
-    // Selected: three pixels thick.
+    EXPECT_EQ(thickness(), 1);
     w.Drag({200, 260}, {200, 260});
     picture = w.Picture();
-    ASSERT_GE(onRow(), 0);
-    EXPECT_EQ(redRun(onRow()), 3);
+    EXPECT_EQ(thickness(), 3) << "selected";
 
     // During a drag the dotted outline of where the card would go: its top
     // edge at y 220 from x 240.
     QTest::mousePress(w.Area(), Qt::LeftButton, {}, {200, 260});
     QTest::mouseMove(w.Area(), {300, 300});
     picture = w.Picture();
-    int black = 0, whites = 0;
-    for (int x = 345; x < 348; ++x) {
-        black += picture.pixelColor(x, 220) == QColor(Qt::black) ? 1 : 0;
-        whites += picture.pixelColor(x, 220) == white ? 1 : 0;
-    }
-    EXPECT_GE(black, 1);
-    EXPECT_GE(whites, 1);
-    EXPECT_EQ(picture.pixelColor(346, 219), white);
+    const QList<QColor> edge{at(345, 220), at(346, 220), at(347, 220)};
+    EXPECT_TRUE(edge.contains(black) && edge.contains(white));
+    EXPECT_EQ(at(346, 219), white);
     QTest::mouseRelease(w.Area(), Qt::LeftButton, {}, {300, 300});
     EXPECT_EQ(w.Card(0), (Geometry{35, 30, 30, 40}));
 }
@@ -429,13 +371,9 @@ struct PageState
 
 PageState StateOf(const ZWEditTemplateWnd& wnd)
 {
-    PageState s;
-    XmlDocument doc;
-    doc.Create(u"design"_s);
-    wnd.SaveTemplate(doc.Root());
-    s.xml = doc.ToXml();
+    PageState s{zwtest::PageXml(wnd.Page()), {}};
     for (const auto& c : wnd.Page().cards)
-        s.cards.push_back({c->id, {c->x, c->y, c->width, c->height}});
+        s.cards.push_back({c->id, zwtest::GeometryOf(*c)});
     return s;
 }
 

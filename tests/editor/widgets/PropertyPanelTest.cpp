@@ -1,76 +1,27 @@
 // The property panel driven with real keys and clicks: each edit is one undo
 // step that gives back the cards' exact fields, a multi-selection edit sets
 // every card, and refreshing the panel never records a step.
-#include "editor/ZWPropertyEdit.h"
 #include "editor/widgets/ZWColorButton.h"
-#include "editor/widgets/ZWPropertyPanel.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
 #include "template/ZWCardImage.h"
+#include "tests/editor/widgets/PanelTestSupport.h"
 #include "tests/support/ZWTestSupport.h"
-
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDoubleSpinBox>
-#include <QGroupBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QSignalSpy>
-#include <QSpinBox>
-#include <QTemporaryDir>
-#include <QTest>
-#include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-class RecordingPanel : public ZWPropertyPanel
-{
-public:
-    QStringList messages;
-
-protected:
-    void ShowMessage(const QString& text) override { messages << text; }
-};
-
-class Panel : public testing::Test
+class Panel : public zwtest::PanelTest
 {
 protected:
-    Panel()
+    Panel() : PanelTest({"label", "formule", "formule", "date", "image", "conditioned"}, {400, 900})
     {
-        for (const char* element : {"label", "formule", "formule", "date", "image", "conditioned"}) {
-            auto card = ZWCardControl::CreateFromElement(QString::fromLatin1(element));
-            card->id = u"c"_s + QString::number(page.cards.size());
-            card->x = 10.0 * double(page.cards.size());
-            card->y = 20;
-            card->width = 30;
-            card->height = 10;
-            page.cards.push_back(std::move(card));
-        }
         panel.formulaCheck = [](const QString& formula) { return u"checked "_s + formula; };
-        panel.SetEdit(&edit);
-        panel.resize(400, 900);
-        panel.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&panel));
-        QObject::connect(&stack, &QUndoStack::indexChanged, &panel, &ZWPropertyPanel::Refresh);
     }
-    QByteArray Xml() const
-    {
-        XmlDocument doc;
-        doc.Create(u"design"_s);
-        page.SaveTemplate(doc.Root());
-        return doc.ToXml();
-    }
-    void Select(std::vector<int> indices)
-    {
-        edit.SetSelection(std::move(indices));
-        panel.Refresh();
-    }
-    template <class Card> Card& At(int index) { return static_cast<Card&>(*page.cards[size_t(index)]); }
+    using PanelTest::Type;
     static void Type(QAbstractSpinBox* spin, const QString& text)
     {
         spin->setFocus();
@@ -78,17 +29,6 @@ protected:
         QTest::keyClicks(spin, text);
         QTest::keyClick(spin, Qt::Key_Return);
     }
-    static void Type(QLineEdit* line, const QString& text)
-    {
-        line->setFocus();
-        line->selectAll();
-        QTest::keyClicks(line, text);
-    }
-
-    ZWTemplatePage page;
-    QUndoStack stack;
-    ZWPropertyEdit edit{page, stack};
-    RecordingPanel panel;
 };
 
 TEST_F(Panel, TypingInFieldsIsOneStepPerFieldAndUndoGivesBackTheExactCard)
@@ -102,17 +42,16 @@ TEST_F(Panel, TypingInFieldsIsOneStepPerFieldAndUndoGivesBackTheExactCard)
     EXPECT_EQ(edited.count(), 6) << "the page is redrawn at each key";
     Type(panel.SizeEdit(), u"14"_s);
     Type(panel.XEdit(), u"195"_s);
-    EXPECT_EQ(stack.count(), 3);
-    EXPECT_EQ(At<ZWCardLabel>(0).size, 14.0);
-    EXPECT_EQ(At<ZWCardLabel>(0).x, 180.0) << "a card is kept on the 210 mm page";
+    // A card is kept on the 210 mm page.
+    EXPECT_EQ(std::tuple(stack.count(), At<ZWCardLabel>(0).size, At<ZWCardLabel>(0).x), std::tuple(3, 14.0, 180.0));
     QTest::mouseClick(panel.BoldEdit(), Qt::LeftButton, {}, QPoint(8, panel.BoldEdit()->height() / 2));
     EXPECT_EQ(At<ZWCardLabel>(0).style, 1);
     while (stack.canUndo())
         stack.undo();
     EXPECT_EQ(Xml(), original);
-    EXPECT_EQ(panel.TextEdit()->text(), QString()) << "the panel shows the state undone";
-    EXPECT_EQ(panel.SizeEdit()->value(), 10.0);
-    EXPECT_EQ(stack.count(), 4) << "refreshing after undo recorded nothing";
+    // The panel shows the state undone, and refreshing recorded nothing.
+    EXPECT_EQ(
+        std::tuple(panel.TextEdit()->text(), panel.SizeEdit()->value(), stack.count()), std::tuple(QString(), 10.0, 4));
 }
 
 TEST_F(Panel, AMultiSelectionShowsWhatItSharesAndAnEditSetsItOnAll)
@@ -120,22 +59,21 @@ TEST_F(Panel, AMultiSelectionShowsWhatItSharesAndAnEditSetsItOnAll)
     At<ZWCardFormule>(1).decimals = 2;
     At<ZWCardFormule>(2).decimals = 4;
     Select({1, 2});
-    EXPECT_TRUE(panel.Group("number")->isVisible());
-    EXPECT_FALSE(panel.Group("date")->isVisible());
-    EXPECT_EQ(panel.DecimalsEdit()->text(), QString()) << "differing values show empty";
-    EXPECT_EQ(panel.XEdit()->text(), QString());
-    EXPECT_EQ(panel.HeightEdit()->value(), 10.0);
+    EXPECT_EQ(
+        std::tuple(panel.Group("number")->isVisible(), panel.Group("date")->isVisible()), std::tuple(true, false));
+    // Differing values show empty.
+    EXPECT_EQ(std::tuple(panel.DecimalsEdit()->text(), panel.XEdit()->text(), panel.HeightEdit()->value()),
+        std::tuple(QString(), QString(), 10.0));
     Type(panel.DecimalsEdit(), u"1"_s);
     QTest::mouseClick(panel.ThousandsEdit(), Qt::LeftButton, {}, QPoint(8, panel.ThousandsEdit()->height() / 2));
-    EXPECT_EQ(At<ZWCardFormule>(1).decimals, 1);
-    EXPECT_EQ(At<ZWCardFormule>(2).decimals, 1);
-    EXPECT_TRUE(At<ZWCardFormule>(2).thousandSeparator);
+    EXPECT_EQ(std::tuple(
+                  At<ZWCardFormule>(1).decimals, At<ZWCardFormule>(2).decimals, At<ZWCardFormule>(2).thousandSeparator),
+        std::tuple(1, 1, true));
     EXPECT_EQ(panel.NumberSample()->text(),
         At<ZWCardFormule>(1).FormatValue(1234567.891) + u"   "_s + At<ZWCardFormule>(1).FormatValue(-0.5));
     stack.undo();
     stack.undo();
-    EXPECT_EQ(At<ZWCardFormule>(1).decimals, 2);
-    EXPECT_EQ(At<ZWCardFormule>(2).decimals, 4);
+    EXPECT_EQ(std::tuple(At<ZWCardFormule>(1).decimals, At<ZWCardFormule>(2).decimals), std::tuple(2, 4));
 
     Select({0, 4});
     EXPECT_FALSE(panel.Group("text")->isVisible()) << "a label and a picture share only the card's fields";
@@ -148,9 +86,8 @@ TEST_F(Panel, DatesOfferThePeriodsDatesAndPreviewThePattern)
     Select({3});
     ASSERT_EQ(panel.FieldEdit()->count(), 4);
     Type(panel.PatternEdit(), u"dd.MM.yyyy"_s);
-    EXPECT_EQ(At<ZWCardDate>(3).format, u"dd.MM.yyyy"_s);
-    EXPECT_EQ(panel.DateSample()->text(), u"03.02.2024"_s);
-    EXPECT_EQ(stack.count(), 1);
+    EXPECT_EQ(std::tuple(At<ZWCardDate>(3).format, panel.DateSample()->text(), stack.count()),
+        std::tuple(u"dd.MM.yyyy"_s, u"03.02.2024"_s, 1));
     panel.FieldEdit()->setFocus();
     QTest::keyClick(panel.FieldEdit(), Qt::Key_Down);
     QTest::keyClick(panel.FieldEdit(), Qt::Key_Down);
@@ -174,9 +111,10 @@ TEST_F(Panel, ConditionsAreAddedReorderedAndTheirCardsEditedWithTheSamePanels)
 
     panel.ConditionList()->setCurrentRow(1);
     panel.EditAlternative();
-    EXPECT_TRUE(panel.Group("text")->isVisible());
-    EXPECT_FALSE(panel.Group("conditions")->isVisible());
-    EXPECT_FALSE(panel.XEdit()->isEnabled()) << "an alternative takes its card's rectangle";
+    // An alternative takes its card's rectangle.
+    EXPECT_EQ(std::tuple(
+                  panel.Group("text")->isVisible(), panel.Group("conditions")->isVisible(), panel.XEdit()->isEnabled()),
+        std::tuple(true, false, false));
     Type(panel.TextEdit(), u"Off"_s);
     EXPECT_EQ(static_cast<ZWCardLabel&>(*conditioned.controls[1]).value, u"Off"_s);
     panel.BackToConditioned();
@@ -195,20 +133,17 @@ TEST_F(Panel, ThePageTakesPresetsGridAndRefusesABackgroundThatIsNoPicture)
     EXPECT_EQ(panel.PagePresetEdit()->currentText(), u"A4"_s);
     panel.PagePresetEdit()->setFocus();
     QTest::keyClick(panel.PagePresetEdit(), Qt::Key_Down);
-    EXPECT_EQ(page.properties.width, 297.0) << "A4 landscape";
-    EXPECT_EQ(page.properties.height, 210.0);
+    EXPECT_EQ(std::tuple(page.properties.width, page.properties.height), std::tuple(297.0, 210.0)) << "A4 landscape";
     Type(panel.PageWidthEdit(), u"100"_s);
     EXPECT_EQ(panel.PagePresetEdit()->currentIndex(), 0) << "no paper is 100 × 210 mm";
     QTemporaryDir dir;
     const QString junk = dir.filePath(u"junk.png"_s);
     ASSERT_TRUE(zwtest::WriteFile(junk, "not a picture"));
     EXPECT_FALSE(panel.ChooseBackground(junk));
-    EXPECT_EQ(panel.messages.size(), 1);
-    EXPECT_EQ(stack.count(), 2);
+    EXPECT_EQ(std::tuple(panel.messages.size(), stack.count()), std::tuple(qsizetype(1), 2));
     stack.undo();
     stack.undo();
-    EXPECT_EQ(page.properties.width, 210.0);
-    EXPECT_EQ(panel.PagePresetEdit()->currentText(), u"A4"_s);
+    EXPECT_EQ(std::tuple(page.properties.width, panel.PagePresetEdit()->currentText()), std::tuple(210.0, u"A4"_s));
 }
 
 } // namespace

@@ -6,14 +6,8 @@
 #include "template/widgets/CDlgAddRemoveStyle.h"
 #include "template/widgets/CDlgEditStyle.h"
 
-#include <QDialogButtonBox>
-#include <QDoubleSpinBox>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTreeWidget>
+#include <QtTest>
+#include <QtWidgets>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -83,12 +77,16 @@ TEST_F(StyleDialogs, TheEditorStaysOpenOnTheFieldAtFaultAndAsksBeforeReplacing)
     Editor editor(mine, true);
     editor.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&editor));
+    const auto takenSize = [] {
+        ZWTextStyle taken;
+        taken.LoadByName(u"Taken"_s);
+        return taken.size;
+    };
 
     editor.NameEdit()->clear();
     QTest::keyClick(&editor, Qt::Key_Return);
     EXPECT_EQ(editor.messages, std::vector<int>{ZWTextId::StyleNameMissing});
-    EXPECT_TRUE(editor.isVisible());
-    EXPECT_TRUE(editor.NameEdit()->hasFocus());
+    EXPECT_TRUE(editor.isVisible() && editor.NameEdit()->hasFocus());
 
     QTest::keyClicks(editor.NameEdit(), u"Mine"_s);
     editor.SizeEdit()->setValue(0);
@@ -101,16 +99,12 @@ TEST_F(StyleDialogs, TheEditorStaysOpenOnTheFieldAtFaultAndAsksBeforeReplacing)
     QTest::keyClick(&editor, Qt::Key_Return);
     EXPECT_EQ(editor.messages.back(), ZWTextId::StyleReplaceQuestion);
     EXPECT_TRUE(editor.isVisible()) << "no keeps the editor open";
-    ZWTextStyle taken;
-    taken.LoadByName(u"Taken"_s);
-    EXPECT_EQ(taken.size, 10.0);
+    EXPECT_EQ(takenSize(), 10.0);
 
     editor.answer = true;
     QTest::keyClick(&editor, Qt::Key_Return);
     EXPECT_EQ(editor.result(), QDialog::Accepted);
-    EXPECT_EQ(ZWTextStyle::List(), QStringList{u"Taken"_s});
-    taken.LoadByName(u"Taken"_s);
-    EXPECT_EQ(taken.size, 13.0);
+    EXPECT_EQ(std::tuple(ZWTextStyle::List(), takenSize()), std::tuple(QStringList{u"Taken"_s}, 13.0));
 }
 
 TEST_F(StyleDialogs, InsertAndDeleteKeysChangeTheFolderAndSignalThePages)
@@ -126,9 +120,8 @@ TEST_F(StyleDialogs, InsertAndDeleteKeysChangeTheFolderAndSignalThePages)
     list.typedSize = 18.0;
     QTest::keyClick(&list, Qt::Key_Insert);
     EXPECT_EQ(ZWTextStyle::List(), (QStringList{u"Body"_s, u"Heading"_s}));
-    EXPECT_EQ(list.SelectedName(), u"Heading"_s);
-    EXPECT_EQ(list.List()->topLevelItem(1)->text(2), u"18.0"_s);
-    EXPECT_EQ(modified.count(), 1);
+    EXPECT_EQ(std::tuple(list.SelectedName(), list.List()->topLevelItem(1)->text(2), modified.count()),
+        std::tuple(u"Heading"_s, u"18.0"_s, 1));
 
     // A new style named like an existing one is refused, nothing signalled.
     list.typedName = u"Body"_s;
@@ -140,8 +133,7 @@ TEST_F(StyleDialogs, InsertAndDeleteKeysChangeTheFolderAndSignalThePages)
     EXPECT_EQ(ZWTextStyle::List().size(), 2);
     list.answer = true;
     QTest::keyClick(&list, Qt::Key_Delete);
-    EXPECT_EQ(ZWTextStyle::List(), QStringList{u"Body"_s});
-    EXPECT_EQ(modified.count(), 2);
+    EXPECT_EQ(std::tuple(ZWTextStyle::List(), modified.count()), std::tuple(QStringList{u"Body"_s}, 2));
 }
 
 } // namespace
