@@ -159,7 +159,7 @@ TEST(EditPageTest, DrawingWithTheLabelToolMakesASelectedLabel)
     EXPECT_FALSE(label->id.isEmpty());
     EXPECT_EQ(label->font, u"Arial"_s);
     EXPECT_EQ(label->value, u"Text"_s);
-    ASSERT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 1);
+    ASSERT_EQ(f.Selected(), 1);
     EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), label);
 }
 
@@ -174,7 +174,7 @@ TEST(EditPageTest, DrawnCardSnapsToTheGridAndCtrlKeepsTheSelection)
     EXPECT_TRUE(card.IsKindOf("ZWCardDate"));
     EXPECT_EQ(card.color, f.edit.dateColor);
     EXPECT_GEOMETRY(zwtest::GeometryOf(card), 125, 50, 15, 10);
-    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
+    EXPECT_EQ(f.Selected(), 2);
 }
 
 TEST(EditPageTest, TooSmallDrawingCreatesNothingAndIsRefusedWhileDragged)
@@ -224,7 +224,7 @@ TEST(EditPageTest, LostCaptureDropsTheDragAndTheSelection)
     f.edit.MouseMove({260, 250});
     f.edit.CancelDrag();
     EXPECT_EQ(f.edit.GetOperation(), 0);
-    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 0);
+    EXPECT_EQ(f.Selected(), 0);
     EXPECT_EQ(f.edit.ButtonUp(), 1u);
     EXPECT_DOUBLE_EQ(f.a->x, 10);
 }

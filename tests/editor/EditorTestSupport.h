@@ -11,6 +11,7 @@
 #include <array>
 #include <gmock/gmock.h>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 namespace zwtest {
@@ -25,20 +26,14 @@ inline Geometry GeometryOf(const ZWCardControl& c)
 inline std::unique_ptr<ZWCardControl> MakeCard(const QString& element, Geometry g, const QString& id)
 {
     auto card = element.isEmpty() ? std::make_unique<ZWCardControl>() : ZWCardControl::CreateFromElement(element);
-    card->x = g[0];
-    card->y = g[1];
-    card->width = g[2];
-    card->height = g[3];
-    card->id = id;
+    std::tie(card->x, card->y, card->width, card->height, card->id) = std::tuple(g[0], g[1], g[2], g[3], id);
     return card;
 }
 
 inline void SizePage(ZWTemplatePage& page, double grid)
 {
-    page.properties.width = 200;
-    page.properties.height = 100;
-    page.properties.xgrid = grid;
-    page.properties.ygrid = grid;
+    ZWGlobalProperties& p = page.properties;
+    std::tie(p.width, p.height, p.xgrid, p.ygrid) = std::tuple(200.0, 100.0, grid, grid);
 }
 
 // The page as its file would hold it.
@@ -74,6 +69,7 @@ struct EditFixture
         edit.MouseMove(to);
         return edit.ButtonUp();
     }
+    int Selected() const { return edit.Selection().GetNumberOfSelectedControls(); }
     std::vector<Geometry> Cards() const
     {
         std::vector<Geometry> out;

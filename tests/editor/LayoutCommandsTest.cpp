@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -62,26 +63,14 @@ TEST_P(LayoutTest, CardsEndWhereExpected)
     const LayoutCase& c = GetParam();
     Fixture f(c.cards);
     f.Select(c.selection);
-    switch (c.command) {
-    case Command::Align:
-        ZWLayoutCommands::AlignSelectedControls(f.edit, c.mode);
-        break;
-    case Command::Distribute:
-        ZWLayoutCommands::DistributeSelectedControls(f.edit, c.mode);
-        break;
-    case Command::Justify:
-        ZWLayoutCommands::JustifySelectedControls(f.edit, c.mode, false);
-        break;
-    case Command::JustifyGroup:
-        ZWLayoutCommands::JustifySelectedControls(f.edit, c.mode, true);
-        break;
-    case Command::SameWidth:
-        ZWLayoutCommands::ResizeSelectedControls(f.edit, true, false);
-        break;
-    case Command::SameSize:
-        ZWLayoutCommands::ResizeSelectedControls(f.edit, true, true);
-        break;
-    }
+    using L = ZWLayoutCommands;
+    const std::function<void()> commands[]
+        = {[&] { L::AlignSelectedControls(f.edit, c.mode); }, [&] { L::DistributeSelectedControls(f.edit, c.mode); },
+            [&] { L::JustifySelectedControls(f.edit, c.mode, false); },
+            [&] { L::JustifySelectedControls(f.edit, c.mode, true); },
+            [&] { L::ResizeSelectedControls(f.edit, true, false); },
+            [&] { L::ResizeSelectedControls(f.edit, true, true); }};
+    commands[int(c.command)]();
     ExpectCards(f.Cards(), c.expected);
 }
 
@@ -150,7 +139,7 @@ TEST_P(PasteTest, EachPasteLandsOneOffsetFurther)
         ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
     ASSERT_EQ(f.page.cards.size(), size_t(1 + c.pastes));
     ExpectCards({f.Cards().back()}, {c.expected});
-    ASSERT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 1);
+    ASSERT_EQ(f.Selected(), 1);
     EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), f.page.cards.back().get());
 }
 
@@ -172,12 +161,9 @@ TEST(LayoutCommandsTest, PasteAppendsFreshIdentitiesInSelectionOrder)
     ZWLayoutCommands::ControlCopy(f.edit);
     ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
     ASSERT_EQ(f.page.cards.size(), 4u);
-    EXPECT_DOUBLE_EQ(f.page.cards[2]->x, 57.5);
-    EXPECT_DOUBLE_EQ(f.page.cards[3]->x, 17.5);
-    EXPECT_FALSE(f.page.cards[2]->id.isEmpty());
-    EXPECT_NE(f.page.cards[2]->id, u"1"_s);
-    EXPECT_NE(f.page.cards[2]->id, f.page.cards[3]->id);
-    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
+    EXPECT_EQ(std::tuple(f.page.cards[2]->x, f.page.cards[3]->x, f.Selected()), std::tuple(57.5, 17.5, 2));
+    const std::vector<QString> ids = f.Ids();
+    EXPECT_TRUE(!ids[2].isEmpty() && ids[2] != u"1"_s && ids[2] != ids[3]) << ids[2].toStdString();
 }
 
 TEST(LayoutCommandsTest, CutRemovesTheCardsAndPasteBringsThemBack)
@@ -185,8 +171,7 @@ TEST(LayoutCommandsTest, CutRemovesTheCardsAndPasteBringsThemBack)
     Fixture f({{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}});
     f.Select({1});
     ZWLayoutCommands::ControlCut(f.edit);
-    EXPECT_EQ(f.Ids(), (std::vector<QString>{u"0"_s, u"2"_s}));
-    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 0);
+    EXPECT_EQ(std::tuple(f.Ids(), f.Selected()), std::tuple(std::vector<QString>{u"0"_s, u"2"_s}, 0));
     ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
     ExpectCards(f.Cards(), {{10, 20, 30, 40}, {100, 50, 20, 20}, {57.5, 27.5, 10, 10}});
 }
@@ -209,8 +194,7 @@ TEST(LayoutCommandsTest, DeleteKeepsTheOrderOfTheRest)
     EXPECT_FALSE(ZWLayoutCommands::DeleteSelectedControls(f.edit));
     f.Select({2, 0});
     EXPECT_TRUE(ZWLayoutCommands::DeleteSelectedControls(f.edit));
-    EXPECT_EQ(f.Ids(), (std::vector<QString>{u"1"_s, u"3"_s}));
-    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 0);
+    EXPECT_EQ(std::tuple(f.Ids(), f.Selected()), std::tuple(std::vector<QString>{u"1"_s, u"3"_s}, 0));
 }
 
 TEST(LayoutCommandsTest, SelectByIdTakesTheFirstMatchAndIgnoresUnknownIds)
@@ -219,8 +203,8 @@ TEST(LayoutCommandsTest, SelectByIdTakesTheFirstMatchAndIgnoresUnknownIds)
     f.page.cards[2]->id = u"1"_s;
     f.Select({0, 2});
     EXPECT_FALSE(ZWLayoutCommands::SelectControlById(f.edit, u"nope"_s));
-    EXPECT_EQ(f.edit.Selection().GetNumberOfSelectedControls(), 2);
-    EXPECT_EQ(ZWLayoutCommands::GetSelectedControl(f.edit), nullptr);
+    EXPECT_EQ(f.Selected(), 2);
+    EXPECT_EQ(ZWLayoutCommands::GetSelectedControl(f.edit), nullptr); // not one card
     EXPECT_TRUE(ZWLayoutCommands::SelectControlById(f.edit, u"1"_s));
     EXPECT_EQ(ZWLayoutCommands::GetSelectedControl(f.edit), f.page.cards[1].get());
 }

@@ -32,15 +32,8 @@ constexpr QRgb White = 0xFFFFFFFF;
 
 TEST(DrawMapping, CardRectangles)
 {
-    struct Case
-    {
-        double left, top;
-        int scrollX, scrollY;
-        double x, y, w, h;
-        ZWRect expected;
-    };
     // A 210 × 297 mm page at 2 pixels per mm.
-    const Case cases[] = {
+    const std::tuple<double, double, int, int, double, double, double, double, ZWRect> cases[] = {
         {10.4, 20.6, 0, 0, 10.0, 20.0, 30.0, 40.0, {30, 61, 90, 141}},
         {10.4, 20.6, 5, 7, 10.0, 20.0, 30.0, 40.0, {25, 54, 85, 134}},
         {10.0, 20.0, 0, 0, 0.25, 0.25, 0.75, 0.25, {11, 21, 13, 22}}, // halves round away from zero
@@ -49,9 +42,9 @@ TEST(DrawMapping, CardRectangles)
         {-0.5, -0.5, 0, 0, 0.0, 0.0, 1.0, 1.0, {-1, -1, 1, 1}},
     };
     tagDraw draw = PageDraw(2.0);
-    for (const Case& c : cases) {
-        std::tie(draw.left, draw.top, draw.scrollX, draw.scrollY) = std::tuple(c.left, c.top, c.scrollX, c.scrollY);
-        EXPECT_EQ(draw.CardRect(c.x, c.y, c.w, c.h), c.expected) << c.x << "," << c.y;
+    for (const auto& [left, top, scrollX, scrollY, x, y, w, h, expected] : cases) {
+        std::tie(draw.left, draw.top, draw.scrollX, draw.scrollY) = std::tuple(left, top, scrollX, scrollY);
+        EXPECT_EQ(draw.CardRect(x, y, w, h), expected) << x << "," << y;
     }
     // The page's own rectangle is one pixel larger.
     std::tie(draw.left, draw.top, draw.scrollX, draw.scrollY) = std::tuple(10.4, 20.6, 3, 0);
@@ -61,16 +54,11 @@ TEST(DrawMapping, CardRectangles)
 TEST(DrawMapping, VisibilityCountsTouchingEdges)
 {
     const ZWRect area{10, 10, 20, 20};
-    struct Case
-    {
-        ZWRect rect;
-        bool visible;
-    };
-    const Case cases[] = {{{0, 0, 9, 9}, false}, {{0, 0, 10, 10}, true}, {{20, 20, 30, 30}, true},
+    const std::tuple<ZWRect, bool> cases[] = {{{0, 0, 9, 9}, false}, {{0, 0, 10, 10}, true}, {{20, 20, 30, 30}, true},
         {{21, 0, 30, 30}, false}, {{0, 21, 30, 30}, false}, {{12, 12, 14, 14}, true}, {{0, 0, 100, 100}, true}};
-    for (const Case& c : cases)
-        EXPECT_EQ(tagDraw::IsVisible(area, c.rect), c.visible)
-            << c.rect.left << "," << c.rect.top << "," << c.rect.right << "," << c.rect.bottom;
+    for (const auto& [rect, visible] : cases)
+        EXPECT_EQ(tagDraw::IsVisible(area, rect), visible)
+            << rect.left << "," << rect.top << "," << rect.right << "," << rect.bottom;
     tagDraw draw;
     EXPECT_TRUE(draw.IsVisible(ZWRect{1000, 1000, 1001, 1001})); // no area: everything
 }
@@ -129,23 +117,19 @@ TEST(DrawBorder, SolidThinAndThickIncludeBothEnds)
 
 TEST(DrawBorder, DashedPatternsForEveryPhase)
 {
-    struct Case
-    {
-        bool dense;
-        int phase;
-        const char* topRow; // the first 12 steps of the pattern
-    };
-    const Case cases[] = {{false, 0, "011000011000"}, {false, 1, "001100001100"}, {false, 2, "000110000110"},
-        {false, 3, "000011000011"}, {false, 4, "100001100001"}, {false, 5, "110000110000"}, {false, 6, "011000011000"},
-        {false, -1, "110000110000"}, {true, 0, "011111011111"}, {true, 3, "111011111011"}, {true, 5, "111110111110"}};
+    // topRow: the first 12 steps of the pattern
+    const std::tuple<bool, int, const char*> cases[] = {{false, 0, "011000011000"}, {false, 1, "001100001100"},
+        {false, 2, "000110000110"}, {false, 3, "000011000011"}, {false, 4, "100001100001"}, {false, 5, "110000110000"},
+        {false, 6, "011000011000"}, {false, -1, "110000110000"}, {true, 0, "011111011111"}, {true, 3, "111011111011"},
+        {true, 5, "111110111110"}};
     // 12 wide (x 4..15) and 8 high (y 4..11). The top row and then the right
     // column share one running index; the left column and then the bottom
     // row share another. Each corner pixel is visited by two edges.
     const ZWRect rect{4, 4, 15, 11};
-    for (const Case& c : cases) {
-        const QString pattern = QString::fromLatin1(c.topRow).repeated(2);
-        const QImage image = Border(rect, false, true, c.dense, c.phase);
-        SCOPED_TRACE(testing::Message() << "phase " << c.phase << " dense " << c.dense);
+    for (const auto& [dense, phase, topRow] : cases) {
+        const QString pattern = QString::fromLatin1(topRow).repeated(2);
+        const QImage image = Border(rect, false, true, dense, phase);
+        SCOPED_TRACE(testing::Message() << "phase " << phase << " dense " << dense);
         EXPECT_EQ(Pixels(image, 4, 4, 11), pattern.left(11));         // steps 0..10
         EXPECT_EQ(Pixels(image, 15, 5, 7, true), pattern.mid(13, 7)); // steps 13..19
         EXPECT_EQ(Pixels(image, 4, 4, 7, true), pattern.left(7));     // steps 0..6
@@ -228,14 +212,8 @@ TEST_F(LabelDrawing, FontsFollowTheStyleBitsTheScaleAndArialIsTheMetricCompatibl
 
 TEST(LabelPlacement, TextStartForEachAlignmentAndAngle)
 {
-    struct Case
-    {
-        double orientation;
-        int horizontal, vertical;
-        double x, y;
-    };
     // Card 200 × 60 pixels at (100, 200); text 80 × 20 pixels.
-    const Case cases[] = {
+    const std::tuple<double, int, int, double, double> cases[] = {
         {0, 1, 4, 100, 200},
         {0, 2, 4, 220, 200},
         {0, 16, 4, 160, 200},
@@ -251,10 +229,10 @@ TEST(LabelPlacement, TextStartForEachAlignmentAndAngle)
         {12.37, 16, 16, 158.7864, 228.8011},
     };
     const ZWRect card{100, 200, 300, 260};
-    for (const Case& c : cases) {
-        const QPointF start = ZWCardLabel::TextStart(card, 80.0, 20.0, c.orientation, c.horizontal, c.vertical);
-        EXPECT_NEAR(start.x(), c.x, 1e-3) << c.orientation << " " << c.horizontal << "/" << c.vertical;
-        EXPECT_NEAR(start.y(), c.y, 1e-3) << c.orientation << " " << c.horizontal << "/" << c.vertical;
+    for (const auto& [orientation, horizontal, vertical, x, y] : cases) {
+        const QPointF start = ZWCardLabel::TextStart(card, 80.0, 20.0, orientation, horizontal, vertical);
+        EXPECT_NEAR(start.x(), x, 1e-3) << orientation << " " << horizontal << "/" << vertical;
+        EXPECT_NEAR(start.y(), y, 1e-3) << orientation << " " << horizontal << "/" << vertical;
     }
     const QSizeF extent = ZWCardLabel::RotatedExtent(80.0, 20.0, 90.0);
     EXPECT_NEAR(extent.width(), 20.0, 1e-9);
@@ -263,34 +241,30 @@ TEST(LabelPlacement, TextStartForEachAlignmentAndAngle)
 
 TEST_F(LabelDrawing, InkLiesWhereTheAlignmentPutsIt)
 {
-    struct Case
-    {
-        int horizontal, vertical;
-    };
-    const Case cases[] = {{1, 4}, {2, 4}, {16, 16}, {1, 8}, {2, 8}, {0, 0}};
+    const std::tuple<int, int> cases[] = {{1, 4}, {2, 4}, {16, 16}, {1, 8}, {2, 8}, {0, 0}};
     const tagDraw draw = PageDraw(5.0);
     const ZWRect card = draw.CardRect(10, 10, 50, 30); // 50,50 – 300,200
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.horizontal << "/" << c.vertical);
+    for (const auto& [horizontal, vertical] : cases) {
+        SCOPED_TRACE(testing::Message() << horizontal << "/" << vertical);
         ZWCardLabel label = Label(u"HHHH"_s, 20.0);
         zwtest::Place(label, 10.0, 10.0, 50.0, 30.0);
-        label.horizontalAlign = c.horizontal;
-        label.verticalAlign = c.vertical;
+        label.horizontalAlign = horizontal;
+        label.verticalAlign = vertical;
         const QRect ink = InkBounds(Draw(label, draw));
         ASSERT_FALSE(ink.isNull());
         const QSizeF extent = Extent(label, draw);
         EXPECT_NEAR(ink.width(), extent.width(), 9.0);
         // Capital H: the ink starts a side bearing after the pen and its top
         // lies within the text cell.
-        if (c.horizontal == 2)
+        if (horizontal == 2)
             EXPECT_LT(card.right - (ink.right() + 1), 5);
-        else if (c.horizontal == 16)
+        else if (horizontal == 16)
             EXPECT_NEAR((ink.left() + ink.right() + 1) / 2.0, (card.left + card.right) / 2.0, 2.0);
         else
             EXPECT_LT(ink.left() - card.left, 5);
-        const double cellTop = c.vertical == 8 ? card.bottom - extent.height()
-            : c.vertical == 16                 ? (card.top + card.bottom - extent.height()) / 2
-                                               : card.top;
+        const double cellTop = vertical == 8 ? card.bottom - extent.height()
+            : vertical == 16                 ? (card.top + card.bottom - extent.height()) / 2
+                                             : card.top;
         EXPECT_GE(ink.top(), std::round(cellTop));
         EXPECT_LE(ink.bottom(), std::round(cellTop + extent.height()));
     }
@@ -380,15 +354,9 @@ protected:
 
 TEST_F(ImageDrawing, PicturesLandOnTheirTargetRectanglesInEachMode)
 {
-    struct Case
-    {
-        bool aspect, real;
-        int horizontal, vertical;
-        QRectF expected;
-    };
     // Card 40 × 30 mm at (10, 20); a 100 × 50 pixel picture, drawn at 5 px/mm
     // where a picture pixel at real size is a device pixel (20 × 10 mm).
-    const Case cases[] = {
+    const std::tuple<bool, bool, int, int, QRectF> cases[] = {
         {false, false, 1, 4, {10, 20, 40, 30}},
         {false, false, 16, 16, {10, 20, 40, 30}},
         {false, true, 1, 4, {10, 20, 20, 10}},
@@ -402,19 +370,19 @@ TEST_F(ImageDrawing, PicturesLandOnTheirTargetRectanglesInEachMode)
         {true, false, 3, 5, {10, 25, 40, 20}},
         {true, false, 16, 8, {10, 30, 40, 20}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.aspect << c.real << " " << c.horizontal << "/" << c.vertical);
+    for (const auto& [aspect, real, horizontal, vertical, expected] : cases) {
+        SCOPED_TRACE(testing::Message() << aspect << real << " " << horizontal << "/" << vertical);
         const QRectF target = ZWCardImage::TargetRectMm(
-            QRectF(10, 20, 40, 30), QSize(100, 50), QPointF(0.2, 0.2), c.horizontal, c.vertical, c.aspect, c.real);
-        EXPECT_NEAR((target.topLeft() - c.expected.topLeft()).manhattanLength(), 0.0, 1e-9);
-        EXPECT_NEAR((target.bottomRight() - c.expected.bottomRight()).manhattanLength(), 0.0, 1e-9);
+            QRectF(10, 20, 40, 30), QSize(100, 50), QPointF(0.2, 0.2), horizontal, vertical, aspect, real);
+        EXPECT_NEAR((target.topLeft() - expected.topLeft()).manhattanLength(), 0.0, 1e-9);
+        EXPECT_NEAR((target.bottomRight() - expected.bottomRight()).manhattanLength(), 0.0, 1e-9);
         ZWCardImage card = Card(Qt::red, 100, 50);
-        card.maintainAspectRatio = c.aspect;
-        card.maintainRealSize = c.real;
-        card.horizontalAlign = c.horizontal;
-        card.verticalAlign = c.vertical;
+        card.maintainAspectRatio = aspect;
+        card.maintainRealSize = real;
+        card.horizontalAlign = horizontal;
+        card.verticalAlign = vertical;
         const QImage image = Draw(card, PageDraw(5.0));
-        const QRect pixels = QRectF(c.expected.topLeft() * 5, c.expected.size() * 5).toRect();
+        const QRect pixels = QRectF(expected.topLeft() * 5, expected.size() * 5).toRect();
         EXPECT_EQ(InkBounds(image), pixels);
         EXPECT_EQ(zwtest::CountColour(image, qRgb(255, 0, 0)), pixels.width() * pixels.height());
     }
@@ -504,26 +472,25 @@ TEST(ConditionedDrawing, DrawsOnlyTheCurrentAlternativeInItsOwnRectangle)
     card.AddCondition(u"a"_s, std::move(red));
     card.AddCondition(u"b"_s, std::move(picture));
 
-    const auto draw = [&card]() {
+    // The card drawn with alternative `level` current.
+    const auto draw = [&card](int level, bool actualize = true) {
+        card.level = level;
+        if (actualize)
+            card.ActualizeLevel();
         QImage image = WhiteImage(200, 200);
         QPainter painter(&image);
         card.Draw(painter, PageDraw(5.0));
         return image;
     };
-    EXPECT_TRUE(InkBounds(draw()).isNull()); // no level yet
-    card.level = 0;
-    card.ActualizeLevel();
-    QImage image = draw();
+    EXPECT_TRUE(InkBounds(draw(card.level, false)).isNull()); // no level yet
+    QImage image = draw(0);
     EXPECT_EQ(InkBounds(image), QRect(50, 50, 100, 50));
     EXPECT_EQ(zwtest::CountColour(image, qRgb(255, 0, 0)), 100 * 50);
-    card.level = 1;
-    card.ActualizeLevel();
-    image = draw();
-    EXPECT_EQ(zwtest::CountColour(image, qRgb(0, 0, 255)), 100 * 50);
-    EXPECT_EQ(zwtest::CountColour(image, qRgb(255, 0, 0)), 0);
-    EXPECT_EQ(card.layer, 0);
-    card.level = 2;
-    EXPECT_TRUE(InkBounds(draw()).isNull());
+    image = draw(1);
+    EXPECT_EQ(std::tuple(
+                  zwtest::CountColour(image, qRgb(0, 0, 255)), zwtest::CountColour(image, qRgb(255, 0, 0)), card.layer),
+        std::tuple(100 * 50, 0, 0));
+    EXPECT_TRUE(InkBounds(draw(2, false)).isNull());
 }
 
 // ---------------------------------------------------------------- pages

@@ -27,45 +27,34 @@ std::unique_ptr<ZWCardConditioned> WithAlternatives(const QString& kinds)
 
 TEST(Conditioned, LayerFollowsTheCurrentAlternative)
 {
-    struct Case
-    {
-        const char* kinds;
-        int level, layer;
-    };
-    const Case cases[]
+    const std::tuple<const char*, int, int> cases[]
         = {{"", -1, 1}, {"LI", 1, 0}, {"LI", 0, 1}, {"LI", -1, 1}, {"LI", 2, 1}, {"I", 0, 0}, {"IL", 1, 1}};
-    for (const Case& c : cases) {
-        auto card = WithAlternatives(QString::fromLatin1(c.kinds));
-        card->level = c.level;
+    for (const auto& [kinds, level, layer] : cases) {
+        auto card = WithAlternatives(QString::fromLatin1(kinds));
+        card->level = level;
         card->ActualizeLevel();
-        EXPECT_EQ(card->layer, c.layer) << c.kinds << " level " << c.level;
+        EXPECT_EQ(card->layer, layer) << kinds << " level " << level;
     }
 }
 
 TEST(Conditioned, DeleteCondition)
 {
-    struct Case
-    {
-        int count, level, remove;
-        bool result;
-        int levelAfter;
-        const char* idsAfter;
-    };
-    const Case cases[] = {{3, 2, 2, true, 1, "alt0,alt1"},        // the last of three: level on the new last
-        {3, 0, 0, true, 0, "alt1,alt2"},                          // the first: the former second is current
-        {3, 2, 1, true, 1, "alt0,alt2"}, {1, 0, 0, true, -1, ""}, // the only one: none left
-        {3, 1, 3, false, 1, "alt0,alt1,alt2"}, {3, 1, -1, false, 1, "alt0,alt1,alt2"}, {0, -1, 0, false, -1, ""}};
-    for (const Case& c : cases) {
-        auto card = WithAlternatives(QString(c.count, QLatin1Char('L')));
-        card->level = c.level;
+    const std::tuple<int, int, int, bool, int, const char*> cases[]
+        = {{3, 2, 2, true, 1, "alt0,alt1"},                           // the last of three: level on the new last
+            {3, 0, 0, true, 0, "alt1,alt2"},                          // the first: the former second is current
+            {3, 2, 1, true, 1, "alt0,alt2"}, {1, 0, 0, true, -1, ""}, // the only one: none left
+            {3, 1, 3, false, 1, "alt0,alt1,alt2"}, {3, 1, -1, false, 1, "alt0,alt1,alt2"}, {0, -1, 0, false, -1, ""}};
+    for (const auto& [count, level, remove, result, levelAfter, idsAfter] : cases) {
+        auto card = WithAlternatives(QString(count, QLatin1Char('L')));
+        card->level = level;
         card->ActualizeLevel();
-        SCOPED_TRACE(testing::Message() << c.count << "/" << c.remove);
-        EXPECT_EQ(card->DeleteCondition(c.remove), c.result);
+        SCOPED_TRACE(testing::Message() << count << "/" << remove);
+        EXPECT_EQ(card->DeleteCondition(remove), result);
         QStringList ids;
         for (int i = 0; i < card->GetNumberOfConditions(); ++i)
             ids << card->GetControl(i)->id;
-        EXPECT_EQ(std::tuple(card->level, ids.join(QLatin1Char(','))),
-            std::tuple(c.levelAfter, QString::fromLatin1(c.idsAfter)));
+        EXPECT_EQ(
+            std::tuple(card->level, ids.join(QLatin1Char(','))), std::tuple(levelAfter, QString::fromLatin1(idsAfter)));
         EXPECT_EQ(card->conditions.size(), card->controls.size());
     }
 }

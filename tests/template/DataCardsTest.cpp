@@ -96,18 +96,10 @@ TEST_F(DataCards, ChartAndTableWriteEveryFieldInOrderAndReadItBack)
 {
     ZWCardChart chart;
     zwtest::Place(chart, 1.0, 2.0, 30.0, 20.0);
-    chart.id = u"c1"_s;
-    chart.type = ZWCardChart::Type::Stacked;
-    chart.unit = u"month"_s;
-    chart.title = u"Energy & cost"_s;
-    chart.xTitle = u"Month"_s;
-    chart.yTitle = u"kWh"_s;
-    chart.format = u"03.02"_s;
-    chart.thousandSeparator = true;
-    chart.labelFormat = u"MM/yy"_s;
-    chart.legend = false;
-    chart.font = u"Times New Roman"_s;
-    chart.size = 9.5;
+    std::tie(chart.id, chart.type, chart.unit) = std::tuple(u"c1"_s, ZWCardChart::Type::Stacked, u"month"_s);
+    std::tie(chart.title, chart.xTitle, chart.yTitle) = std::tuple(u"Energy & cost"_s, u"Month"_s, u"kWh"_s);
+    std::tie(chart.format, chart.thousandSeparator, chart.labelFormat) = std::tuple(u"03.02"_s, true, u"MM/yy"_s);
+    std::tie(chart.legend, chart.font, chart.size) = std::tuple(false, u"Times New Roman"_s, 9.5);
     chart.series = {{u"This year"_s, u"[Main.E:delta]"_s, 0x0000FF, QString()},
         {u"Last year"_s, u"[Main.E:delta]"_s, 0x00FF00, u"-1y"_s}};
     EXPECT_EQ(CardXml(chart),
@@ -126,13 +118,10 @@ TEST_F(DataCards, ChartAndTableWriteEveryFieldInOrderAndReadItBack)
 
     ZWCardTable table;
     zwtest::Place(table, 1.0, 2.0, 30.0, 20.0);
-    table.id = u"t1"_s;
-    table.unit = u"hour"_s;
-    table.labelFormat = u"hh"_s;
-    table.labelTitle = u"Hour"_s;
-    table.stripeColor = ZW_NO_COLOR;
-    table.total = ZWCardTable::Total::Max;
-    table.totalTitle = u"Peak"_s;
+    std::tie(table.id, table.unit, table.labelFormat, table.labelTitle)
+        = std::tuple(u"t1"_s, u"hour"_s, u"hh"_s, u"Hour"_s);
+    std::tie(table.stripeColor, table.total, table.totalTitle)
+        = std::tuple(ZW_NO_COLOR, ZWCardTable::Total::Max, u"Peak"_s);
     table.columns = {{u"Power"_s, u"[M.P]"_s, u"5.01"_s, true, QString(), QString()},
         {u"Yesterday"_s, u"[M.P]"_s, u".0"_s, false, u"-1"_s, u"mean"_s}};
     EXPECT_EQ(CardXml(table),
@@ -154,16 +143,10 @@ TEST_F(DataCards, ChartAndTableWriteEveryFieldInOrderAndReadItBack)
 
 TEST_F(DataCards, BadFieldsKeepTheirDefaults)
 {
-    struct Case
-    {
-        const char* what;
-        const char* element;
-        QString inner;
-        QString expected; // a part of the element as written again
-    };
+    // expected: a part of the element as written again
     const QString series25 = u"<series><title>A</title></series>"_s.repeated(25);
     const QString columns25 = u"<column><title>A</title></column>"_s.repeated(25);
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, QString, QString> cases[] = {
         {"an unknown chart type", "chart", u"<type>pie</type>"_s, u"<type>bar</type>"_s},
         {"a type with blanks", "chart", u"<type> line </type>"_s, u"<type>line</type>"_s},
         {"an unknown unit", "chart", u"<unit>year</unit>"_s, u"<unit>day</unit>"_s},
@@ -187,13 +170,13 @@ TEST_F(DataCards, BadFieldsKeepTheirDefaults)
         {"a column format without a point", "table", u"<column><format>x</format></column>"_s,
             u"<format>.2</format>"_s},
     };
-    for (const Case& c : cases) {
+    for (const auto& [what, element, inner, expected] : cases) {
         XmlDocument doc;
-        ASSERT_TRUE(doc.Parse((u"<%1>%2</%1>"_s.arg(QLatin1String(c.element), c.inner)).toUtf8())) << c.what;
-        auto card = ZWCardControl::CreateFromElement(QLatin1String(c.element));
-        ASSERT_TRUE(card) << c.what;
+        ASSERT_TRUE(doc.Parse((u"<%1>%2</%1>"_s.arg(QLatin1String(element), inner)).toUtf8())) << what;
+        auto card = ZWCardControl::CreateFromElement(QLatin1String(element));
+        ASSERT_TRUE(card) << what;
         card->GetFromXml(doc.Root());
-        EXPECT_TRUE(CardXml(*card).contains(c.expected)) << c.what << ": " << CardXml(*card).toStdString();
+        EXPECT_TRUE(CardXml(*card).contains(expected)) << what << ": " << CardXml(*card).toStdString();
     }
     // At most 20 series and 20 columns are kept.
     XmlDocument doc;
@@ -307,26 +290,20 @@ TEST_F(DataCards, NothingIsPaintedOutsideTheCard)
 
 TEST_F(DataCards, BarsAreToScaleAndStandOnZero)
 {
-    struct Case
-    {
-        const char* what;
-        ZWCardChart::Type type;
-        std::vector<std::vector<double>> values;
-        double top, bottom; // the values at the top and the bottom of the blue
-    };
-    const Case cases[] = {
+    // top, bottom: the values at the top and the bottom of the blue
+    const std::tuple<const char*, ZWCardChart::Type, std::vector<std::vector<double>>, double, double> cases[] = {
         {"bars", ZWCardChart::Type::Bar, {{10, 20, 30, 40, 50, 60, 70, 80, 90, 100}}, 100, 0},
         {"bars below zero", ZWCardChart::Type::Bar, {{-50, 20, 100}}, 100, -50},
         {"stacked bars", ZWCardChart::Type::Stacked, {{50, 20}, {50, 10}}, 100, 0},
         {"stacked bars either side of zero", ZWCardChart::Type::Stacked, {{50, -40}, {50, -10}}, 100, -50},
     };
-    for (const Case& c : cases) {
-        ZWCardChart chart = Chart(c.type, int(c.values.size()));
+    for (const auto& [what, type, values, top, bottom] : cases) {
+        ZWCardChart chart = Chart(type, int(values.size()));
         chart.legend = false;
-        chart.SetValues(QStringList(int(c.values[0].size()), u"x"_s), c.values);
+        chart.SetValues(QStringList(int(values[0].size()), u"x"_s), values);
         const QImage image = Picture(chart);
         const QRectF plot = chart.PlotRect();
-        ASSERT_FALSE(plot.isEmpty()) << c.what;
+        ASSERT_FALSE(plot.isEmpty()) << what;
         int blueTop = image.height(), blueBottom = -1, zero = -1;
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x)
@@ -338,13 +315,13 @@ TEST_F(DataCards, BarsAreToScaleAndStandOnZero)
             if (zero < 0 && (image.pixel(int(plot.right()) - 2, y) & 0xFFFFFF) == 0)
                 zero = y;
         }
-        ASSERT_GT(blueBottom - blueTop, 10) << c.what;
-        ASSERT_GE(zero, 0) << c.what;
+        ASSERT_GT(blueBottom - blueTop, 10) << what;
+        ASSERT_GE(zero, 0) << what;
         // The largest value is a tick, so its bar reaches the plot's top.
-        EXPECT_NEAR(blueTop, plot.top(), 1.5) << c.what;
-        const double pxPerValue = (zero - blueTop) / c.top;
-        EXPECT_NEAR(blueBottom + 1, zero - c.bottom * pxPerValue, 2.0) << c.what;
-        EXPECT_LT(blueBottom, plot.bottom() + 1) << c.what;
+        EXPECT_NEAR(blueTop, plot.top(), 1.5) << what;
+        const double pxPerValue = (zero - blueTop) / top;
+        EXPECT_NEAR(blueBottom + 1, zero - bottom * pxPerValue, 2.0) << what;
+        EXPECT_LT(blueBottom, plot.bottom() + 1) << what;
     }
 }
 

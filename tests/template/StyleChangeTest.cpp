@@ -26,16 +26,7 @@ TEST(StyleChange, VerdictsFollowTheNameSizeAndExistingFiles)
     ASSERT_TRUE(Style(u"Taken"_s).SaveByName());
     ASSERT_TRUE(Style(u"Mine"_s).SaveByName());
     ZWTextStyle mineBigger = Style(u"Mine"_s, 12.0);
-    struct Case
-    {
-        const char* what;
-        std::optional<ZWTextStyle> opened;
-        bool mayOverwrite;
-        ZWTextStyle edited;
-        Verdict verdict;
-        int message;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::optional<ZWTextStyle>, bool, ZWTextStyle, Verdict, int> cases[] = {
         {"an empty name", std::nullopt, false, Style(QString()), Verdict::NameMissing, ZWTextId::StyleNameMissing},
         {"a name with a folder", std::nullopt, false, Style(u"a/b"_s), Verdict::NameNotAFileName,
             ZWTextId::StyleNameNotAFileName},
@@ -57,11 +48,11 @@ TEST(StyleChange, VerdictsFollowTheNameSizeAndExistingFiles)
         {"a bigger size", Style(u"Mine"_s), true, mineBigger, Verdict::Write, 0},
         {"a free new name", std::nullopt, false, Style(u"Fresh"_s), Verdict::Write, 0},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const Verdict verdict = ZWStyleChange(c.opened, c.mayOverwrite).Judge(c.edited);
-        EXPECT_EQ(verdict, c.verdict);
-        EXPECT_EQ(ZWStyleChange::MessageId(verdict), c.message);
+    for (const auto& [what, opened, mayOverwrite, edited, verdict, message] : cases) {
+        SCOPED_TRACE(what);
+        const Verdict judged = ZWStyleChange(opened, mayOverwrite).Judge(edited);
+        EXPECT_EQ(judged, verdict);
+        EXPECT_EQ(ZWStyleChange::MessageId(judged), message);
     }
 }
 

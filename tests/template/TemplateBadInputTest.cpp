@@ -63,19 +63,13 @@ TEST(TemplateBadInput, CardWithGarbageEverywhere)
 
 TEST(TemplateBadInput, Base64ThatIsNotBase64AndBytesThatAreNoPicture)
 {
-    struct Case
-    {
-        const char* text;
-        bool ok;
-        const char* decoded;
-    };
-    const Case cases[] = {{"aGVsbG8=", true, "hello"}, {"aGVsbG8", true, "hello"}, {"aGVs\n bG8=", true, "hello"},
-        {"", true, ""}, {"a", false, ""}, {"aGVs!G8=", false, ""}, {"aGVsbG8=aGVs", false, ""},
-        {"\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9", false, ""}};
-    for (const Case& c : cases) {
+    const std::tuple<const char*, bool, const char*> cases[] = {{"aGVsbG8=", true, "hello"}, {"aGVsbG8", true, "hello"},
+        {"aGVs\n bG8=", true, "hello"}, {"", true, ""}, {"a", false, ""}, {"aGVs!G8=", false, ""},
+        {"aGVsbG8=aGVs", false, ""}, {"\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9", false, ""}};
+    for (const auto& [text, ok, decoded] : cases) {
         QByteArray out("stale");
-        EXPECT_EQ(DecodeBase64(QString::fromUtf8(c.text), out), c.ok) << c.text;
-        EXPECT_EQ(out, QByteArray(c.decoded)) << c.text;
+        EXPECT_EQ(DecodeBase64(QString::fromUtf8(text), out), ok) << text;
+        EXPECT_EQ(out, QByteArray(decoded)) << text;
     }
     EXPECT_GE(DecodedBase64Size(u"aGVs bG8="_s), 5);
 
@@ -99,28 +93,23 @@ TEST(TemplateBadInput, FilesThatAreNoTemplate)
     QTemporaryDir dir;
     const QByteArray example = zwtest::ReadFile(zwtest::SourcePath(u"examples/reports/MonthlyEnergy.XRPT"_s));
     ASSERT_FALSE(example.isEmpty());
-    struct Case
-    {
-        const char* name;
-        QByteArray bytes;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, QByteArray> cases[] = {
         {"malformed", "<design><page><label><x>1</x></page></design>"},
         {"truncated", example.left(example.size() / 2)},
         {"empty", ""},
         {"binary", QByteArray("\x89PNG\r\n\x1a\n\0\0\0", 11)},
         {"doctype", "<!DOCTYPE design [<!ENTITY a \"b\">]><design>&a;</design>"},
     };
-    for (const Case& c : cases) {
-        const QString path = dir.filePath(QString::fromLatin1(c.name));
-        ASSERT_TRUE(zwtest::WriteFile(path, c.bytes));
+    for (const auto& [name, bytes] : cases) {
+        const QString path = dir.filePath(QString::fromLatin1(name));
+        ASSERT_TRUE(zwtest::WriteFile(path, bytes));
         ZWTemplate report;
         report.name = u"before"_s;
         QString error;
-        EXPECT_FALSE(report.Load(path, &error)) << c.name;
+        EXPECT_FALSE(report.Load(path, &error)) << name;
         EXPECT_EQ(std::tuple(error.isEmpty(), report.pages.empty(), report.name, report.id.isEmpty()),
             std::tuple(false, true, QString(), false))
-            << c.name;
+            << name;
     }
     ZWTemplate missing;
     EXPECT_FALSE(missing.Load(dir.filePath(u"nothing-here.XRPT"_s)));

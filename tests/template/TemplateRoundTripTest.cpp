@@ -121,8 +121,7 @@ TEST(TemplateRoundTrip, MissingElementsFollowTheirRules)
 
     // A formule's format goes back to its default; only "T" is true.
     ZWCardFormule formule;
-    formule.integerDigits = 5;
-    formule.decimals = 1;
+    std::tie(formule.integerDigits, formule.decimals) = std::tuple(5, 1);
     formule.fillIntegerZeros = formule.fillDecimalZeros = formule.thousandSeparator = true;
     read(formule, "<formule><value>1+1</value><thousandSeparator>t</thousandSeparator></formule>");
     EXPECT_EQ(std::tuple(formule.integerDigits, formule.decimals, formule.fillIntegerZeros, formule.fillDecimalZeros,
@@ -137,9 +136,7 @@ TEST(TemplateRoundTrip, MissingElementsFollowTheirRules)
 
     // A picture centres; a missing boolean keeps its value.
     ZWCardImage image;
-    image.horizontalAlign = 1;
-    image.verticalAlign = 8;
-    image.maintainAspectRatio = false;
+    std::tie(image.horizontalAlign, image.verticalAlign, image.maintainAspectRatio) = std::tuple(1, 8, false);
     read(image, "<image><x>1</x></image>");
     EXPECT_EQ(
         std::tuple(image.horizontalAlign, image.verticalAlign, image.maintainAspectRatio), std::tuple(16, 16, false));
@@ -150,10 +147,8 @@ TEST(TemplateRoundTrip, ImageEmbedsItsBytesUnlessItHasAFileWhoseNameIsKeptEvenWh
     const QByteArray png = zwtest::SolidPng(8, 4, Qt::red);
     ZWCardImage image;
     SetCommon(image);
-    image.horizontalAlign = 2;
-    image.verticalAlign = 4;
-    image.maintainAspectRatio = false;
-    image.maintainRealSize = true;
+    std::tie(image.horizontalAlign, image.verticalAlign, image.maintainAspectRatio, image.maintainRealSize)
+        = std::tuple(2, 4, false, true);
     ASSERT_TRUE(image.SetPictureBytes(png));
     EXPECT_EQ(CardXml(image),
         u"<image>"_s + kCommonXml + u"<value>"_s + QString::fromLatin1(png.toBase64())
@@ -255,17 +250,12 @@ TEST(TemplateRoundTrip, ConditionedReadingSkipsWhatIsNoAlternative)
 TEST(TemplateRoundTrip, PagePropertiesAndBackground)
 {
     ZWTemplatePage page;
-    page.properties.width = 297.0;
-    page.properties.height = 210.0;
-    page.properties.rounded = 4.5;
-    page.properties.xgrid = -2.5;
-    page.properties.ygrid = 7.0;
-    const QByteArray png = zwtest::SolidPng(3, 2, Qt::cyan);
-    ASSERT_TRUE(page.properties.InitializeBackground(QString::fromLatin1(png.toBase64())));
-    page.properties.background->horizontalAlign = 1;
-    page.properties.background->verticalAlign = 0;
-    page.properties.background->maintainAspectRatio = false;
-    page.properties.background->maintainRealSize = true;
+    ZWGlobalProperties& p = page.properties;
+    std::tie(p.width, p.height, p.rounded, p.xgrid, p.ygrid) = std::tuple(297.0, 210.0, 4.5, -2.5, 7.0);
+    ASSERT_TRUE(p.InitializeBackground(QString::fromLatin1(zwtest::SolidPng(3, 2, Qt::cyan).toBase64())));
+    ZWCardImage& b = *p.background;
+    std::tie(b.horizontalAlign, b.verticalAlign, b.maintainAspectRatio, b.maintainRealSize)
+        = std::tuple(1, 0, false, true);
     for (const char* kind : {"ZWCardImage", "ZWCardLabel", "ZWCardDate", "ZWCardFormule", "ZWCardConditioned"})
         page.cards.push_back(ZWCardControl::CreateObject(QString::fromLatin1(kind)));
 
@@ -405,8 +395,7 @@ TEST(TemplateRoundTrip, WholeTemplateIsWrittenAndReadBack)
     report.name = u"Rooftop plant"_s;
     report.AddPage().cards.push_back(std::make_unique<ZWCardLabel>());
     ZWTemplatePage& second = report.AddPage();
-    second.properties.width = 297.0;
-    second.properties.height = 210.0;
+    std::tie(second.properties.width, second.properties.height) = std::tuple(297.0, 210.0);
     XmlDocument library;
     ASSERT_TRUE(library.Parse("<formules><formule><name>Price</name><text>0.21</text></formule></formules>"));
     report.SetFormules(library.Root());

@@ -393,51 +393,36 @@ TEST(EditTemplateWndTest, ARandomSessionIsUndoneToTheStartAndRedoneToItsEnd)
     };
     const Qt::KeyboardModifiers mods[] = {Qt::NoModifier, Qt::ControlModifier, Qt::ShiftModifier};
     const int keys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down};
-    for (int step = 0; step < 300; ++step) {
-        switch (pick(12)) {
-        case 0:
-        case 1:
-            w.Drag(onCard(), pagePoint(), mods[pick(3)]);
-            break;
-        case 2:
-            w.Drag(pagePoint(), pagePoint(), mods[pick(3)]);
-            break;
-        case 3:
-            w.Key(keys[pick(4)], pick(2) ? Qt::ShiftModifier : Qt::NoModifier);
-            break;
-        case 4:
-            w.Key(Qt::Key_C, Qt::ControlModifier);
-            w.Key(Qt::Key_V, Qt::ControlModifier);
-            break;
-        case 5:
-            w.Key(pick(2) ? Qt::Key_Delete : Qt::Key_X, pick(2) ? Qt::NoModifier : Qt::ControlModifier);
-            break;
-        case 6:
-            w.wnd->AlignSelectedControls(1 << pick(4));
-            break;
-        case 7:
-            w.wnd->DistributeSelectedControls(pick(2));
-            w.wnd->JustifySelectedControls(pick(2), pick(2));
-            break;
-        case 8:
-            w.wnd->ResizeSelectedControls(pick(2), pick(2));
-            break;
-        case 9:
-            w.wnd->SetActiveState(pick(2) ? ZWEditPage::LabelTool : ZWEditPage::DateTool);
-            w.Drag(pagePoint(), pagePoint(), pick(2) ? Qt::ControlModifier : Qt::NoModifier);
-            w.wnd->SetActiveState(ZWEditPage::SelectTool);
-            break;
-        case 10:
-            QTest::mouseClick(w.Area(), Qt::RightButton, {}, pagePoint());
-            if (QWidget* popup = QApplication::activePopupWidget())
-                popup->close();
-            w.wnd->OnNewImage();
-            break;
-        default:
-            w.Key(Qt::Key_Z, Qt::ControlModifier);
-            break;
-        }
-    }
+    const auto dragCard = [&] { w.Drag(onCard(), pagePoint(), mods[pick(3)]); };
+    const auto undo = [&] { w.Key(Qt::Key_Z, Qt::ControlModifier); };
+    const std::function<void()> actions[]
+        = {dragCard, dragCard, [&] { w.Drag(pagePoint(), pagePoint(), mods[pick(3)]); },
+            [&] { w.Key(keys[pick(4)], pick(2) ? Qt::ShiftModifier : Qt::NoModifier); },
+            [&] {
+                w.Key(Qt::Key_C, Qt::ControlModifier);
+                w.Key(Qt::Key_V, Qt::ControlModifier);
+            },
+            [&] { w.Key(pick(2) ? Qt::Key_Delete : Qt::Key_X, pick(2) ? Qt::NoModifier : Qt::ControlModifier); },
+            [&] { w.wnd->AlignSelectedControls(1 << pick(4)); },
+            [&] {
+                w.wnd->DistributeSelectedControls(pick(2));
+                w.wnd->JustifySelectedControls(pick(2), pick(2));
+            },
+            [&] { w.wnd->ResizeSelectedControls(pick(2), pick(2)); },
+            [&] {
+                w.wnd->SetActiveState(pick(2) ? ZWEditPage::LabelTool : ZWEditPage::DateTool);
+                w.Drag(pagePoint(), pagePoint(), pick(2) ? Qt::ControlModifier : Qt::NoModifier);
+                w.wnd->SetActiveState(ZWEditPage::SelectTool);
+            },
+            [&] {
+                QTest::mouseClick(w.Area(), Qt::RightButton, {}, pagePoint());
+                if (QWidget* popup = QApplication::activePopupWidget())
+                    popup->close();
+                w.wnd->OnNewImage();
+            },
+            undo};
+    for (int step = 0; step < 300; ++step)
+        actions[pick(12)]();
     const PageState end = StateOf(*w.wnd);
     const int index = w.stack.index();
     ASSERT_GT(index, 20);
