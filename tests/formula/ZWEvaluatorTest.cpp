@@ -31,30 +31,21 @@ std::string CaseName(const testing::TestParamInfo<GrammarCase>& info)
 }
 
 INSTANTIATE_TEST_SUITE_P(Accepted, Grammar,
-    testing::Values(GrammarCase{u"1", 0}, GrammarCase{u"1 + 2", 0}, GrammarCase{u"1 < 2", 1},
-        GrammarCase{u"(1 < 2)", 1}, GrammarCase{u"x", 0}, GrammarCase{u"[a.b]", 0}, GrammarCase{u"-1", 0},
-        GrammarCase{u"+1", 0}, GrammarCase{u"!(1 < 2)", 1}, GrammarCase{u"- -3", 0}, GrammarCase{u"2+ -3", 0},
-        GrammarCase{u"1 - -1", 0}, GrammarCase{u"2*-3", 0}, GrammarCase{u"2^-3", 0}, GrammarCase{u"-(-(1))", 0},
-        GrammarCase{u"a && (!b)", 1}, GrammarCase{u"sqrt(4)", 0}, GrammarCase{u"SiN(0)", 0},
-        GrammarCase{u"sqrt(+4)", 0}, GrammarCase{u"atan2(1, 2)", 0}, GrammarCase{u"atan2(-1, -2)", 0},
-        GrammarCase{u"atan2(!(1<2), 1)", 0}, GrammarCase{u"(((1)))", 0}, GrammarCase{u"1 < 2 < 3", 1},
-        GrammarCase{u"1e3 * .5 + 5.", 0}, GrammarCase{u"  1  ", 0}, GrammarCase{u"[Meter 1.Power] * 0.5 + Cost", 0},
-        GrammarCase{u"atan2([a.x], 2) >= 1 && !(Total == 0)", -1},
-        GrammarCase{u"atan2([a.x], 2) >= 1 && (!(Total == 0))", 1}),
+    testing::ValuesIn(std::vector<GrammarCase>{{u"1", 0}, {u"1 + 2", 0}, {u"1 < 2", 1}, {u"(1 < 2)", 1}, {u"x", 0},
+        {u"[a.b]", 0}, {u"-1", 0}, {u"+1", 0}, {u"!(1 < 2)", 1}, {u"- -3", 0}, {u"2+ -3", 0}, {u"1 - -1", 0},
+        {u"2*-3", 0}, {u"2^-3", 0}, {u"-(-(1))", 0}, {u"a && (!b)", 1}, {u"sqrt(4)", 0}, {u"SiN(0)", 0},
+        {u"sqrt(+4)", 0}, {u"atan2(1, 2)", 0}, {u"atan2(-1, -2)", 0}, {u"atan2(!(1<2), 1)", 0}, {u"(((1)))", 0},
+        {u"1 < 2 < 3", 1}, {u"1e3 * .5 + 5.", 0}, {u"  1  ", 0}, {u"[Meter 1.Power] * 0.5 + Cost", 0},
+        {u"atan2([a.x], 2) >= 1 && !(Total == 0)", -1}, {u"atan2([a.x], 2) >= 1 && (!(Total == 0))", 1}}),
     CaseName);
 
 INSTANTIATE_TEST_SUITE_P(Refused, Grammar,
-    testing::Values(GrammarCase{u"", -1}, GrammarCase{u"   ", -1}, GrammarCase{u"2 3", -1}, GrammarCase{u"2+-3", -1},
-        GrammarCase{u"2++3", -1}, GrammarCase{u"--1", -1}, GrammarCase{u"a && !b", -1}, GrammarCase{u"2* - -3", -1},
-        GrammarCase{u"- - -1", -1}, GrammarCase{u"!!(1<2)", -1}, GrammarCase{u"1 + !b", -1}, GrammarCase{u"1 + +2", -1},
-        GrammarCase{u"sqrt 4", -1}, GrammarCase{u"sqrt()", -1}, GrammarCase{u"sqrt(4", -1},
-        GrammarCase{u"atan2(1)", -1}, GrammarCase{u"atan2(1, 2, 3)", -1}, GrammarCase{u"atan2 (1 2)", -1},
-        GrammarCase{u"(1, 2)", -1}, GrammarCase{u"1, 2", -1}, GrammarCase{u"f(1)", -1}, GrammarCase{u"(1", -1},
-        GrammarCase{u"1)", -1}, GrammarCase{u"()", -1}, GrammarCase{u"1 +", -1}, GrammarCase{u"+", -1},
-        GrammarCase{u"-", -1}, GrammarCase{u"!", -1}, GrammarCase{u"1 +* 2", -1}, GrammarCase{u"* 2", -1},
-        GrammarCase{u"1 = 2", -1}, GrammarCase{u"1 & 2", -1}, GrammarCase{u"[a", -1}, GrammarCase{u"[]", -1},
-        GrammarCase{u"2e+x", -1}, GrammarCase{u"1.2.3", -1}, GrammarCase{u"\t1", -1}, GrammarCase{u"1\n", -1},
-        GrammarCase{u"a_b", -1}),
+    testing::ValuesIn(std::vector<GrammarCase>{{u"", -1}, {u"   ", -1}, {u"2 3", -1}, {u"2+-3", -1}, {u"2++3", -1},
+        {u"--1", -1}, {u"a && !b", -1}, {u"2* - -3", -1}, {u"- - -1", -1}, {u"!!(1<2)", -1}, {u"1 + !b", -1},
+        {u"1 + +2", -1}, {u"sqrt 4", -1}, {u"sqrt()", -1}, {u"sqrt(4", -1}, {u"atan2(1)", -1}, {u"atan2(1, 2, 3)", -1},
+        {u"atan2 (1 2)", -1}, {u"(1, 2)", -1}, {u"1, 2", -1}, {u"f(1)", -1}, {u"(1", -1}, {u"1)", -1}, {u"()", -1},
+        {u"1 +", -1}, {u"+", -1}, {u"-", -1}, {u"!", -1}, {u"1 +* 2", -1}, {u"* 2", -1}, {u"1 = 2", -1}, {u"1 & 2", -1},
+        {u"[a", -1}, {u"[]", -1}, {u"2e+x", -1}, {u"1.2.3", -1}, {u"\t1", -1}, {u"1\n", -1}, {u"a_b", -1}}),
     CaseName);
 
 QString Repeat(const QString& part, int times)

@@ -34,17 +34,17 @@ TEST_P(FormulaWord, AtTheCursor)
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, FormulaWord,
-    testing::Values(WordCase{"name at the end", "1 + Tot", 7, C::Name, 4, 7, "Tot"},
-        WordCase{"middle of a name", "1 + Total * 2", 6, C::Name, 4, 9, "To"},
-        WordCase{"after an operator", "1 +", 3, C::Name, 3, 3, ""}, WordCase{"empty text", "", 0, C::Name, 0, 0, ""},
-        WordCase{"cursor beyond the text", "ab", 9, C::Name, 0, 2, "ab"},
-        WordCase{"open bracket", "2 * [Main me", 12, C::DeviceVariable, 5, 12, "Main me"},
-        WordCase{"inside a closed bracket", "[Main meter.Power] + 1", 8, C::DeviceVariable, 1, 17, "Main me"},
-        WordCase{"before the filter", "[Main meter.Power:max]", 3, C::DeviceVariable, 1, 17, "Ma"},
-        WordCase{"filter", "[Main meter.Power:ma", 20, C::Filter, 18, 20, "ma"},
-        WordCase{"filter in a closed bracket", "[a.b:m] * 2", 6, C::Filter, 5, 6, "m"},
-        WordCase{"after a closed bracket", "[a.b]x", 6, C::Name, 5, 6, "x"},
-        WordCase{"bracket whose ] belongs to a later one", "[a.b + [c.d]", 4, C::DeviceVariable, 1, 4, "a.b"}),
+    testing::ValuesIn(std::vector<WordCase>{{"name at the end", "1 + Tot", 7, C::Name, 4, 7, "Tot"},
+        {"middle of a name", "1 + Total * 2", 6, C::Name, 4, 9, "To"},
+        {"after an operator", "1 +", 3, C::Name, 3, 3, ""}, {"empty text", "", 0, C::Name, 0, 0, ""},
+        {"cursor beyond the text", "ab", 9, C::Name, 0, 2, "ab"},
+        {"open bracket", "2 * [Main me", 12, C::DeviceVariable, 5, 12, "Main me"},
+        {"inside a closed bracket", "[Main meter.Power] + 1", 8, C::DeviceVariable, 1, 17, "Main me"},
+        {"before the filter", "[Main meter.Power:max]", 3, C::DeviceVariable, 1, 17, "Ma"},
+        {"filter", "[Main meter.Power:ma", 20, C::Filter, 18, 20, "ma"},
+        {"filter in a closed bracket", "[a.b:m] * 2", 6, C::Filter, 5, 6, "m"},
+        {"after a closed bracket", "[a.b]x", 6, C::Name, 5, 6, "x"},
+        {"bracket whose ] belongs to a later one", "[a.b + [c.d]", 4, C::DeviceVariable, 1, 4, "a.b"}}),
     [](const testing::TestParamInfo<WordCase>& info) { return zwtest::CaseName(info.param.what); });
 
 ZWFormulaCompletion Completion()
@@ -77,17 +77,17 @@ TEST_P(FormulaCandidates, Offered)
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, FormulaCandidates,
-    testing::Values(CandidateCase{"formulas, then device variables by their parts", "1 + t", 5,
-                        "Total|Tariff|tan|[Boiler.Temperature]|[Tank.Level]"},
-        CandidateCase{"functions ignore case", "AS", 2, "asin"},
-        CandidateCase{"a formula named like a function is read as the function", "sq", 2, "sqrt"},
-        CandidateCase{"nothing for an empty word", "1 + ", 4, ""},
-        CandidateCase{"variables containing the text, starts first", "[m", 2,
+    testing::ValuesIn(std::vector<CandidateCase>{{"formulas, then device variables by their parts", "1 + t", 5,
+                                                     "Total|Tariff|tan|[Boiler.Temperature]|[Tank.Level]"},
+        {"functions ignore case", "AS", 2, "asin"},
+        {"a formula named like a function is read as the function", "sq", 2, "sqrt"},
+        {"nothing for an empty word", "1 + ", 4, ""},
+        {"variables containing the text, starts first", "[m", 2,
             "Main meter.Active energy|Main meter.Active power|Boiler.Temperature"},
-        CandidateCase{"search in the middle", "[power", 6, "Main meter.Active power"},
-        CandidateCase{"every variable after the bracket", "[", 1,
+        {"search in the middle", "[power", 6, "Main meter.Active power"},
+        {"every variable after the bracket", "[", 1,
             "Boiler.Temperature|Main meter.Active energy|Main meter.Active power|Tank.Level"},
-        CandidateCase{"filters", "[Tank.Level:m", 13, "max|min"}),
+        {"filters", "[Tank.Level:m", 13, "max|min"}}),
     [](const testing::TestParamInfo<CandidateCase>& info) { return zwtest::CaseName(info.param.what); });
 
 struct CompleteCase
@@ -116,15 +116,15 @@ TEST_P(FormulaComplete, ReplacesTheWord)
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, FormulaComplete,
-    testing::Values(CompleteCase{"formula name", "1 + To", 6, "Total", "1 + Total", 9},
-        CompleteCase{"the whole word is replaced", "1 + To * 2", 5, "Total", "1 + Total * 2", 9},
-        CompleteCase{"function gets its parentheses", "2*sq", 4, "sqrt", "2*sqrt()", 7},
-        CompleteCase{"function before a parenthesis", "sq(4)", 2, "sqrt", "sqrt(4)", 4},
-        CompleteCase{"device variable from a name", "1 + tank", 8, "[Tank.Level]", "1 + [Tank.Level]", 16},
-        CompleteCase{"device variable gets its bracket", "[Tan", 4, "Tank.Level", "[Tank.Level]", 12},
-        CompleteCase{"closing bracket kept", "[Tan] * 2", 2, "Tank.Level", "[Tank.Level] * 2", 12},
-        CompleteCase{"filter kept", "[Ta:max]", 3, "Tank.Level", "[Tank.Level:max]", 11},
-        CompleteCase{"filter", "[Tank.Level:m", 13, "max", "[Tank.Level:max]", 16}),
+    testing::ValuesIn(std::vector<CompleteCase>{{"formula name", "1 + To", 6, "Total", "1 + Total", 9},
+        {"the whole word is replaced", "1 + To * 2", 5, "Total", "1 + Total * 2", 9},
+        {"function gets its parentheses", "2*sq", 4, "sqrt", "2*sqrt()", 7},
+        {"function before a parenthesis", "sq(4)", 2, "sqrt", "sqrt(4)", 4},
+        {"device variable from a name", "1 + tank", 8, "[Tank.Level]", "1 + [Tank.Level]", 16},
+        {"device variable gets its bracket", "[Tan", 4, "Tank.Level", "[Tank.Level]", 12},
+        {"closing bracket kept", "[Tan] * 2", 2, "Tank.Level", "[Tank.Level] * 2", 12},
+        {"filter kept", "[Ta:max]", 3, "Tank.Level", "[Tank.Level:max]", 11},
+        {"filter", "[Tank.Level:m", 13, "max", "[Tank.Level:max]", 16}}),
     [](const testing::TestParamInfo<CompleteCase>& info) { return zwtest::CaseName(info.param.what); });
 
 } // namespace

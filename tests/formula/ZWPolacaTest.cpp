@@ -42,16 +42,14 @@ TEST_P(Translation, FollowsThePriorityTable)
 }
 
 INSTANTIATE_TEST_SUITE_P(Priorities, Translation,
-    testing::Values(PostfixCase{"1+2*3", "1 2 3 * +"}, PostfixCase{"1*2+3", "1 2 * 3 +"},
-        PostfixCase{"2*3^2", "2 3 2 ^ *"}, PostfixCase{"2^3^2", "2 3 ^ 2 ^"}, PostfixCase{"1-2-3", "1 2 - 3 -"},
-        PostfixCase{"8/4/2", "8 4 / 2 /"}, PostfixCase{"-2^2", "2 neg 2 ^"}, PostfixCase{"2*-3", "2 3 neg *"},
-        PostfixCase{"2^-3^2", "2 3 neg ^ 2 ^"}, PostfixCase{"-sqrt(4)", "4 sqrt neg"},
-        PostfixCase{"sqrt(4)^2", "4 sqrt 2 ^"}, PostfixCase{"1+2<3*4", "1 2 + 3 4 * <"},
-        PostfixCase{"1<2 && 3<4", "1 2 < 3 4 < &&"}, PostfixCase{"1<2 || 3<4 && 5<6", "1 2 < 3 4 < || 5 6 < &&"},
-        PostfixCase{"1 < 2 == 3", "1 2 < 3 =="}, PostfixCase{"!(1<2) || 0<1", "1 2 < ! 0 1 < ||"},
-        PostfixCase{"(1+2)*3", "1 2 + 3 *"}, PostfixCase{"atan2(1+2, 3*4)", "1 2 + 3 4 * atan2"},
-        PostfixCase{"atan2(1, 2)^2", "1 2 atan2 2 ^"}, PostfixCase{"- -3", "neg 3 neg"}, PostfixCase{"!-1", "! 1 neg"},
-        PostfixCase{"[a.b]*Total", "[a.b] Total *"}),
+    testing::ValuesIn(std::vector<PostfixCase>{{"1+2*3", "1 2 3 * +"}, {"1*2+3", "1 2 * 3 +"}, {"2*3^2", "2 3 2 ^ *"},
+        {"2^3^2", "2 3 ^ 2 ^"}, {"1-2-3", "1 2 - 3 -"}, {"8/4/2", "8 4 / 2 /"}, {"-2^2", "2 neg 2 ^"},
+        {"2*-3", "2 3 neg *"}, {"2^-3^2", "2 3 neg ^ 2 ^"}, {"-sqrt(4)", "4 sqrt neg"}, {"sqrt(4)^2", "4 sqrt 2 ^"},
+        {"1+2<3*4", "1 2 + 3 4 * <"}, {"1<2 && 3<4", "1 2 < 3 4 < &&"},
+        {"1<2 || 3<4 && 5<6", "1 2 < 3 4 < || 5 6 < &&"}, {"1 < 2 == 3", "1 2 < 3 =="},
+        {"!(1<2) || 0<1", "1 2 < ! 0 1 < ||"}, {"(1+2)*3", "1 2 + 3 *"}, {"atan2(1+2, 3*4)", "1 2 + 3 4 * atan2"},
+        {"atan2(1, 2)^2", "1 2 atan2 2 ^"}, {"- -3", "neg 3 neg"}, {"!-1", "! 1 neg"},
+        {"[a.b]*Total", "[a.b] Total *"}}),
     FormulaName<PostfixCase>);
 
 // Evaluation: values and result codes.
@@ -82,57 +80,51 @@ TEST_P(Evaluation, GivesTheValueOrTheCode)
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, Evaluation,
-    testing::Values(EvalCase{"2^3^2", R::Ok, 64}, EvalCase{"-2^2", R::Ok, 4}, EvalCase{"2*-3", R::Ok, -6},
-        EvalCase{"-2*3", R::Ok, -6}, EvalCase{"-(1+2)*3", R::Ok, -9}, EvalCase{"2^-1", R::Ok, 0.5},
-        EvalCase{"10-2-3", R::Ok, 5}, EvalCase{"1+2*3", R::Ok, 7}, EvalCase{"+5", R::Ok, 5},
-        EvalCase{"0.1+0.2", R::Ok, 0.1 + 0.2}, EvalCase{"atan2(1, 0)", R::Ok, std::numbers::pi / 2},
-        EvalCase{"atan2(-1, -1)", R::Ok, -3 * std::numbers::pi / 4}, EvalCase{"SQRT(16) + Log(1) + exp(0)", R::Ok, 5},
-        EvalCase{"log10(1000)", R::Ok, 3}, EvalCase{"sqrt(0) + asin(1) - acos(-1)/2", R::Ok, 0},
-        EvalCase{"sin(0) + cos(0) + tan(0) + atan(0)", R::Ok, 1}, EvalCase{"2^-3^2", R::Ok, 1.0 / 64},
-        EvalCase{"1 < 2", R::Ok, 1, 1}, EvalCase{"2 <= 2", R::Ok, 1, 1}, EvalCase{"2 > 3", R::Ok, 0, 1},
-        EvalCase{"3 >= 3", R::Ok, 1, 1}, EvalCase{"1 == 1", R::Ok, 1, 1}, EvalCase{"1 != 1", R::Ok, 0, 1},
-        EvalCase{"(1<2) == (3<4)", R::Ok, 1, 1}, EvalCase{"(1<2) != (3>4)", R::Ok, 1, 1},
-        EvalCase{"!(1 < 2)", R::Ok, 0, 1}, EvalCase{"!(1<2) == (2<1)", R::Ok, 1, 1},
-        EvalCase{"(1<2) && (2<3)", R::Ok, 1, 1}, EvalCase{"(1<2) && (3<2)", R::Ok, 0, 1},
-        EvalCase{"(1>2) || (2<3)", R::Ok, 1, 1},
+    testing::ValuesIn(std::vector<EvalCase>{{"2^3^2", R::Ok, 64}, {"-2^2", R::Ok, 4}, {"2*-3", R::Ok, -6},
+        {"-2*3", R::Ok, -6}, {"-(1+2)*3", R::Ok, -9}, {"2^-1", R::Ok, 0.5}, {"10-2-3", R::Ok, 5}, {"1+2*3", R::Ok, 7},
+        {"+5", R::Ok, 5}, {"0.1+0.2", R::Ok, 0.1 + 0.2}, {"atan2(1, 0)", R::Ok, std::numbers::pi / 2},
+        {"atan2(-1, -1)", R::Ok, -3 * std::numbers::pi / 4}, {"SQRT(16) + Log(1) + exp(0)", R::Ok, 5},
+        {"log10(1000)", R::Ok, 3}, {"sqrt(0) + asin(1) - acos(-1)/2", R::Ok, 0},
+        {"sin(0) + cos(0) + tan(0) + atan(0)", R::Ok, 1}, {"2^-3^2", R::Ok, 1.0 / 64}, {"1 < 2", R::Ok, 1, 1},
+        {"2 <= 2", R::Ok, 1, 1}, {"2 > 3", R::Ok, 0, 1}, {"3 >= 3", R::Ok, 1, 1}, {"1 == 1", R::Ok, 1, 1},
+        {"1 != 1", R::Ok, 0, 1}, {"(1<2) == (3<4)", R::Ok, 1, 1}, {"(1<2) != (3>4)", R::Ok, 1, 1},
+        {"!(1 < 2)", R::Ok, 0, 1}, {"!(1<2) == (2<1)", R::Ok, 1, 1}, {"(1<2) && (2<3)", R::Ok, 1, 1},
+        {"(1<2) && (3<2)", R::Ok, 0, 1}, {"(1>2) || (2<3)", R::Ok, 1, 1},
         // "&&" and "||" share a priority and group from the left.
-        EvalCase{"1<2 || 1<2 && 2<1", R::Ok, 0, 1}, EvalCase{"!(1<2) && (1<2)", R::Ok, 0, 1}),
+        {"1<2 || 1<2 && 2<1", R::Ok, 0, 1}, {"!(1<2) && (1<2)", R::Ok, 0, 1}}),
     FormulaName<EvalCase>);
 
 // An operand of the wrong value type: the code of the operator's Type column.
 INSTANTIATE_TEST_SUITE_P(TypeCodes, Evaluation,
-    testing::Values(EvalCase{"(1<2)+1", R::AddType}, EvalCase{"1+(1<2)", R::AddType},
-        EvalCase{"(1<2)-1", R::SubtractType}, EvalCase{"(1<2)*1", R::MultiplyType}, EvalCase{"(1<2)/1", R::DivideType},
-        EvalCase{"(1<2)^1", R::PowerType}, EvalCase{"-(1<2)", R::NegateType}, EvalCase{"sqrt(1<2)", R::SqrtType},
-        EvalCase{"log(1<2)", R::LogType}, EvalCase{"exp(1<2)", R::ExpType}, EvalCase{"sin(1<2)", R::SinType},
-        EvalCase{"cos(1<2)", R::CosType}, EvalCase{"tan(1<2)", R::TanType}, EvalCase{"asin(1<2)", R::AsinType},
-        EvalCase{"acos(1<2)", R::AcosType}, EvalCase{"atan(1<2)", R::AtanType}, EvalCase{"log10(1<2)", R::Log10Type},
-        EvalCase{"!1", R::NotType}, EvalCase{"(1<2)<1", R::LessType}, EvalCase{"(1<2)>1", R::GreaterType},
-        EvalCase{"(1<2)<=1", R::LessEqualType}, EvalCase{"(1<2)>=1", R::GreaterEqualType},
-        EvalCase{"(1<2) == 1", R::EqualType}, EvalCase{"1 != (1<2)", R::NotEqualType},
-        EvalCase{"1 && (1<2)", R::AndType}, EvalCase{"(1<2) || 1", R::OrType}, EvalCase{"atan2(1<2, 1)", R::Atan2Type},
-        EvalCase{"atan2(1, 1<2)", R::Atan2Type},
+    testing::ValuesIn(std::vector<EvalCase>{{"(1<2)+1", R::AddType}, {"1+(1<2)", R::AddType},
+        {"(1<2)-1", R::SubtractType}, {"(1<2)*1", R::MultiplyType}, {"(1<2)/1", R::DivideType},
+        {"(1<2)^1", R::PowerType}, {"-(1<2)", R::NegateType}, {"sqrt(1<2)", R::SqrtType}, {"log(1<2)", R::LogType},
+        {"exp(1<2)", R::ExpType}, {"sin(1<2)", R::SinType}, {"cos(1<2)", R::CosType}, {"tan(1<2)", R::TanType},
+        {"asin(1<2)", R::AsinType}, {"acos(1<2)", R::AcosType}, {"atan(1<2)", R::AtanType},
+        {"log10(1<2)", R::Log10Type}, {"!1", R::NotType}, {"(1<2)<1", R::LessType}, {"(1<2)>1", R::GreaterType},
+        {"(1<2)<=1", R::LessEqualType}, {"(1<2)>=1", R::GreaterEqualType}, {"(1<2) == 1", R::EqualType},
+        {"1 != (1<2)", R::NotEqualType}, {"1 && (1<2)", R::AndType}, {"(1<2) || 1", R::OrType},
+        {"atan2(1<2, 1)", R::Atan2Type}, {"atan2(1, 1<2)", R::Atan2Type},
         // Comparisons of the same priority group from the left.
-        EvalCase{"1 < 2 < 3", R::LessType}),
+        {"1 < 2 < 3", R::LessType}}),
     FormulaName<EvalCase>);
 
 // Division and the functions with a domain.
 INSTANTIATE_TEST_SUITE_P(DomainCodes, Evaluation,
-    testing::Values(EvalCase{"1/0", R::DivideByZero}, EvalCase{"1/(2-2)", R::DivideByZero},
-        EvalCase{"sqrt(-1)", R::SqrtDomain}, EvalCase{"log(0)", R::LogDomain}, EvalCase{"log(-1)", R::LogDomain},
+    testing::ValuesIn(std::vector<EvalCase>{{"1/0", R::DivideByZero}, {"1/(2-2)", R::DivideByZero},
+        {"sqrt(-1)", R::SqrtDomain}, {"log(0)", R::LogDomain}, {"log(-1)", R::LogDomain},
         // log10 shares the natural logarithm's code.
-        EvalCase{"log10(0)", R::LogDomain}, EvalCase{"log10(-5)", R::LogDomain}, EvalCase{"asin(2)", R::AsinDomain},
-        EvalCase{"asin(-1.5)", R::AsinDomain}, EvalCase{"acos(1.0001)", R::AcosDomain},
-        EvalCase{"acos(-2)", R::AcosDomain}),
+        {"log10(0)", R::LogDomain}, {"log10(-5)", R::LogDomain}, {"asin(2)", R::AsinDomain},
+        {"asin(-1.5)", R::AsinDomain}, {"acos(1.0001)", R::AcosDomain}, {"acos(-2)", R::AcosDomain}}),
     FormulaName<EvalCase>);
 
 // A sign that the translator moves out before its operand exists: the
 // Stack column is reachable from valid text for the unary operators.
 INSTANTIATE_TEST_SUITE_P(ReachableStackCodes, Evaluation,
-    testing::Values(EvalCase{"- -3", R::NegateStack}, EvalCase{"(- -3)", R::NegateStack}, EvalCase{"!-1", R::NotStack},
-        EvalCase{"(!-1 < 2)", R::NotStack},
+    testing::ValuesIn(std::vector<EvalCase>{{"- -3", R::NegateStack}, {"(- -3)", R::NegateStack}, {"!-1", R::NotStack},
+        {"(!-1 < 2)", R::NotStack},
         // The sign moved out early negates the value below it: (-1) + (-3).
-        EvalCase{"1 + (- -3)", R::Ok, -4}),
+        {"1 + (- -3)", R::Ok, -4}}),
     FormulaName<EvalCase>);
 
 TEST(ZWPolaca, NoChecksForOverflowOrNaN)

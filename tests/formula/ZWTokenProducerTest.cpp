@@ -61,75 +61,71 @@ std::string TextName(const testing::TestParamInfo<TokenCase>& info)
     return zwtest::SpelledName(QString::fromUtf16(info.param.text));
 }
 
+// Every operator and punctuation token, with its text and where it starts.
 INSTANTIATE_TEST_SUITE_P(Operators, TokenTable,
-    testing::Values(
-        // Every operator and punctuation token, with its text and where it starts.
-        TokenCase{u"+ - * / ^ ( ) ,", R"x(3"+"@0 4"-"@2 5"*"@4 6"/"@6 7"^"@8 9"("@10 10")"@12 32","@14 0@15)x"},
-        TokenCase{u"< > <= >= == != && || !",
+    testing::ValuesIn(std::vector<TokenCase>{
+        {u"+ - * / ^ ( ) ,", R"x(3"+"@0 4"-"@2 5"*"@4 6"/"@6 7"^"@8 9"("@10 10")"@12 32","@14 0@15)x"},
+        {u"< > <= >= == != && || !",
             R"x(22"<"@0 23">"@2 24"<="@4 25">="@7 26"=="@10 27"!="@13 28"&&"@16 29"||"@19 30"!"@22 0@23)x"},
         // Two signs without a blank are one doubled-sign token.
-        TokenCase{u"++ +- -+ --", R"x(33"++"@0 34"+-"@3 35"-+"@6 36"--"@9 0@11)x"},
-        TokenCase{u"2+-3", R"x(1(2)@0 34"+-"@1 1(3)@3 0@4)x"},
-        TokenCase{u"2 + -3", R"x(1(2)@0 3"+"@2 4"-"@4 1(3)@5 0@6)x"}, TokenCase{u"---", R"x(36"--"@0 4"-"@2 0@3)x"},
-        TokenCase{u"a<=b", R"x(2"a"@0 24"<="@1 2"b"@3 0@4)x"},
+        {u"++ +- -+ --", R"x(33"++"@0 34"+-"@3 35"-+"@6 36"--"@9 0@11)x"}, {u"2+-3", R"x(1(2)@0 34"+-"@1 1(3)@3 0@4)x"},
+        {u"2 + -3", R"x(1(2)@0 3"+"@2 4"-"@4 1(3)@5 0@6)x"}, {u"---", R"x(36"--"@0 4"-"@2 0@3)x"},
+        {u"a<=b", R"x(2"a"@0 24"<="@1 2"b"@3 0@4)x"},
         // "=" alone is unreadable (and skipped), so is a single "&" or "|".
-        TokenCase{u"a< =b", R"x(2"a"@0 22"<"@1 -2@3 2"b"@4 0@5)x"}, TokenCase{u"& | =", R"x(-2@0 -2@2 -2@4 0@5)x"},
-        TokenCase{u"!a", R"x(30"!"@0 2"a"@1 0@2)x"}, TokenCase{u"a!=b", R"x(2"a"@0 27"!="@1 2"b"@3 0@4)x"},
-        TokenCase{u"!", R"x(30"!"@0 0@1)x"}, TokenCase{u"<", R"x(22"<"@0 0@1)x"}),
+        {u"a< =b", R"x(2"a"@0 22"<"@1 -2@3 2"b"@4 0@5)x"}, {u"& | =", R"x(-2@0 -2@2 -2@4 0@5)x"},
+        {u"!a", R"x(30"!"@0 2"a"@1 0@2)x"}, {u"a!=b", R"x(2"a"@0 27"!="@1 2"b"@3 0@4)x"}, {u"!", R"x(30"!"@0 0@1)x"},
+        {u"<", R"x(22"<"@0 0@1)x"}}),
     TextName);
 
+// Function names are case-insensitive and keep their text as typed.
 INSTANTIATE_TEST_SUITE_P(NamesAndFunctions, TokenTable,
-    testing::Values(
-        // Function names are case-insensitive and keep their text as typed.
-        TokenCase{u"SQRT(4)", R"x(11"SQRT"@0 9"("@4 1(4)@5 10")"@6 0@7)x"},
-        TokenCase{u"sqrt log exp sin cos tan asin acos atan atan2 log10",
+    testing::ValuesIn(std::vector<TokenCase>{{u"SQRT(4)", R"x(11"SQRT"@0 9"("@4 1(4)@5 10")"@6 0@7)x"},
+        {u"sqrt log exp sin cos tan asin acos atan atan2 log10",
             R"x(11"sqrt"@0 12"log"@5 13"exp"@9 14"sin"@13 15"cos"@17 16"tan"@21 17"asin"@25 18"acos"@30 19"atan"@35 31"atan2"@40 20"log10"@46 0@51)x"},
-        TokenCase{u"Atan2 LOG10 Log", R"x(31"Atan2"@0 20"LOG10"@6 12"Log"@12 0@15)x"},
+        {u"Atan2 LOG10 Log", R"x(31"Atan2"@0 20"LOG10"@6 12"Log"@12 0@15)x"},
         // Letters and digits make one name; a variable keeps its case.
-        TokenCase{u"sqrt2 Total x1y", R"x(2"sqrt2"@0 2"Total"@6 2"x1y"@12 0@15)x"},
-        TokenCase{u"\u00f1and\u00fa1", R"x(2"ñandú1"@0 0@6)x"},
+        {u"sqrt2 Total x1y", R"x(2"sqrt2"@0 2"Total"@6 2"x1y"@12 0@15)x"},
+        {u"\u00f1and\u00fa1", R"x(2"ñandú1"@0 0@6)x"},
         // The underscore is no part of a name and cannot be read.
-        TokenCase{u"a_b", R"x(2"a"@0 -2@1 -2@1)x", 3},
+        {u"a_b", R"x(2"a"@0 -2@1 -2@1)x", 3},
         // "." after a name starts a number that is not there.
-        TokenCase{u"x.y", R"x(2"x"@0 -2@1 2"y"@2 0@3)x"}),
+        {u"x.y", R"x(2"x"@0 -2@1 2"y"@2 0@3)x"}}),
     TextName);
 
+// The position is the first character after "["; everything up to the
+// next "]" is the name, blanks and brackets included.
 INSTANTIATE_TEST_SUITE_P(DeviceVariables, TokenTable,
-    testing::Values(
-        // The position is the first character after "["; everything up to the
-        // next "]" is the name, blanks and brackets included.
-        TokenCase{u"[Meter 1.Power]", R"x(21"Meter 1.Power"@1 0@15)x"},
-        TokenCase{u"2*[a.b:max]", R"x(1(2)@0 5"*"@1 21"a.b:max"@3 0@11)x"},
-        TokenCase{u"[[x]]", R"x(21"[x"@1 -2@4 -2@4)x", 3}, TokenCase{u"[a.b]c", R"x(21"a.b"@1 2"c"@5 0@6)x"},
+    testing::ValuesIn(std::vector<TokenCase>{{u"[Meter 1.Power]", R"x(21"Meter 1.Power"@1 0@15)x"},
+        {u"2*[a.b:max]", R"x(1(2)@0 5"*"@1 21"a.b:max"@3 0@11)x"}, {u"[[x]]", R"x(21"[x"@1 -2@4 -2@4)x", 3},
+        {u"[a.b]c", R"x(21"a.b"@1 2"c"@5 0@6)x"},
         // A missing "]" or an empty name: an error, the characters consumed.
-        TokenCase{u"[abc", R"x(-2@0 0@4)x"}, TokenCase{u"[]+1", R"x(-2@0 3"+"@2 1(1)@3 0@4)x"}),
+        {u"[abc", R"x(-2@0 0@4)x"}, {u"[]+1", R"x(-2@0 3"+"@2 1(1)@3 0@4)x"}}),
     TextName);
 
 INSTANTIATE_TEST_SUITE_P(Blanks, TokenTable,
-    testing::Values(TokenCase{u"", "0@0"},
+    testing::ValuesIn(std::vector<TokenCase>{{u"", "0@0"},
         // Only the space is a blank: a tab is an error that does not advance.
-        TokenCase{u"\t1", "-2@0 -2@0 -2@0", 3}, TokenCase{u"1\n", R"x(1(1)@0 -2@1 -2@1)x", 3},
-        TokenCase{u"  7", R"x(1(7)@2 0@3)x"}, TokenCase{u"#", "-2@0 -2@0", 2}),
+        {u"\t1", "-2@0 -2@0 -2@0", 3}, {u"1\n", R"x(1(1)@0 -2@1 -2@1)x", 3}, {u"  7", R"x(1(7)@2 0@3)x"},
+        {u"#", "-2@0 -2@0", 2}}),
     TextName);
 
 INSTANTIATE_TEST_SUITE_P(Numbers, TokenTable,
-    testing::Values(TokenCase{u"12", "1(12)@0 0@2"}, TokenCase{u"3.25", "1(3.25)@0 0@4"},
-        TokenCase{u".5", "1(0.5)@0 0@2"}, TokenCase{u"5.", "1(5)@0 0@2"}, TokenCase{u"1e3", "1(1000)@0 0@3"},
-        TokenCase{u"1.5E-2", "1(0.015)@0 0@6"}, TokenCase{u"2e+3", "1(2000)@0 0@4"},
-        TokenCase{u"5.e3", "1(5000)@0 0@4"}, TokenCase{u"007", "1(7)@0 0@3"},
-        TokenCase{u"1.2.3", "1(1.2)@0 1(0.3)@3 0@5"},
-        // An exponent without digits is dropped, and what it read stays read:
-        // "2e+x" is the number 2 and the name x.
-        TokenCase{u"2e+x", R"x(1(2)@0 2"x"@3 0@4)x"}, TokenCase{u"2ex", R"x(1(2)@0 2"x"@2 0@3)x"},
-        TokenCase{u"1e", "1(1)@0 0@2"}, TokenCase{u"2e+", "1(2)@0 0@3"}, TokenCase{u"2E-y1", R"x(1(2)@0 2"y1"@3 0@5)x"},
-        // A lone "." is no number.
-        TokenCase{u".", "-2@0 0@1"}, TokenCase{u". 5", "-2@0 1(5)@2 0@3"},
-        // After a leading "." without digits the exponent still counts: the
-        // text "e5" converts to 0.
-        TokenCase{u".e5", "1(0)@0 0@3"},
-        // Out of range: what the conversion gives.
-        TokenCase{u"1e400", "1(inf)@0 0@5"}, TokenCase{u"1e-400", "1(0)@0 0@6"},
-        TokenCase{u"2.2250738585072014e-308", "1(2.2250738585072014e-308)@0 0@23"}),
+    testing::ValuesIn(
+        std::vector<TokenCase>{{u"12", "1(12)@0 0@2"}, {u"3.25", "1(3.25)@0 0@4"}, {u".5", "1(0.5)@0 0@2"},
+            {u"5.", "1(5)@0 0@2"}, {u"1e3", "1(1000)@0 0@3"}, {u"1.5E-2", "1(0.015)@0 0@6"}, {u"2e+3", "1(2000)@0 0@4"},
+            {u"5.e3", "1(5000)@0 0@4"}, {u"007", "1(7)@0 0@3"}, {u"1.2.3", "1(1.2)@0 1(0.3)@3 0@5"},
+            // An exponent without digits is dropped, and what it read stays read:
+            // "2e+x" is the number 2 and the name x.
+            {u"2e+x", R"x(1(2)@0 2"x"@3 0@4)x"}, {u"2ex", R"x(1(2)@0 2"x"@2 0@3)x"}, {u"1e", "1(1)@0 0@2"},
+            {u"2e+", "1(2)@0 0@3"}, {u"2E-y1", R"x(1(2)@0 2"y1"@3 0@5)x"},
+            // A lone "." is no number.
+            {u".", "-2@0 0@1"}, {u". 5", "-2@0 1(5)@2 0@3"},
+            // After a leading "." without digits the exponent still counts: the
+            // text "e5" converts to 0.
+            {u".e5", "1(0)@0 0@3"},
+            // Out of range: what the conversion gives.
+            {u"1e400", "1(inf)@0 0@5"}, {u"1e-400", "1(0)@0 0@6"},
+            {u"2.2250738585072014e-308", "1(2.2250738585072014e-308)@0 0@23"}}),
     TextName);
 
 TEST(ZWTokenProducer, AddedFunctionsSetResetClearAndTheEndTokenAgainAndAgain)

@@ -29,15 +29,16 @@ TEST_P(WizzardPreview, PlaceholderReplacesTheSelection)
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, WizzardPreview,
-    testing::Values(PreviewCase{"device variable at the end", "Price * ", 8, 8, W::DeviceVariable, "Price * [Vx]"},
-        PreviewCase{"formula over a selection", "1 + Old * 2", 4, 7, W::Formula, "1 + Fx * 2"},
-        PreviewCase{"function at the start", "[a.b]", 0, 0, W::Function, "F(x)[a.b]"},
-        PreviewCase{"other element", "A B", 1, 2, W::Other, "AxB"},
-        PreviewCase{"selection made backwards", "1 + Old * 2", 7, 4, W::Formula, "1 + Fx * 2"},
-        PreviewCase{"selection beyond the text", "12", 1, 99, W::Function, "1F(x)"},
-        PreviewCase{"negative selection", "12", -5, -1, W::DeviceVariable, "[Vx]12"},
-        PreviewCase{"whole text selected", "old", 0, 3, W::Other, "x"},
-        PreviewCase{"empty text", "", 0, 0, W::Formula, "Fx"}, PreviewCase{"unknown kind", "a", 1, 1, 7, "ax"}),
+    testing::ValuesIn(
+        std::vector<PreviewCase>{{"device variable at the end", "Price * ", 8, 8, W::DeviceVariable, "Price * [Vx]"},
+            {"formula over a selection", "1 + Old * 2", 4, 7, W::Formula, "1 + Fx * 2"},
+            {"function at the start", "[a.b]", 0, 0, W::Function, "F(x)[a.b]"},
+            {"other element", "A B", 1, 2, W::Other, "AxB"},
+            {"selection made backwards", "1 + Old * 2", 7, 4, W::Formula, "1 + Fx * 2"},
+            {"selection beyond the text", "12", 1, 99, W::Function, "1F(x)"},
+            {"negative selection", "12", -5, -1, W::DeviceVariable, "[Vx]12"},
+            {"whole text selected", "old", 0, 3, W::Other, "x"}, {"empty text", "", 0, 0, W::Formula, "Fx"},
+            {"unknown kind", "a", 1, 1, 7, "ax"}}),
     [](const testing::TestParamInfo<PreviewCase>& info) { return zwtest::CaseName(info.param.what); });
 
 struct InsertCase
@@ -66,13 +67,13 @@ TEST_P(WizzardInsert, ElementReplacesTheSelection)
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, WizzardInsert,
-    testing::Values(InsertCase{"device variable in brackets", "Price * ", 8, 8, W::DeviceVariable,
-                        "Main meter.Active energy", "Price * [Main meter.Active energy]", 34},
-        InsertCase{"formula over a selection", "1 + Old * 2", 4, 7, W::Formula, "Total", "1 + Total * 2", 9},
-        InsertCase{"function, cursor between its parentheses", "2 * ", 4, 4, W::Function, "sqrt", "2 * sqrt()", 9},
-        InsertCase{"operator between two names", "A B", 1, 2, W::Other, "<=", "A<=B", 3},
-        InsertCase{"backwards selection", "abcdef", 4, 2, W::Other, "+", "ab+ef", 3},
-        InsertCase{"selection beyond the text", "ab", 1, 50, W::Formula, "F", "aF", 2}),
+    testing::ValuesIn(std::vector<InsertCase>{{"device variable in brackets", "Price * ", 8, 8, W::DeviceVariable,
+                                                  "Main meter.Active energy", "Price * [Main meter.Active energy]", 34},
+        {"formula over a selection", "1 + Old * 2", 4, 7, W::Formula, "Total", "1 + Total * 2", 9},
+        {"function, cursor between its parentheses", "2 * ", 4, 4, W::Function, "sqrt", "2 * sqrt()", 9},
+        {"operator between two names", "A B", 1, 2, W::Other, "<=", "A<=B", 3},
+        {"backwards selection", "abcdef", 4, 2, W::Other, "+", "ab+ef", 3},
+        {"selection beyond the text", "ab", 1, 50, W::Formula, "F", "aF", 2}}),
     [](const testing::TestParamInfo<InsertCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST(WizzardConstants, DecimalsTheUserPicks)

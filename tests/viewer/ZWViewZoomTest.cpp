@@ -84,15 +84,15 @@ TEST_P(ZoomAnchor, KeepsThePointWhereThePageAllows)
     EXPECT_EQ(ZWViewZoom::ScrollToKeep(fraction, c.anchor, c.pageAfter, c.view), c.scrollAfter);
 }
 
+// 1000 px page in a 500 px view scrolled by 100: view 250 is page 350.
 INSTANTIATE_TEST_SUITE_P(Zoom, ZoomAnchor,
-    testing::Values(
-        // 1000 px page in a 500 px view scrolled by 100: view 250 is page 350.
-        KeepCase{"a scrolled page doubled keeps its point", 1000, 100, 2000, 500, 250, 0.35, 450},
-        // A 400 px page centred in 500 px starts at 50.
-        KeepCase{"a centred page grown keeps the point under the mouse", 400, 0, 1000, 500, 150, 0.25, 100},
-        KeepCase{"a point near the top cannot scroll above the page", 1000, 0, 800, 500, 100, 0.1, 0},
-        KeepCase{"a point near the end stops at the last position", 1000, 500, 800, 500, 100, 0.6, 300},
-        KeepCase{"a page that fits after the zoom does not scroll", 1000, 300, 400, 500, 250, 0.55, 0}),
+    testing::ValuesIn(
+        std::vector<KeepCase>{{"a scrolled page doubled keeps its point", 1000, 100, 2000, 500, 250, 0.35, 450},
+            // A 400 px page centred in 500 px starts at 50.
+            {"a centred page grown keeps the point under the mouse", 400, 0, 1000, 500, 150, 0.25, 100},
+            {"a point near the top cannot scroll above the page", 1000, 0, 800, 500, 100, 0.1, 0},
+            {"a point near the end stops at the last position", 1000, 500, 800, 500, 100, 0.6, 300},
+            {"a page that fits after the zoom does not scroll", 1000, 300, 400, 500, 250, 0.55, 0}}),
     [](const testing::TestParamInfo<KeepCase>& info) { return zwtest::CaseName(info.param.what); });
 
 } // namespace

@@ -36,18 +36,18 @@ TEST_P(WindowPlacement, StaysWholeOnTheScreen)
 }
 
 INSTANTIATE_TEST_SUITE_P(Viewer, WindowPlacement,
-    testing::Values(PlaceCase{"the first time in the middle at the default size", QRect(), QRect(0, 0, 1920, 1040),
-                        QMargins(), QRect(460, 90, 1000, 860)},
-        PlaceCase{"the default size cut to a small screen", QRect(), QRect(0, 0, 1024, 738), QMargins(),
+    testing::ValuesIn(std::vector<PlaceCase>{{"the first time in the middle at the default size", QRect(),
+                                                 QRect(0, 0, 1920, 1040), QMargins(), QRect(460, 90, 1000, 860)},
+        {"the default size cut to a small screen", QRect(), QRect(0, 0, 1024, 738), QMargins(),
             QRect(12, 0, 1000, 738)},
-        PlaceCase{"larger than the screen now: cut and moved in", QRect(-200, -100, 3000, 2000), QRect(0, 0, 1280, 800),
+        {"larger than the screen now: cut and moved in", QRect(-200, -100, 3000, 2000), QRect(0, 0, 1280, 800),
             QMargins(), QRect(0, 0, 1280, 800)},
-        PlaceCase{"past the right and bottom edges: moved back", QRect(1500, 900, 700, 500), QRect(0, 0, 1920, 1040),
-            QMargins(), QRect(1220, 540, 700, 500)},
-        PlaceCase{"on a second screen to the right", QRect(2000, 100, 800, 600), QRect(1920, 0, 1280, 1024), QMargins(),
+        {"past the right and bottom edges: moved back", QRect(1500, 900, 700, 500), QRect(0, 0, 1920, 1040), QMargins(),
+            QRect(1220, 540, 700, 500)},
+        {"on a second screen to the right", QRect(2000, 100, 800, 600), QRect(1920, 0, 1280, 1024), QMargins(),
             QRect(2000, 100, 800, 600)},
-        PlaceCase{"a title bar and a full-height window", QRect(), QRect(0, 0, 1280, 800), QMargins(4, 30, 4, 4),
-            QRect(140, 30, 1000, 766)}),
+        {"a title bar and a full-height window", QRect(), QRect(0, 0, 1280, 800), QMargins(4, 30, 4, 4),
+            QRect(140, 30, 1000, 766)}}),
     [](const testing::TestParamInfo<PlaceCase>& info) { return zwtest::CaseName(info.param.what); });
 
 } // namespace

@@ -170,16 +170,15 @@ TEST_P(NewFormuleTyped, ChecksWhatIsTyped)
 }
 
 INSTANTIATE_TEST_SUITE_P(Checks, NewFormuleTyped,
-    testing::Values(TypedCase{"empty name", "", "", "1", ZWTextId::FormulaNameInvalid, false, ""},
-        TypedCase{"duplicate name", "", "Cost", "1", ZWTextId::FormulaNameTaken, false, ""},
-        TypedCase{"renamed onto another formula", "Cost", "Price", "Total + 1", ZWTextId::FormulaNameTaken, false, ""},
-        TypedCase{"own name kept", "Cost", "Cost", "Total + 2", ZWTextId::FormulaValue, true, "382.12500"},
-        TypedCase{"loop", "Price", "Price", "Cost / 100", ZWTextId::FormulaRefersToItself, false, ""},
-        TypedCase{
-            "unknown device variable", "", "A", "[Main meter.Volume]", ZWTextId::FormulaUnknownVariable, false, ""},
-        TypedCase{"code 62 accepted", "", "A", "[Main meter.Active power] / 2", ZWTextId::FormulaNoCurrentValue, true,
+    testing::ValuesIn(std::vector<TypedCase>{{"empty name", "", "", "1", ZWTextId::FormulaNameInvalid, false, ""},
+        {"duplicate name", "", "Cost", "1", ZWTextId::FormulaNameTaken, false, ""},
+        {"renamed onto another formula", "Cost", "Price", "Total + 1", ZWTextId::FormulaNameTaken, false, ""},
+        {"own name kept", "Cost", "Cost", "Total + 2", ZWTextId::FormulaValue, true, "382.12500"},
+        {"loop", "Price", "Price", "Cost / 100", ZWTextId::FormulaRefersToItself, false, ""},
+        {"unknown device variable", "", "A", "[Main meter.Volume]", ZWTextId::FormulaUnknownVariable, false, ""},
+        {"code 62 accepted", "", "A", "[Main meter.Active power] / 2", ZWTextId::FormulaNoCurrentValue, true,
             "[Main meter.Active power]"},
-        TypedCase{"evaluation error", "", "A", "log(0)", ZWTextId::FormulaCannotEvaluate, false, ""}),
+        {"evaluation error", "", "A", "log(0)", ZWTextId::FormulaCannotEvaluate, false, ""}}),
     [](const testing::TestParamInfo<TypedCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST(NewFormule, ChecksWhileTypingAndWhenShown)
@@ -355,12 +354,11 @@ TEST_P(Wizzard, PlaceholderThenElementAtTheSelection)
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, Wizzard,
-    testing::Values(WizardCase{"device variable found by words", "Total - ", 8, 8, 0, "Total - [Vx]",
-                        "Total - [Main meter.Active power]", 33},
-        WizardCase{"formula over a selection", "2 * Price + 1", 4, 9, 1, "2 * Fx + 1", "2 * Cost + 1", 8},
-        WizardCase{
-            "function over a backwards selection", "2 * Price + 1", 9, 4, 2, "2 * F(x) + 1", "2 * log10() + 1", 10},
-        WizardCase{"constant at the start", "* 2", 0, 0, 3, "x* 2", "3.142* 2", 5}),
+    testing::ValuesIn(std::vector<WizardCase>{{"device variable found by words", "Total - ", 8, 8, 0, "Total - [Vx]",
+                                                  "Total - [Main meter.Active power]", 33},
+        {"formula over a selection", "2 * Price + 1", 4, 9, 1, "2 * Fx + 1", "2 * Cost + 1", 8},
+        {"function over a backwards selection", "2 * Price + 1", 9, 4, 2, "2 * F(x) + 1", "2 * log10() + 1", 10},
+        {"constant at the start", "* 2", 0, 0, 3, "x* 2", "3.142* 2", 5}}),
     [](const testing::TestParamInfo<WizardCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST(Wizzard, CancelOnThePageReturnsToTheChoice)

@@ -193,29 +193,27 @@ TEST_P(PageKeys, ScrollOrTurnThePage)
 }
 
 INSTANTIATE_TEST_SUITE_P(Viewer, PageKeys,
-    testing::Values(KeyCase{"Down scrolls a twentieth of the window", 0, At::Top, Qt::Key_Down, 0, Then::OneLineOn},
-        KeyCase{"Up at the top stays on the page", 1, At::Top, Qt::Key_Up, 1, Then::Top},
-        KeyCase{
-            "Right scrolls a twentieth sideways", 0, At::Top, Qt::Key_Right, 0, Then::OneLineOn, Qt::NoModifier, true},
-        KeyCase{"Page Down scrolls the window's height", 0, At::Top, Qt::Key_PageDown, 0, Then::OneViewOn},
-        KeyCase{"Page Up scrolls back the window's height", 0, At::Bottom, Qt::Key_PageUp, 0, Then::OneViewBack},
-        KeyCase{"Shift Space scrolls back the window's height", 0, At::Bottom, Qt::Key_Space, 0, Then::OneViewBack,
-            Qt::ShiftModifier},
-        KeyCase{"End goes to the bottom of the page", 0, At::Top, Qt::Key_End, 0, Then::Bottom},
-        KeyCase{"Home goes to the top of the page", 0, At::Middle, Qt::Key_Home, 0, Then::Top},
-        KeyCase{
-            "Page Down at the bottom goes on to the next page's top", 0, At::Bottom, Qt::Key_PageDown, 1, Then::Top},
-        KeyCase{"Space at the bottom goes on to the next page's top", 1, At::Bottom, Qt::Key_Space, 2, Then::Top},
-        KeyCase{
-            "Page Up at the top goes back to the previous page's bottom", 2, At::Top, Qt::Key_PageUp, 1, Then::Bottom},
-        KeyCase{"Page Down at the bottom of the last page stays", 2, At::Bottom, Qt::Key_PageDown, 2, Then::Bottom},
-        KeyCase{"Page Up at the top of the first page stays", 0, At::Top, Qt::Key_PageUp, 0, Then::Top},
-        KeyCase{"Ctrl Page Down goes to the next page's top", 0, At::Middle, Qt::Key_PageDown, 1, Then::Top,
-            Qt::ControlModifier},
-        KeyCase{"Ctrl Page Up goes to the previous page's top", 2, At::Middle, Qt::Key_PageUp, 1, Then::Top,
-            Qt::ControlModifier},
-        KeyCase{"a new page keeps the sideways position", 0, At::Middle, Qt::Key_PageDown, 1, Then::Same,
-            Qt::ControlModifier, true}),
+    testing::ValuesIn(
+        std::vector<KeyCase>{{"Down scrolls a twentieth of the window", 0, At::Top, Qt::Key_Down, 0, Then::OneLineOn},
+            {"Up at the top stays on the page", 1, At::Top, Qt::Key_Up, 1, Then::Top},
+            {"Right scrolls a twentieth sideways", 0, At::Top, Qt::Key_Right, 0, Then::OneLineOn, Qt::NoModifier, true},
+            {"Page Down scrolls the window's height", 0, At::Top, Qt::Key_PageDown, 0, Then::OneViewOn},
+            {"Page Up scrolls back the window's height", 0, At::Bottom, Qt::Key_PageUp, 0, Then::OneViewBack},
+            {"Shift Space scrolls back the window's height", 0, At::Bottom, Qt::Key_Space, 0, Then::OneViewBack,
+                Qt::ShiftModifier},
+            {"End goes to the bottom of the page", 0, At::Top, Qt::Key_End, 0, Then::Bottom},
+            {"Home goes to the top of the page", 0, At::Middle, Qt::Key_Home, 0, Then::Top},
+            {"Page Down at the bottom goes on to the next page's top", 0, At::Bottom, Qt::Key_PageDown, 1, Then::Top},
+            {"Space at the bottom goes on to the next page's top", 1, At::Bottom, Qt::Key_Space, 2, Then::Top},
+            {"Page Up at the top goes back to the previous page's bottom", 2, At::Top, Qt::Key_PageUp, 1, Then::Bottom},
+            {"Page Down at the bottom of the last page stays", 2, At::Bottom, Qt::Key_PageDown, 2, Then::Bottom},
+            {"Page Up at the top of the first page stays", 0, At::Top, Qt::Key_PageUp, 0, Then::Top},
+            {"Ctrl Page Down goes to the next page's top", 0, At::Middle, Qt::Key_PageDown, 1, Then::Top,
+                Qt::ControlModifier},
+            {"Ctrl Page Up goes to the previous page's top", 2, At::Middle, Qt::Key_PageUp, 1, Then::Top,
+                Qt::ControlModifier},
+            {"a new page keeps the sideways position", 0, At::Middle, Qt::Key_PageDown, 1, Then::Same,
+                Qt::ControlModifier, true}}),
     [](const testing::TestParamInfo<KeyCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST_F(ViewerKeys, WheelAndArrowStepsFollowTheWindowSize)
@@ -304,11 +302,12 @@ TEST_P(ZoomKeepsItsPoint, WhileTheFactorChanges)
 }
 
 INSTANTIATE_TEST_SUITE_P(Viewer, ZoomKeepsItsPoint,
-    testing::Values(ZoomCase{"Ctrl wheel up keeps the point under the mouse", 2.0, {0.3, 0.7}, 0, 1, 2.5},
-        ZoomCase{"Ctrl wheel down keeps the point under the mouse", 3.0, {0.8, 0.2}, 0, -1, 2.5},
-        ZoomCase{"Ctrl plus keeps the middle of the window", 2.0, {}, Qt::Key_Plus, 0, 2.5},
-        ZoomCase{"Ctrl equals zooms in too", 2.0, {}, Qt::Key_Equal, 0, 2.5},
-        ZoomCase{"Ctrl minus keeps the middle of the window", 3.0, {}, Qt::Key_Minus, 0, 2.5}),
+    testing::ValuesIn(
+        std::vector<ZoomCase>{{"Ctrl wheel up keeps the point under the mouse", 2.0, {0.3, 0.7}, 0, 1, 2.5},
+            {"Ctrl wheel down keeps the point under the mouse", 3.0, {0.8, 0.2}, 0, -1, 2.5},
+            {"Ctrl plus keeps the middle of the window", 2.0, {}, Qt::Key_Plus, 0, 2.5},
+            {"Ctrl equals zooms in too", 2.0, {}, Qt::Key_Equal, 0, 2.5},
+            {"Ctrl minus keeps the middle of the window", 3.0, {}, Qt::Key_Minus, 0, 2.5}}),
     [](const testing::TestParamInfo<ZoomCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST_F(ViewerKeys, TheFramesKeysWorkWithItsToolBarsHidden)
