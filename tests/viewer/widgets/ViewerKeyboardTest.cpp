@@ -348,6 +348,7 @@ QRect Stored()
 TEST_F(ViewerKeys, TheViewerOpensWhereItWasNeverLargerThanTheScreen)
 {
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const QRect placed(screen.topLeft() + QPoint(30, 40), QSize(500, 400));
     {
         // The first time: the default size, cut to the screen.
         TestViewer viewer;
@@ -355,16 +356,15 @@ TEST_F(ViewerKeys, TheViewerOpensWhereItWasNeverLargerThanTheScreen)
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
         EXPECT_TRUE(screen.contains(viewer.frameGeometry())) << screen.width() << 'x' << screen.height();
         EXPECT_EQ(viewer.width(), std::min(1000, screen.width() - (viewer.frameGeometry().width() - viewer.width())));
-
-        viewer.setGeometry(QRect(screen.topLeft() + QPoint(30, 40), QSize(500, 400)));
+        viewer.setGeometry(placed);
         viewer.close();
     }
-    EXPECT_EQ(Stored(), QRect(screen.topLeft() + QPoint(30, 40), QSize(500, 400)));
+    EXPECT_EQ(Stored(), placed);
     {
         TestViewer viewer;
         viewer.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
-        EXPECT_EQ(viewer.geometry(), QRect(screen.topLeft() + QPoint(30, 40), QSize(500, 400)));
+        EXPECT_EQ(viewer.geometry(), placed);
         viewer.close();
     }
     // Remembered on a larger screen, or half off this one: it comes back whole.
