@@ -26,6 +26,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+using zwtest::PrintTo;
+
 using zwtest::Factor;
 using zwtest::Key;
 using zwtest::TestFrame;
