@@ -60,6 +60,7 @@ const DragCase dragCases[] = {
     {"RightEdgeResized", 0, {259, 250}, {300, 250}, {10, 20, 40.25, 40}, 0},
     {"RightEdgeResizeStopsAtTheLastPixel", 0, {259, 250}, {2000, 250}, {10, 20, 189.75, 40}, 0},
     {"GridResizeSnapsTheDraggedEdge", 5, {259, 250}, {300, 250}, {10, 20, 40, 40}, 0},
+    {"GridResizeOfTheLeftEdgeKeepsTheRightEdge", 5, {141, 260}, {118, 260}, {5, 20, 35, 40}, 0},
     {"TopLeftResizedBothWays", 0, {140, 180}, {120, 170}, {5, 17.5, 35, 42.5}, 0},
     {"ResizeBelowTenPixelsIsRefused", 0, {141, 250}, {255, 250}, {10, 20, 30, 40}, 1},
     {"ClickWithoutMoveChangesNothing", 0, {200, 250}, {200, 250}, {10, 20, 30, 40}, 1},
@@ -157,8 +158,7 @@ TEST(EditPageTest, DrawingWithTheLabelToolMakesASelectedLabel)
     ASSERT_NE(label, nullptr);
     EXPECT_GEOMETRY(zwtest::GeometryOf(*label), 100, 50, 30, 40);
     EXPECT_FALSE(label->id.isEmpty());
-    EXPECT_EQ(label->font, u"Arial"_s);
-    EXPECT_EQ(label->value, u"Text"_s);
+    EXPECT_EQ(std::tuple(label->font, label->value), std::tuple(u"Arial"_s, u"Text"_s));
     ASSERT_EQ(f.Selected(), 1);
     EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), label);
 }
@@ -223,8 +223,7 @@ TEST(EditPageTest, LostCaptureDropsTheDragAndTheSelection)
     f.edit.ButtonDown({200, 250}, false, false);
     f.edit.MouseMove({260, 250});
     f.edit.CancelDrag();
-    EXPECT_EQ(f.edit.GetOperation(), 0);
-    EXPECT_EQ(f.Selected(), 0);
+    EXPECT_EQ(std::tuple(f.edit.GetOperation(), f.Selected()), std::tuple(0, 0));
     EXPECT_EQ(f.edit.ButtonUp(), 1u);
     EXPECT_DOUBLE_EQ(f.a->x, 10);
 }

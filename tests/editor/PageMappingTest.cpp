@@ -88,9 +88,7 @@ TEST(PageMappingTest, FitModeKeepsTheSmallerFactorStoresItNegativeAndFollowsTurn
     EXPECT_DOUBLE_EQ(page.Zoom(), -1.25);
     ZWPageMapping::Dimensions d;
     ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
-    EXPECT_DOUBLE_EQ(d.pageWidthPx, 1000.0);
-    EXPECT_DOUBLE_EQ(d.offsetX, 0.0);
-    EXPECT_DOUBLE_EQ(d.offsetY, 50.0);
+    EXPECT_EQ(std::tuple(d.pageWidthPx, d.offsetX, d.offsetY), std::tuple(1000.0, 0.0, 50.0));
     EXPECT_FALSE(page.mapping.SetMode(0));
     EXPECT_TRUE(page.mapping.SetOrientation(1)); // now 100 × 200: zy = 600 / 4 / 200 = 0.75
     EXPECT_DOUBLE_EQ(page.Zoom(), -0.75);
@@ -170,9 +168,8 @@ TEST_P(SetOrientationTest, SwapsSidesOnlyWhenTheyDisagree)
     const OrientationCase& c = GetParam();
     Page page(c.width, c.height);
     EXPECT_EQ(page.mapping.SetOrientation(c.orientation), c.swapped);
-    EXPECT_EQ(page.mapping.GetOrientation(), c.orientation);
-    EXPECT_EQ(page.props.width, c.swapped ? c.height : c.width);
-    EXPECT_EQ(page.props.height, c.swapped ? c.width : c.height);
+    EXPECT_EQ(std::tuple(page.mapping.GetOrientation(), page.props.width, page.props.height),
+        std::tuple(c.orientation, c.swapped ? c.height : c.width, c.swapped ? c.width : c.height));
 }
 
 const OrientationCase orientationCases[] = {

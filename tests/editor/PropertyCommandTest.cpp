@@ -64,9 +64,7 @@ TEST(PropertyCommand, UndoAndRedoGiveBackTheExactFieldsInTheSameCards)
     EXPECT_EQ(f.page.cards[0].get(), first) << "the card object is kept, so pointers to it stay valid";
     EXPECT_EQ(f.page.cards[2]->layer, 1);
     f.stack.redo();
-    EXPECT_EQ(f.Xml(), edited);
-    EXPECT_EQ(f.Label(2).size, 14.5);
-    EXPECT_EQ(f.page.cards[2]->layer, 0);
+    EXPECT_EQ(std::tuple(f.Xml(), f.Label(2).size, f.page.cards[2]->layer), std::tuple(edited, 14.5, 0));
 }
 
 // Typing a field to the end is one step: the panel's test.
@@ -119,12 +117,10 @@ TEST(PropertyCommand, PageEditsUndoTheSizeGridAndOutColour)
     const quint32 outBefore = ZWGlobalProperties().outColor;
     f.stack.push(command.release());
     f.stack.undo();
-    EXPECT_EQ(f.page.properties.width, 210);
-    EXPECT_EQ(f.page.properties.xgrid, -3);
-    EXPECT_EQ(f.page.properties.outColor, outBefore);
+    const ZWGlobalProperties& p = f.page.properties;
+    EXPECT_EQ(std::tuple(p.width, p.xgrid, p.outColor), std::tuple(210.0, -3.0, outBefore));
     f.stack.redo();
-    EXPECT_EQ(f.page.properties.width, 420);
-    EXPECT_EQ(f.page.properties.outColor, 0x123456u);
+    EXPECT_EQ(std::tuple(p.width, p.outColor), std::tuple(420.0, 0x123456u));
 }
 
 TEST(PropertyCommand, AssigningACardOfAnotherKindChangesNothing)

@@ -105,9 +105,8 @@ TEST(DrawBorder, SolidThinAndThickIncludeBothEnds)
     const ZWRect rect{5, 6, 16, 14}; // 12 × 9 pixels, ends included
     const QImage thin = Border(rect, false, false, false, 0);
     EXPECT_EQ(InkBounds(thin), QRect(QPoint(5, 6), QPoint(16, 14)));
-    EXPECT_EQ(zwtest::CountColour(thin, qRgb(255, 0, 0)), 2 * 12 + 2 * 7);
-    EXPECT_EQ(thin.pixel(16, 14), qRgb(255, 0, 0));
-    EXPECT_EQ(thin.pixel(6, 7), White);
+    EXPECT_EQ(std::tuple(zwtest::CountColour(thin, qRgb(255, 0, 0)), thin.pixel(16, 14), thin.pixel(6, 7)),
+        std::tuple(2 * 12 + 2 * 7, qRgb(255, 0, 0), White));
 
     const QImage thick = Border(rect, true, false, false, 0);
     EXPECT_EQ(InkBounds(thick), QRect(QPoint(5, 6), QPoint(16, 14)));
@@ -574,8 +573,8 @@ TEST(PageRendering, ExamplePageAtRealSize)
         for (int x = roundi(112 * 5.906); x < roundi(190 * 5.906) && !green; ++x)
             green = image.pixel(x, y) == qRgb(0, 130, 60);
     EXPECT_TRUE(green);
-    EXPECT_TRUE(ZWPageRenderer::RenderPage(report.pages[0], 0.0).isNull());
-    EXPECT_TRUE(ZWPageRenderer::PageSize(report.pages[0].properties, 100000.0).isEmpty());
+    EXPECT_TRUE(ZWPageRenderer::RenderPage(report.pages[0], 0.0).isNull()
+        && ZWPageRenderer::PageSize(report.pages[0].properties, 100000.0).isEmpty());
 }
 
 } // namespace

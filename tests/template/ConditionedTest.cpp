@@ -71,9 +71,9 @@ TEST(Conditioned, DeletingThePictureMakesTheLabelCurrentAndOnlyPlainCardsAreAlte
     EXPECT_FALSE(card->AddCondition(u"1"_s, std::make_unique<ZWCardConditioned>()));
     EXPECT_FALSE(card->AddCondition(u"1"_s, std::make_unique<ZWCardControl>()));
     EXPECT_FALSE(card->AddCondition(u"1"_s, nullptr));
-    EXPECT_EQ(card->GetNumberOfConditions(), 1);
-    EXPECT_EQ(WithAlternatives(u"LIL"_s)->FindControl(u"alt2"_s), 2);
-    EXPECT_EQ(card->FindControl(u"alt9"_s), -1);
+    EXPECT_EQ(std::tuple(card->GetNumberOfConditions(), WithAlternatives(u"LIL"_s)->FindControl(u"alt2"_s),
+                  card->FindControl(u"alt9"_s)),
+        std::tuple(1, 2, -1));
 }
 
 } // namespace

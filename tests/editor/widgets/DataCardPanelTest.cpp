@@ -84,14 +84,13 @@ TEST_F(DataCardPanel, ChartFieldsAndSeriesAreEditedOneStepEach)
     f.rows->setCurrentRow(0);
     Type(f.rowTitle, u"This year"_s);
     EXPECT_EQ(stack.count(), 5 + 2 + 4) << "a step per field and row";
-    EXPECT_EQ(std::tuple(Chart(0).series[1].shift, Chart(0).series[1].formula), std::tuple(u"-1y"_s, u"[M.E:delta]"_s));
-    EXPECT_EQ(f.rows->item(0)->text(), u"This year"_s);
+    EXPECT_EQ(std::tuple(Chart(0).series[1].shift, Chart(0).series[1].formula, f.rows->item(0)->text()),
+        std::tuple(u"-1y"_s, u"[M.E:delta]"_s, u"This year"_s));
 
     // Down, then remove the other.
     Click(f.group, "down");
-    EXPECT_EQ(Chart(0).series[1].title, u"This year"_s);
-    EXPECT_EQ(f.rows->currentRow(), 1);
-    EXPECT_EQ(f.rowTitle->text(), u"This year"_s);
+    EXPECT_EQ(std::tuple(Chart(0).series[1].title, f.rows->currentRow(), f.rowTitle->text()),
+        std::tuple(u"This year"_s, 1, u"This year"_s));
     f.rows->setCurrentRow(0);
     Click(f.group, "remove");
     ASSERT_EQ(Chart(0).series.size(), 1u);

