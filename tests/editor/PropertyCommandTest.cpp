@@ -53,9 +53,7 @@ TEST(PropertyCommand, UndoAndRedoGiveBackTheExactFieldsInTheSameCards)
     ZWCardControl* first = f.page.cards[0].get();
     ASSERT_TRUE(f.Edit({0, 2}, 1, [](ZWCardControl& card) {
         auto& label = static_cast<ZWCardLabel&>(card);
-        label.size = 14.5;
-        label.color = 0x0000FF;
-        label.layer = 0;
+        std::tie(label.size, label.color, label.layer) = std::tuple(14.5, 0x0000FF, 0);
     }));
     const QByteArray edited = f.Xml();
     EXPECT_NE(edited, original);

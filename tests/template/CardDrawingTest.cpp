@@ -67,9 +67,7 @@ TEST(DrawMapping, PagePlacementCentresOrScrolls)
 {
     QImage device = WhiteImage(10, 10, 4000); // 4 px/mm
     ZWGlobalProperties page;
-    page.width = 100.0;
-    page.height = 50.0;
-    page.rounded = 5.0;
+    std::tie(page.width, page.height, page.rounded) = std::tuple(100.0, 50.0, 5.0);
     tagDraw d = ZWPageRenderer::MakeDraw(&device, page, 0.5, QRect(0, 0, 300, 300));
     EXPECT_EQ(std::tuple(d.pageWidthPx, d.pageHeightPx, d.roundWidthPx, d.left, d.top, d.fontScale),
         std::tuple(200.0, 100.0, 10.0, 50.0, 100.0, 0.5));
@@ -376,10 +374,8 @@ TEST_F(ImageDrawing, PicturesLandOnTheirTargetRectanglesInEachMode)
         EXPECT_NEAR((target.topLeft() - expected.topLeft()).manhattanLength(), 0.0, 1e-9);
         EXPECT_NEAR((target.bottomRight() - expected.bottomRight()).manhattanLength(), 0.0, 1e-9);
         ZWCardImage card = Card(Qt::red, 100, 50);
-        card.maintainAspectRatio = aspect;
-        card.maintainRealSize = real;
-        card.horizontalAlign = horizontal;
-        card.verticalAlign = vertical;
+        std::tie(card.maintainAspectRatio, card.maintainRealSize, card.horizontalAlign, card.verticalAlign)
+            = std::tuple(aspect, real, horizontal, vertical);
         const QImage image = Draw(card, PageDraw(5.0));
         const QRect pixels = QRectF(expected.topLeft() * 5, expected.size() * 5).toRect();
         EXPECT_EQ(InkBounds(image), pixels);

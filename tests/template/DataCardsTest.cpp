@@ -245,10 +245,9 @@ TEST_F(DataCards, NothingIsPaintedOutsideTheCard)
     };
     for (auto type : {ZWCardChart::Type::Bar, ZWCardChart::Type::Stacked, ZWCardChart::Type::Line}) {
         ZWCardChart sample = Chart(type, 3);
-        sample.title = u"A title far longer than the card is wide, so that it has to be cut"_s;
-        sample.xTitle = u"Days"_s;
-        sample.yTitle = u"kWh"_s;
-        sample.backcolor = ZWRGB(250, 250, 200);
+        std::tie(sample.title, sample.xTitle, sample.yTitle, sample.backcolor)
+            = std::tuple(u"A title far longer than the card is wide, so that it has to be cut"_s, u"Days"_s, u"kWh"_s,
+                ZWRGB(250, 250, 200));
         add("a sample chart", sample);
         ZWCardChart big = Chart(type, 2);
         std::vector<double> values(1000, 1e12);
@@ -421,8 +420,7 @@ TEST_F(DataCards, WithoutValuesTheCardsShowSamples)
 
     ZWCardTable table;
     zwtest::Place(table, 5.0, 5.0, 80.0, 60.0);
-    table.unit = u"month"_s;
-    table.labelFormat = u"MM/yyyy"_s;
+    std::tie(table.unit, table.labelFormat) = std::tuple(u"month"_s, u"MM/yyyy"_s);
     table.columns = {{u"Cost"_s, u"1"_s, u"03.03"_s, false, QString(), QString()}};
     const QString sample = PdfText(table);
     EXPECT_TRUE(sample.contains(u"07/2024"_s)) << sample.toStdString();

@@ -27,23 +27,16 @@ using zwtest::WriteCard;
 void SetCommon(ZWCardControl& card)
 {
     zwtest::Place(card, 12.345, -3.5, 40.0, 0.004);
-    card.id = u"card-7"_s;
-    card.field = u"BEGIN_DATE"_s;
-    card.color = 0x0000FF;
-    card.backcolor = 0xFF0000;
+    std::tie(card.id, card.field, card.color, card.backcolor)
+        = std::tuple(u"card-7"_s, u"BEGIN_DATE"_s, 0x0000FF, 0xFF0000);
 }
 
 void SetLabel(ZWCardLabel& label)
 {
     SetCommon(label);
-    label.style = 3;
-    label.font = u"Times New Roman"_s;
-    label.size = 14.256;
-    label.orientation = 12.37;
-    label.horizontalAlign = 2;
-    label.verticalAlign = 8;
-    label.styleFile = u"Heading"_s;
-    label.value = u"Total <kWh> & \"cost\""_s;
+    std::tie(label.style, label.font, label.size, label.orientation, label.horizontalAlign, label.verticalAlign,
+        label.styleFile, label.value)
+        = std::tuple(3, u"Times New Roman"_s, 14.256, 12.37, 2, 8, u"Heading"_s, u"Total <kWh> & \"cost\""_s);
 }
 
 // "%.2f" numbers, colours as BGR hex (pure red is "0000FF"), in file order.

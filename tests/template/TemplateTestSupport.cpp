@@ -61,10 +61,8 @@ QByteArray SolidPng(int w, int h, QColor colour)
 tagDraw PageDraw(double pxPerMm, double widthMm, double heightMm)
 {
     tagDraw draw;
-    draw.pageWidthMm = widthMm;
-    draw.pageHeightMm = heightMm;
-    draw.pageWidthPx = widthMm * pxPerMm;
-    draw.pageHeightPx = heightMm * pxPerMm;
+    std::tie(draw.pageWidthMm, draw.pageHeightMm, draw.pageWidthPx, draw.pageHeightPx)
+        = std::tuple(widthMm, heightMm, widthMm * pxPerMm, heightMm * pxPerMm);
     return draw;
 }
 

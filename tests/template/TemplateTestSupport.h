@@ -9,6 +9,7 @@
 #include <QRect>
 #include <QTemporaryDir>
 #include <memory>
+#include <tuple>
 
 namespace zwtest {
 
@@ -29,10 +30,7 @@ tagDraw PageDraw(double pxPerMm, double widthMm = 210.0, double heightMm = 297.0
 // Puts `card` at (x, y) mm with a size of w × h mm.
 template <class Card> Card& Place(Card& card, double x, double y, double w, double h)
 {
-    card.x = x;
-    card.y = y;
-    card.width = w;
-    card.height = h;
+    std::tie(card.x, card.y, card.width, card.height) = std::tuple(x, y, w, h);
     return card;
 }
 

@@ -24,11 +24,8 @@ protected:
     ZWCardLabel Plain()
     {
         ZWCardLabel label;
-        label.font = u"Courier New"_s;
-        label.size = 8.0;
-        label.color = 0x111111;
-        label.style = 0;
-        label.orientation = 30.0;
+        std::tie(label.font, label.size, label.color, label.style, label.orientation)
+            = std::tuple(u"Courier New"_s, 8.0, 0x111111, 0, 30.0);
         return label;
     }
     zwtest::TempDataDir m_data;
@@ -93,12 +90,8 @@ TEST_F(TextStyle, UpdateStyleFromFileUsesTheCardsStyle)
 TEST_F(TextStyle, WritingAStyleFile)
 {
     ZWTextStyle style;
-    style.name = u"Total"_s;
-    style.font = u"Arial"_s;
-    style.style = 3;
-    style.orientation = 12.345;
-    style.size = 11.0;
-    style.color = 0x00FF00;
+    std::tie(style.name, style.font, style.style, style.orientation, style.size, style.color)
+        = std::tuple(u"Total"_s, u"Arial"_s, 3, 12.345, 11.0, 0x00FF00);
     ASSERT_TRUE(style.SaveByName());
     XmlDocument file;
     ASSERT_TRUE(file.Load(m_data.Path() + u"Total.XSTY"_s));

@@ -191,9 +191,7 @@ TEST_F(EditorFrame, AChangedStyleReachesTheLabelsOfEveryPage)
         static_cast<ZWCardLabel&>(*frame.CurrentPage()->Page().cards.back()).styleFile = u"Heading"_s;
     }
     ZWTextStyle style;
-    style.name = u"Heading"_s;
-    style.size = 30;
-    style.style = 1;
+    std::tie(style.name, style.size, style.style) = std::tuple(u"Heading"_s, 30, 1);
     ASSERT_TRUE(style.SaveByName());
     frame.OnStylesModified();
     for (int p = 0; p < 2; ++p) {
