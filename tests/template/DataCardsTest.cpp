@@ -239,9 +239,10 @@ TEST_F(DataCards, ValueAxesTakeNiceSteps)
 
 TEST_F(DataCards, NothingIsPaintedOutsideTheCard)
 {
-    std::vector<std::pair<const char*, std::unique_ptr<ZWCardControl>>> cards;
-    const auto add = [&cards](const char* what, auto card) {
-        cards.emplace_back(what, std::make_unique<decltype(card)>(std::move(card)));
+    const auto add = [](const char* what, ZWCardControl& card) {
+        const QRect ink = zwtest::InkBounds(Picture(card));
+        EXPECT_TRUE(!ink.isNull() && CardRect(card).contains(ink))
+            << what << ": ink " << ink.left() << "," << ink.top() << " to " << ink.right() << "," << ink.bottom();
     };
     for (auto type : {ZWCardChart::Type::Bar, ZWCardChart::Type::Stacked, ZWCardChart::Type::Line}) {
         ZWCardChart sample = Chart(type, 3);
@@ -277,14 +278,6 @@ TEST_F(DataCards, NothingIsPaintedOutsideTheCard)
     ZWCardTable sampleTable;
     zwtest::Place(sampleTable, 20.0, 30.0, 50.0, 8.0);
     add("a sample table cut to two rows", sampleTable);
-
-    for (auto& [what, card] : cards) {
-        const QImage image = Picture(*card);
-        const QRect ink = zwtest::InkBounds(image);
-        ASSERT_FALSE(ink.isNull()) << what;
-        EXPECT_TRUE(CardRect(*card).contains(ink))
-            << what << ": ink " << ink.left() << "," << ink.top() << " to " << ink.right() << "," << ink.bottom();
-    }
 }
 
 TEST_F(DataCards, BarsAreToScaleAndStandOnZero)
