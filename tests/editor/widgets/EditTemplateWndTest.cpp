@@ -187,9 +187,7 @@ const KeyCase keyCases[] = {
     {"shift without a grid is ten pixels", 0, {{Qt::Key_Left, Qt::ShiftModifier}}, {7.5, 20, 30, 40}, 1},
     {"left and right again leave no step", 0, {{Qt::Key_Left, {}}, {Qt::Key_Right, {}}}, {10, 20, 30, 40}, 0},
     {"the page's top edge stops the card", 5,
-        {{Qt::Key_Up, Qt::ShiftModifier}, {Qt::Key_Up, Qt::ShiftModifier}, {Qt::Key_Up, Qt::ShiftModifier},
-            {Qt::Key_Up, Qt::ShiftModifier}, {Qt::Key_Up, Qt::ShiftModifier}},
-        {10, 0, 30, 40}, 1},
+        std::vector(5, std::pair(int(Qt::Key_Up), Qt::KeyboardModifiers(Qt::ShiftModifier))), {10, 0, 30, 40}, 1},
     {"up then left is still one step", 0, {{Qt::Key_Up, {}}, {Qt::Key_Left, {}}}, {9.75, 19.75, 30, 40}, 1},
 };
 
