@@ -6,6 +6,7 @@
 
 #include <QSqlError>
 #include <QSqlQuery>
+#include <functional>
 
 QStringList ZWLoggerSchema::CreateStatements(bool postgres)
 {
@@ -118,6 +119,28 @@ bool HasSchemaTable(ZWSqlLoggerConnection& c, bool& has, QString* error)
     return true;
 }
 
+// Runs `body` in a transaction that holds the write lock from its start
+// (SQLite: BEGIN IMMEDIATE), so that two processes do not both change the
+// schema; commits when it succeeds, rolls back otherwise.
+bool WithWriteLock(ZWSqlLoggerConnection& c, const std::function<bool(QString*)>& body, QString& why)
+{
+    QSqlDatabase& db = c.Database();
+    if (!(c.IsPostgres() ? db.transaction() : c.Exec(QStringLiteral("BEGIN IMMEDIATE"), &why))) {
+        if (why.isEmpty())
+            why = ZWSqlLoggerConnection::ErrorText(db.lastError());
+        return false;
+    }
+    if (body(&why) && (c.IsPostgres() ? db.commit() : c.Exec(QStringLiteral("COMMIT"), &why)))
+        return true;
+    if (why.isEmpty())
+        why = ZWSqlLoggerConnection::ErrorText(db.lastError());
+    if (c.IsPostgres())
+        db.rollback();
+    else
+        c.Exec(QStringLiteral("ROLLBACK"), nullptr);
+    return false;
+}
+
 } // namespace
 
 bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
@@ -137,33 +160,20 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
         return false;
     }
     if (!has) {
-        QSqlDatabase& db = c.Database();
-        // SQLite: take the write lock at once, so that two processes that
-        // create the same new file do not both build the tables.
-        const bool begun = c.IsPostgres() ? db.transaction() : c.Exec(QStringLiteral("BEGIN IMMEDIATE"), &why);
-        if (!begun) {
-            if (error)
-                *error = ZWLoadString(ZWTextId::StoreCannotCreateTables)
-                             .arg(c.Url().Display(),
-                                 why.isEmpty() ? ZWSqlLoggerConnection::ErrorText(db.lastError()) : why);
-            return false;
-        }
-        bool ok = HasSchemaTable(c, has, &why);
-        if (ok && !has) {
-            for (const QString& statement : CreateStatements(c.IsPostgres())) {
-                if (!c.Exec(statement, &why)) {
-                    ok = false;
-                    break;
-                }
-            }
-        }
-        if (ok)
-            ok = c.IsPostgres() ? db.commit() : c.Exec(QStringLiteral("COMMIT"), &why);
-        if (!ok) {
-            if (c.IsPostgres())
-                db.rollback();
-            else
-                c.Exec(QStringLiteral("ROLLBACK"), nullptr);
+        const bool created = WithWriteLock(
+            c,
+            [&](QString* reason) {
+                // Another process may have made them meanwhile.
+                if (!HasSchemaTable(c, has, reason))
+                    return false;
+                if (!has)
+                    for (const QString& statement : CreateStatements(c.IsPostgres()))
+                        if (!c.Exec(statement, reason))
+                            return false;
+                return true;
+            },
+            why);
+        if (!created) {
             if (error)
                 *error = ZWLoadString(ZWTextId::StoreCannotCreateTables).arg(c.Url().Display(), why);
             return false;
@@ -180,6 +190,7 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
         return false;
     }
     const int version = q.value(0).toInt();
+    q.finish();
     if (version > Version) {
         if (error)
             *error = ZWLoadString(ZWTextId::StoreNewerSchema).arg(c.Url().Display()).arg(version).arg(Version);
@@ -198,37 +209,27 @@ bool ZWLoggerSchema::Ensure(ZWSqlLoggerConnection& c, QString* error)
 
 bool ZWLoggerSchema::Migrate(ZWSqlLoggerConnection& c, int to, const QStringList& statements, QString* error)
 {
-    QSqlDatabase& db = c.Database();
     QString why;
-    const bool begun = c.IsPostgres() ? db.transaction() : c.Exec(QStringLiteral("BEGIN IMMEDIATE"), &why);
-    bool ok = begun;
-    if (ok) {
-        // Another process may have migrated meanwhile.
-        QSqlQuery q(db);
-        ok = q.exec(QStringLiteral("SELECT MAX(version) FROM zw_schema")) && q.next();
-        if (ok && q.value(0).toInt() < to) {
+    const bool migrated = WithWriteLock(
+        c,
+        [&](QString* reason) {
+            // Another process may have migrated meanwhile.
+            QSqlQuery q(c.Database());
+            if (!q.exec(QStringLiteral("SELECT MAX(version) FROM zw_schema")) || !q.next()) {
+                *reason = ZWSqlLoggerConnection::ErrorText(q.lastError());
+                return false;
+            }
+            const int version = q.value(0).toInt();
             q.finish();
+            if (version >= to)
+                return true;
             for (const QString& statement : statements)
-                ok = ok && c.Exec(statement, &why);
-            ok = ok && c.Exec(QStringLiteral("UPDATE zw_schema SET version = %1").arg(to), &why);
-        } else if (!ok) {
-            why = ZWSqlLoggerConnection::ErrorText(q.lastError());
-        }
-    }
-    if (ok)
-        ok = c.IsPostgres() ? db.commit() : c.Exec(QStringLiteral("COMMIT"), &why);
-    if (!ok) {
-        if (why.isEmpty())
-            why = ZWSqlLoggerConnection::ErrorText(db.lastError());
-        if (begun) {
-            if (c.IsPostgres())
-                db.rollback();
-            else
-                c.Exec(QStringLiteral("ROLLBACK"), nullptr);
-        }
-        if (error)
-            *error = ZWLoadString(ZWTextId::StoreCannotUpgrade).arg(c.Url().Display(), why).arg(to);
-        return false;
-    }
-    return true;
+                if (!c.Exec(statement, reason))
+                    return false;
+            return c.Exec(QStringLiteral("UPDATE zw_schema SET version = %1").arg(to), reason);
+        },
+        why);
+    if (!migrated && error)
+        *error = ZWLoadString(ZWTextId::StoreCannotUpgrade).arg(c.Url().Display(), why).arg(to);
+    return migrated;
 }
