@@ -130,15 +130,15 @@ bool CheckPages(const std::vector<std::unique_ptr<ZWViewPage>>& pages, bool pdf,
     return true;
 }
 
-// Writes the filled pages to the PDF and/or the PNG folder (empty: none),
-// the PDF's folder made first when `createFolder`, naming what it wrote on stdout. False (with `error`) at the first
-// file that cannot be written.
+// Writes the filled pages to the PDF (its folder made first) and/or the PNG
+// folder (empty: none), naming what it wrote on stdout. False (with `error`)
+// at the first file that cannot be written.
 bool WriteOutputs(const QString& title, const QString& base, std::vector<std::unique_ptr<ZWViewPage>>& pages,
-    const QString& pdf, const QString& pngDir, double dpi, bool createFolder, QString& error)
+    const QString& pdf, const QString& pngDir, double dpi, QString& error)
 {
     if (!pdf.isEmpty()) {
         const QString folder = QFileInfo(pdf).path();
-        if (createFolder && !QDir().mkpath(folder)) {
+        if (!QDir().mkpath(folder)) {
             error = QStringLiteral("%1: cannot create the folder %2").arg(pdf, folder);
             return false;
         }
@@ -277,7 +277,7 @@ int RunBatch(ZWCommandLine& cl, const QString& report, double dpi)
         if (gathered) {
             const QString pdfPath = pdf ? pdfPattern.Expand(name, unitName, periodStart, periodEnd) : QString();
             const QString pngPath = png ? pngPattern.Expand(name, unitName, periodStart, periodEnd) : QString();
-            ok = WriteOutputs(title, base, pages, pdfPath, pngPath, dpi, true, error);
+            ok = WriteOutputs(title, base, pages, pdfPath, pngPath, dpi, error);
             NamePictureProblems(pages, label + QStringLiteral(", "));
         }
         if (!ok) {
@@ -340,7 +340,7 @@ int Run(const QStringList& args)
     QString error;
     if (!WriteOutputs(job.Data().Design().Value(QStringLiteral("/name")),
             QFileInfo(job.ReportPath()).completeBaseName(), pages, pdf ? p.value(QStringLiteral("output")) : QString(),
-            png ? p.value(QStringLiteral("png")) : QString(), dpi, false, error)) {
+            png ? p.value(QStringLiteral("png")) : QString(), dpi, error)) {
         Err() << "zwinformes render: " << error << "\n";
         return ExitFailed;
     }

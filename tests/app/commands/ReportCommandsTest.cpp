@@ -111,7 +111,7 @@ protected:
 
 TEST_F(MonthlyReport, RendersTheMonthsNumbersIntoAPdf)
 {
-    const QString pdf = m_dir.filePath(u"february.pdf"_s), pngs = m_dir.filePath(u"pages"_s);
+    const QString pdf = m_dir.filePath(u"out/2026/february.pdf"_s), pngs = m_dir.filePath(u"pages"_s);
     // The tariff page's calendar in the data folder.
     const QString data = m_dir.filePath(u"data"_s);
     ASSERT_TRUE(QDir().mkpath(data));
