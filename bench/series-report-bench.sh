@@ -65,17 +65,8 @@ raw="SELECT w.variable_id, date(w.t - 1, 'unixepoch', 'localtime') AS day,
         AND t >= $start - 3600 AND t <= $end) w
   WHERE w.prev IS NOT NULL AND w.t > $start GROUP BY 1, 2"
 
-median() {
-  local times=()
-  for _ in $(seq "$runs"); do
-    local t0 t1
-    t0=$(date +%s.%N)
-    "$@" >/dev/null
-    t1=$(date +%s.%N)
-    times+=("$(echo "$t1 - $t0" | bc -l)")
-  done
-  printf '%s\n' "${times[@]}" | sort -g | awk '{a[NR]=$1} END {print a[int((NR+1)/2)]}'
-}
+# shellcheck source=bench/median-time.sh
+. "$here/median-time.sh"
 
 opts=(--db "sqlite:$db" --unit month --date "$month-15T12:00:00")
 echo "$raw" >"$work/raw-daily.sql"

@@ -73,17 +73,8 @@ raw="SELECT variable_id, period, SUM(rise) FROM (
   WHERE w.prev IS NOT NULL AND w.t > $start) GROUP BY 1, 2"
 echo "$raw" >"$work/raw-tariffs.sql"
 
-median() {
-  local times=()
-  for _ in $(seq "$runs"); do
-    local t0 t1
-    t0=$(date +%s.%N)
-    "$@" >/dev/null
-    t1=$(date +%s.%N)
-    times+=("$(echo "$t1 - $t0" | bc -l)")
-  done
-  printf '%s\n' "${times[@]}" | sort -g | awk '{a[NR]=$1} END {print a[int((NR+1)/2)]}'
-}
+# shellcheck source=bench/median-time.sh
+. "$here/median-time.sh"
 
 opts=(--data-dir "$work/data" --db "sqlite:$db" --unit year --date "$year-06-15T12:00:00")
 t_plain=$(median "$zw" values "$work/YearTotals.XRPT" "${opts[@]}")

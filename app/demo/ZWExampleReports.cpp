@@ -197,6 +197,20 @@ QByteArray ZWExampleReports::LogoPng()
     return Png(image);
 }
 
+namespace {
+
+// A portrait page of the monthly report: background, logo and title.
+ZWTemplatePage& AddOfficePage(ZWTemplate& report, const QString& title)
+{
+    ZWTemplatePage& page = report.AddPage();
+    page.properties.InitializeBackground(QString::fromLatin1(BackgroundPng(210, 297).toBase64()));
+    page.properties.background->maintainAspectRatio = false;
+    AddHeader(page, 210.0, title, QStringLiteral("Head office building"));
+    return page;
+}
+
+} // namespace
+
 ZWTemplate ZWExampleReports::MonthlyEnergy()
 {
     ZWTemplate report;
@@ -226,10 +240,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
         });
 
     // Page 1: consumption and cost.
-    ZWTemplatePage& first = report.AddPage();
-    first.properties.InitializeBackground(QString::fromLatin1(BackgroundPng(210, 297).toBase64()));
-    first.properties.background->maintainAspectRatio = false;
-    AddHeader(first, 210.0, QStringLiteral("Monthly energy report"), QStringLiteral("Head office building"));
+    ZWTemplatePage& first = AddOfficePage(report, QStringLiteral("Monthly energy report"));
 
     AddLabel(first, 20.0, 40.0, 30.0, 8.0, QStringLiteral("Period:"), 11.0, Bold);
     AddDate(first, 50.0, 40.0, 45.0, 8.0, QStringLiteral("BEGIN_DATE"), QStringLiteral("dd/MM/yyyy hh:mm"), 11.0);
@@ -284,10 +295,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     AddLabel(first, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 1 of 4"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
 
     // Page 2: power and comfort.
-    ZWTemplatePage& second = report.AddPage();
-    second.properties.InitializeBackground(QString::fromLatin1(BackgroundPng(210, 297).toBase64()));
-    second.properties.background->maintainAspectRatio = false;
-    AddHeader(second, 210.0, QStringLiteral("Power and comfort"), QStringLiteral("Head office building"));
+    ZWTemplatePage& second = AddOfficePage(report, QStringLiteral("Power and comfort"));
     AddLabel(second, 20.0, 40.0, 170.0, 9.0, QStringLiteral("Electric power"), 14.0, Bold, DarkBlue);
     row = 0;
     AddRow(second, row++, 51.0, QStringLiteral("Mean active power"), QStringLiteral("[Main meter.Active power]"),
@@ -319,10 +327,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     AddLabel(second, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 2 of 4"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
 
     // Page 3: trends and comparisons.
-    ZWTemplatePage& third = report.AddPage();
-    third.properties.InitializeBackground(QString::fromLatin1(BackgroundPng(210, 297).toBase64()));
-    third.properties.background->maintainAspectRatio = false;
-    AddHeader(third, 210.0, QStringLiteral("Trends and comparisons"), QStringLiteral("Head office building"));
+    ZWTemplatePage& third = AddOfficePage(report, QStringLiteral("Trends and comparisons"));
 
     AddLabel(
         third, 20.0, 38.0, 170.0, 9.0, QStringLiteral("Electricity against earlier periods"), 14.0, Bold, DarkBlue);
@@ -376,10 +381,7 @@ ZWTemplate ZWExampleReports::MonthlyEnergy()
     AddLabel(third, 150.0, 285.0, 40.0, 6.0, QStringLiteral("Page 3 of 4"), 8.0, 0, Grey, ZWCardLabel::AlignRight);
 
     // Page 4: the electricity by time-of-use period.
-    ZWTemplatePage& fourth = report.AddPage();
-    fourth.properties.InitializeBackground(QString::fromLatin1(BackgroundPng(210, 297).toBase64()));
-    fourth.properties.background->maintainAspectRatio = false;
-    AddHeader(fourth, 210.0, QStringLiteral("Time-of-use tariff"), QStringLiteral("Head office building"));
+    ZWTemplatePage& fourth = AddOfficePage(report, QStringLiteral("Time-of-use tariff"));
     AddLabel(fourth, 20.0, 38.0, 170.0, 9.0, QStringLiteral("Electricity by tariff period"), 14.0, Bold, DarkBlue);
     struct Column
     {
