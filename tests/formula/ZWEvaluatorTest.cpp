@@ -84,16 +84,12 @@ TEST(LongFormulas, FlatTextOfAMegabyte)
     // 1+1+...: about a megabyte, left-associative, no nesting.
     const int terms = 500000;
     zwtest::Evaluation e = zwtest::Evaluate(u"1"_s + Repeat(u"+1"_s, terms - 1));
-    EXPECT_EQ(e.analyze, 0);
-    EXPECT_EQ(e.code, 0);
-    EXPECT_EQ(e.value, double(terms));
+    EXPECT_EQ(std::tuple(e.analyze, e.code, e.value), std::tuple(0, 0, double(terms)));
     // Each unary minus applies to the rest of its term; none of them nests.
     e = zwtest::Evaluate(u"2"_s + Repeat(u"*-1"_s, 250001));
-    EXPECT_EQ(e.code, 0);
-    EXPECT_EQ(e.value, -2.0);
+    EXPECT_EQ(std::tuple(e.analyze, e.code, e.value), std::tuple(0, 0, -2.0));
     e = zwtest::Evaluate(Repeat(u"(1<2) && "_s, 100000) + u"(1<2)"_s);
-    EXPECT_EQ(e.analyze, 1);
-    EXPECT_EQ(e.value, 1.0);
+    EXPECT_EQ(std::tuple(e.analyze, e.code, e.value), std::tuple(1, 0, 1.0));
 }
 
 TEST(LongFormulas, ManyDistinctNames)
@@ -112,8 +108,7 @@ TEST(LongFormulas, ManyDistinctNames)
     EXPECT_EQ(evaluator.Evaluate(value, valueType), 40);
     const std::vector<ZWToken>& undefined = *evaluator.GetUndefinedTokens();
     ASSERT_EQ(undefined.size(), 60000u);
-    EXPECT_EQ(undefined[0].GetValue(), u"v0"_s);
-    EXPECT_EQ(undefined[59999].GetValue(), u"v59999"_s);
+    EXPECT_EQ(undefined[0].GetValue() + u' ' + undefined[59999].GetValue(), u"v0 v59999"_s);
 }
 
 TEST(ZWEvaluator, CopiesCarryTheTranslationAndEachEvaluationStartsAfresh)
@@ -139,9 +134,6 @@ TEST(ZWEvaluator, CopiesCarryTheTranslationAndEachEvaluationStartsAfresh)
         EXPECT_EQ(evaluator.GetUndefinedTokens()->size(), 1u);
     }
 }
-
-// ---------------------------------------------------------------------------
-// Messages
 
 TEST(ErrorMsg, EveryCodeHasItsOwnText)
 {

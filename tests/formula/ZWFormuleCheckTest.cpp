@@ -59,9 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Checks, FormuleCheck,
     testing::ValuesIn(std::vector<CheckCase>{{"empty text", "A", "", -1, ZWTextId::FormulaEmpty, false, ""},
         {"empty text before a bad name", "2x", "", -1, ZWTextId::FormulaEmpty, false, ""},
         {"empty name", "", "1", -1, ZWTextId::FormulaNameInvalid, false, ""},
-        {"name with a digit first", "1A", "1", -1, ZWTextId::FormulaNameInvalid, false, ""},
         {"name with a blank", "A B", "1", -1, ZWTextId::FormulaNameInvalid, false, ""},
-        {"function name", "sqrt", "1", -1, ZWTextId::FormulaNameInvalid, false, ""},
         {"capitalised function name", "Sqrt", "4", -1, ZWTextId::FormulaValue, true, "4.00000"},
         {"bad name before a bad text", "a-b", "2 +", -1, ZWTextId::FormulaNameInvalid, false, ""},
         {"name of another formula", "Price", "1", -1, ZWTextId::FormulaNameTaken, false, ""},
@@ -69,13 +67,11 @@ INSTANTIATE_TEST_SUITE_P(Checks, FormuleCheck,
         {"names are case-sensitive", "price", "1", -1, ZWTextId::FormulaValue, true, "1.00000"},
         {"its own name when modified", "Price", "0.5", 0, ZWTextId::FormulaValue, true, "0.50000"},
         {"invalid text", "A", "2 +", -1, ZWTextId::FormulaInvalid, false, ""},
-        {"doubled sign", "A", "2+-3", -1, ZWTextId::FormulaInvalid, false, ""},
         {"boolean result", "A", "1 < 2", -1, ZWTextId::FormulaInvalid, false, ""},
         {"refers to itself", "A", "A + 1", -1, ZWTextId::FormulaRefersToItself, false, ""},
         {"loop through the library", "Old", "Cost + 1", 1, ZWTextId::FormulaRefersToItself, false, ""},
         {"the old text is left out", "Old", "3", 1, ZWTextId::FormulaValue, true, "3.00000"},
         {"value through references", "A", "Cost * 8", -1, ZWTextId::FormulaValue, true, "4.00000"},
-        {"five decimals", "A", "1/3", -1, ZWTextId::FormulaValue, true, "0.33333"},
         {"device variable", "A", "[meter.energy] * Price", -1, ZWTextId::FormulaValue, true, "380.12500"},
         {"unknown device variable", "A", "[meter.volume]", -1, ZWTextId::FormulaUnknownVariable, false, ""},
         {"missing formula is code 40", "A", "Missing + 1", -1, ZWTextId::FormulaValueMissing, true,
@@ -88,10 +84,7 @@ INSTANTIATE_TEST_SUITE_P(Checks, FormuleCheck,
             "Check the name between the square brackets."},
         {"no current value is code 62", "A", "[meter.power] * 2", -1, ZWTextId::FormulaNoCurrentValue, true,
             "Without a value: [meter.power]"},
-        {"missing value before another is code 40", "A", "[meter.power] + [meter.energy]", -1,
-            ZWTextId::FormulaValueMissing, true, "[meter.power]"},
-        {"division by zero", "A", "Price / 0", -1, ZWTextId::FormulaCannotEvaluate, false, "Division by zero"},
-        {"domain fault", "A", "sqrt(-1)", -1, ZWTextId::FormulaCannotEvaluate, false, "sqrt"}}),
+        {"division by zero", "A", "Price / 0", -1, ZWTextId::FormulaCannotEvaluate, false, "Division by zero"}}),
     [](const testing::TestParamInfo<CheckCase>& info) { return zwtest::CaseName(info.param.what); });
 
 TEST(FormuleCheck, AFormulaOutsideTheLibraryNeedsNoName)
@@ -100,8 +93,7 @@ TEST(FormuleCheck, AFormulaOutsideTheLibraryNeedsNoName)
     EXPECT_EQ(named.textId, ZWTextId::FormulaNameInvalid);
     const ZWFormuleCheck::Result card
         = ZWFormuleCheck::Evaluate(QString(), u"2*3"_s, {}, {}, -1, /*nameRequired=*/false);
-    EXPECT_EQ(card.textId, ZWTextId::FormulaValue);
-    EXPECT_EQ(card.value, 6.0);
+    EXPECT_EQ(std::pair(card.textId, card.value), std::pair(int(ZWTextId::FormulaValue), 6.0));
     // Unnamed, it still may not refer to a formula that refers back to it.
     const ZWFormuleCheck::Result loop
         = ZWFormuleCheck::Evaluate(QString(), u"B"_s, {u"B"_s, u"C"_s}, {u"C"_s, u"B"_s}, -1, false);

@@ -134,8 +134,7 @@ TEST(ZWTokenProducer, AddedFunctionsSetResetClearAndTheEndTokenAgainAndAgain)
     producer.AddFunction(u"cube"_s, 77);
     ZWToken token;
     producer.GetToken(token);
-    EXPECT_EQ(token.GetType(), 77);
-    EXPECT_EQ(token.GetValue(), u"Cube"_s);
+    EXPECT_EQ(std::pair(token.GetType(), token.GetValue()), std::pair(77, u"Cube"_s));
     // Set rebuilds the table from the built-in functions only, and keeps
     // the position; Reset rewinds.
     producer.Set(u"cube*cd"_s);
@@ -143,15 +142,13 @@ TEST(ZWTokenProducer, AddedFunctionsSetResetClearAndTheEndTokenAgainAndAgain)
     EXPECT_EQ(token.GetType(), ZWToken::Multiply);
     producer.Reset();
     producer.GetToken(token);
-    EXPECT_EQ(token.GetType(), ZWToken::Variable);
-    EXPECT_EQ(token.GetValue(), u"cube"_s);
+    EXPECT_EQ(std::pair(token.GetType(), token.GetValue()), std::pair(int(ZWToken::Variable), u"cube"_s));
     producer.Clear();
     EXPECT_EQ(producer.NumberOfFunctions(), 0);
     for (int i = 0; i < 3; ++i) {
         producer.GetToken(token);
-        EXPECT_EQ(token.GetType(), ZWToken::End);
-        EXPECT_EQ(token.GetDoubleValue(), ZW_NO_VALUE);
-        EXPECT_EQ(token.GetValueType(), -1);
+        EXPECT_EQ(std::tuple(token.GetType(), token.GetDoubleValue(), token.GetValueType()),
+            std::tuple(int(ZWToken::End), ZW_NO_VALUE, -1));
     }
 }
 

@@ -144,7 +144,7 @@ protected:
     }
 };
 
-TEST_F(ViewerDialog, OpensOnThePresentDayAndStepsThroughDays)
+TEST_F(ViewerDialog, OpensOnThePresentDayStepsThroughDaysAndGoesToADate)
 {
     TestViewer viewer;
     Open(viewer, ID_GROUPBY_DAY);
@@ -162,40 +162,29 @@ TEST_F(ViewerDialog, OpensOnThePresentDayAndStepsThroughDays)
     // A disabled button does nothing.
     Click(viewer, ID_VIEWER_NEXT);
     EXPECT_EQ(viewer.GatheringCount(), 3);
-    EXPECT_TRUE(viewer.messages.empty());
-}
 
-TEST_F(ViewerDialog, GoToDate)
-{
-    TestViewer viewer;
-    Open(viewer, ID_GROUPBY_DAY);
+    // Go to date, cancelled: nothing changes.
     Click(viewer, ID_VIEWER_PREVIOUS);
     Click(viewer, ID_VIEWER_PREVIOUS);
-    // Cancelled: nothing changes.
     Click(viewer, ID_VIEWER_GOTO);
     EXPECT_EQ(viewer.dialogs, 1);
-    EXPECT_EQ(State(viewer), u"3: 192, 2026-03-08 00:00 to 2026-03-09 00:00, next, go to"_s);
-
-    // The dialog opens on the period's start; a date in the future leads to
-    // the present day, one in the past to its day.
-    QDate shown, chosen;
+    EXPECT_EQ(State(viewer), u"5: 192, 2026-03-08 00:00 to 2026-03-09 00:00, next, go to"_s);
+    // The dialog opens on the period's start and leads to the chosen day.
+    QDate shown;
     viewer.onDialog = [&](QDialog& dialog) {
         auto& goTo = dynamic_cast<CGoToDateDlg&>(dialog);
         shown = goTo.Calendar()->selectedDate();
-        goTo.Calendar()->setSelectedDate(chosen);
+        goTo.Calendar()->setSelectedDate(QDate(2026, 1, 20));
         goTo.accept();
         return dialog.result();
     };
-    chosen = QDate(2026, 5, 20);
     Click(viewer, ID_VIEWER_GOTO);
     EXPECT_EQ(shown, QDate(2026, 3, 8));
-    EXPECT_EQ(State(viewer), u"4: 240, 2026-03-10 00:00 to 2026-03-11 00:00, go to"_s);
-    chosen = QDate(2026, 1, 20);
-    Click(viewer, ID_VIEWER_GOTO);
-    EXPECT_EQ(State(viewer), u"5: 480, 2026-01-20 00:00 to 2026-01-21 00:00, next, go to"_s);
+    EXPECT_EQ(State(viewer), u"6: 480, 2026-01-20 00:00 to 2026-01-21 00:00, next, go to"_s);
+    EXPECT_TRUE(viewer.messages.empty());
 }
 
-TEST_F(ViewerDialog, GroupByUnits)
+TEST_F(ViewerDialog, GroupByUnitsAndTheUserInterval)
 {
     TestViewer viewer;
     Open(viewer, ID_GROUPBY_DAY);
@@ -242,19 +231,11 @@ TEST_F(ViewerDialog, GroupByUnits)
     EXPECT_EQ(checked, QStringList{u"&Month"_s});
     EXPECT_EQ(Period(viewer), u"2026-01-01 00:00 to 2027-01-01 00:00"_s);
     EXPECT_EQ(lastGroup(), u"YEAR"_s);
-}
 
-TEST_F(ViewerDialog, UserIntervalAlwaysReloads)
-{
-    TestViewer viewer;
-    Open(viewer, ID_GROUPBY_DAY);
-    QMenu menu;
-    viewer.CreateGroupByMenu(menu);
-    // Cancelled: nothing.
+    // The user interval, cancelled: nothing.
     UnitAction(menu, ID_GROUPBY_USER)->trigger();
     EXPECT_EQ(viewer.dialogs, 1);
-    EXPECT_EQ(viewer.GatheringCount(), 1);
-
+    EXPECT_EQ(viewer.GatheringCount(), 4);
     viewer.onDialog = [](QDialog& dialog) {
         auto& interval = dynamic_cast<CDlgUserInterval&>(dialog);
         interval.SetInterval(At(2026, 3, 1, 6), At(2026, 3, 2, 6));
@@ -262,17 +243,16 @@ TEST_F(ViewerDialog, UserIntervalAlwaysReloads)
         return interval.result();
     };
     UnitAction(menu, ID_GROUPBY_USER)->trigger();
-    // 18 hours of day 1 and 6 of day 2; neither Next nor Go to.
-    EXPECT_EQ(State(viewer), u"2: 30, 2026-03-01 06:00 to 2026-03-02 06:00"_s);
-    // The user unit is not remembered as the last unit.
-    EXPECT_FALSE(ZWMarentaSetup::instance().OpenSettings()->contains(u"LastReportGroup"_s));
-
+    // 18 hours of day 1 and 6 of day 2; neither Next nor Go to. The user
+    // unit is not remembered as the last unit.
+    EXPECT_EQ(State(viewer), u"5: 30, 2026-03-01 06:00 to 2026-03-02 06:00"_s);
+    EXPECT_EQ(lastGroup(), u"YEAR"_s);
     // The same interval again still reloads.
     QMenu again;
     viewer.CreateGroupByMenu(again);
     EXPECT_TRUE(UnitAction(again, ID_GROUPBY_USER)->isChecked());
     UnitAction(again, ID_GROUPBY_USER)->trigger();
-    EXPECT_EQ(viewer.GatheringCount(), 3);
+    EXPECT_EQ(viewer.GatheringCount(), 6);
 
     // An interval set by the host beforehand is the one a user unit opens on.
     TestViewer hosted;

@@ -77,21 +77,23 @@ protected:
     }
 };
 
-TEST_F(ViewerFrame, FitPlacesThePageInTheMiddleOfTheWindow)
+TEST_F(ViewerFrame, FitZoomButtonsAndScrollBars)
 {
     ZWViewReportFrame frame;
     Show(frame, ThreePages());
     ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+    QScrollBar* hbar = wnd->horizontalScrollBar();
+    QScrollBar* vbar = wnd->verticalScrollBar();
     const QSize client = wnd->viewport()->size();
     const QPointF px = wnd->PixelsPerMm();
     const double fit = std::min(client.width() / px.x() / 210.0, client.height() / px.y() / 297.0);
     EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
     EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
-    EXPECT_FALSE(wnd->horizontalScrollBar()->isVisible() || wnd->verticalScrollBar()->isVisible());
+    EXPECT_FALSE(hbar->isVisible() || vbar->isVisible());
 
     // The page is white on the out colour, centred, at the fitted size.
     wnd->SetOutColor(ZWRGB(0x40, 0x80, 0xC0));
-    const QImage shot = wnd->viewport()->grab().toImage();
+    QImage shot = wnd->viewport()->grab().toImage();
     const QRect page = zwtest::InkBounds(shot, qRgb(0x40, 0x80, 0xC0));
     const int width = roundi(fit * 210.0 * px.x());
     const int height = roundi(fit * 297.0 * px.y());
@@ -101,86 +103,52 @@ TEST_F(ViewerFrame, FitPlacesThePageInTheMiddleOfTheWindow)
     EXPECT_NEAR(page.top(), (client.height() - height) / 2, 1);
     EXPECT_EQ(shot.pixel(0, 0) & 0xFFFFFF, 0x4080C0u);
 
-    // A larger window fits again.
-    const double before = Factor(wnd);
-    frame.resize(1200, 1000);
-    QApplication::processEvents();
-    EXPECT_LT(Factor(wnd), before);
-}
-
-TEST_F(ViewerFrame, ZoomButtonsStepFromFitAndStopAtTheLimits)
-{
-    ZWViewReportFrame frame;
-    Show(frame, ThreePages());
-    ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
-    const double fit = -Factor(wnd);
-    ASSERT_GT(fit, 0.0);
-    // From fit, the buttons step to the multiples of 50 % around the fitted
-    // factor, and the selector follows.
+    // From fit the buttons step to the multiples of 50 % around the fitted
+    // factor (the steps themselves are ZWViewZoom's), and the selector follows.
     const double up = *ZWViewZoom::ZoomIn(-fit);
     Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
     EXPECT_DOUBLE_EQ(Factor(wnd), up);
     EXPECT_EQ(frame.ZoomSelector()->currentIndex(), int(up * 2));
     Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
     EXPECT_DOUBLE_EQ(Factor(wnd), up - 0.5);
-    QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
-    EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
+    // At 1000 % Zoom in is disabled and does nothing, even called; Zoom out is enabled.
+    QTest::keyClick(frame.ZoomSelector(), Qt::Key_End);
+    EXPECT_EQ(frame.ZoomSelector()->currentText(), u"1000%"_s);
+    EXPECT_FALSE(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->isEnabled());
+    Click(frame, ZWViewReportFrame::ID_ZOOM_IN);
+    frame.OnZoomIn();
+    EXPECT_DOUBLE_EQ(Factor(wnd), 10.0);
     Click(frame, ZWViewReportFrame::ID_ZOOM_OUT);
-    EXPECT_DOUBLE_EQ(Factor(wnd), ZWViewZoom::ZoomOut(-fit).value_or(-fit));
+    EXPECT_DOUBLE_EQ(Factor(wnd), 9.5);
+    EXPECT_TRUE(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->isEnabled());
 
-    // 50 % and 1000 %: the way on is disabled and does nothing, the way back is enabled.
-    const int in = ZWViewReportFrame::ID_ZOOM_IN, out = ZWViewReportFrame::ID_ZOOM_OUT;
-    for (const auto& [key, factor, disabled, enabled, back] :
-        {std::tuple(Qt::Key_Down, 0.5, out, in, 1.0), std::tuple(Qt::Key_End, 10.0, in, out, 9.5)}) {
-        QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
-        QTest::keyClick(frame.ZoomSelector(), key);
-        EXPECT_DOUBLE_EQ(Factor(wnd), factor);
-        EXPECT_EQ(frame.ZoomSelector()->currentText(), u"%1%"_s.arg(factor * 100));
-        EXPECT_FALSE(frame.Action(disabled)->isEnabled());
-        EXPECT_TRUE(frame.Action(enabled)->isEnabled());
-        Click(frame, disabled);
-        disabled == in ? frame.OnZoomIn() : frame.OnZoomOut();
-        EXPECT_DOUBLE_EQ(Factor(wnd), factor);
-        Click(frame, enabled);
-        EXPECT_DOUBLE_EQ(Factor(wnd), back);
-        EXPECT_TRUE(frame.Action(disabled)->isEnabled());
-    }
-}
-
-TEST_F(ViewerFrame, ScrollBarsCoverExactlyTheOverhang)
-{
-    ZWViewReportFrame frame;
-    Show(frame, ThreePages(), QSize(700, 500));
-    ZWViewTemplateWnd* wnd = frame.CurrentPageWnd();
+    // At 200 % the scroll bars cover exactly the overhang: the last position
+    // shows the page's far edge at the window's edge.
     QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
     for (int i = 0; i < 4; ++i)
-        QTest::keyClick(frame.ZoomSelector(), Qt::Key_Down); // 200 %
+        QTest::keyClick(frame.ZoomSelector(), Qt::Key_Down);
     ASSERT_DOUBLE_EQ(Factor(wnd), 2.0);
     double w = 0, h = 0;
     ASSERT_TRUE(wnd->GetMinimumControlDimensions(w, h));
-    QScrollBar* hbar = wnd->horizontalScrollBar();
-    QScrollBar* vbar = wnd->verticalScrollBar();
     ASSERT_TRUE(hbar->isVisible() && vbar->isVisible());
-    // The last position shows the page's far edge at the window's edge.
-    EXPECT_EQ(QSize(hbar->maximum(), vbar->maximum()), QSize(roundi(w), roundi(h)) - wnd->viewport()->size());
-
-    // Scrolled to the end, the page's right edge meets the window's.
-    wnd->SetOutColor(ZWRGB(0x40, 0x80, 0xC0));
-    hbar->setValue(hbar->maximum());
-    vbar->setValue(vbar->maximum());
-    QImage shot = wnd->viewport()->grab().toImage();
-    const QSize client = wnd->viewport()->size();
-    // At most the last column and row: the page's edge falls inside them.
-    EXPECT_LE(zwtest::CountColour(shot, qRgb(0x40, 0x80, 0xC0)), client.width() + client.height());
-    EXPECT_EQ(shot.pixel(client.width() - 2, client.height() - 2) & 0xFFFFFF, 0xFFFFFFu);
-    // One step further would show the out colour: there is none.
+    const QSize view = wnd->viewport()->size();
+    EXPECT_EQ(QSize(hbar->maximum(), vbar->maximum()), QSize(roundi(w), roundi(h)) - view);
     hbar->setValue(hbar->maximum() + 10);
+    vbar->setValue(vbar->maximum());
     EXPECT_EQ(hbar->value(), hbar->maximum());
+    shot = wnd->viewport()->grab().toImage();
+    // At most the last column and row show the out colour: the page's edge falls inside them.
+    EXPECT_LE(zwtest::CountColour(shot, qRgb(0x40, 0x80, 0xC0)), view.width() + view.height());
+    EXPECT_EQ(shot.pixel(view.width() - 2, view.height() - 2) & 0xFFFFFF, 0xFFFFFFu);
 
-    // Back to fit: no scroll bars, and the page is whole again.
+    // Back to fit: no scroll bars; a larger window fits again.
     QTest::keyClick(frame.ZoomSelector(), Qt::Key_Home);
+    EXPECT_DOUBLE_EQ(Factor(wnd), -fit);
     EXPECT_FALSE(hbar->isVisible() || vbar->isVisible());
     EXPECT_EQ(hbar->value(), 0);
+    frame.resize(1200, 1000);
+    QApplication::processEvents();
+    EXPECT_LT(Factor(wnd), -fit);
 }
 
 // The page shown, the page selector, which of Previous and Next are
@@ -338,7 +306,7 @@ protected:
     }
 };
 
-TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
+TEST_F(ViewerPrint, PagesAreTurnedToThePaperAtRealSizeAndGetTheirZoomAndOutColourBack)
 {
     // A 250 × 150 mm landscape page: turned, it is 150 × 250 mm. The
     // printable area of A4 portrait with 5 mm edges is 200 × 287 mm, and the
@@ -347,11 +315,27 @@ TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
     ZWViewReportFrame frame;
     Show(frame,
         Design({PageXml(250, 150, {{"A", 20, 30, 60, 12, "WEST"}, {"B", 170, 110, 60, 12, "EAST"}}),
-            PageXml(210, 297, {{"P", 40, 50, 60, 12, "PORTRAIT"}})}));
-    const QString pdf = PrintToPdf(frame, 1, 2, QPageLayout::Portrait);
+            PageXml(210, 297, {{"P", 40, 50, 60, 12, "PORTRAIT"}}), PageXml(210, 297, {})}));
+    // Page 1 in fit mode, page 2 at 250 %, page 3 not yet fitted.
+    frame.PageWnd(1)->SetMode(2.5);
+    frame.PageWnd(2)->SetMode(ZW_NO_VALUE);
+    frame.PageWnd(0)->SetOutColor(ZWRGB(10, 20, 30));
+    const auto pages = [&frame] {
+        QStringList out;
+        for (int i = 0; i < 3; ++i) {
+            const ZWViewTemplateWnd* wnd = frame.PageWnd(i);
+            out << QString::number(Factor(wnd), 'g', 17) + u' ' + QString::number(wnd->GetOutColor(), 16)
+                    + (wnd->Page().IsFlipped() ? u" turned"_s : QString());
+        }
+        return out;
+    };
+    const QStringList before = pages();
+    ASSERT_LT(Factor(frame.PageWnd(0)), 0.0);
+    ASSERT_FALSE(before.join(u' ').contains(u"turned"_s));
+    const QString pdf = PrintToPdf(frame, 1, 3, QPageLayout::Portrait);
 
     const QString info = Run(u"pdfinfo"_s, {pdf});
-    EXPECT_TRUE(info.contains(QRegularExpression(u"Pages:\\s+2\\n"_s))) << info.toStdString();
+    EXPECT_TRUE(info.contains(QRegularExpression(u"Pages:\\s+3\\n"_s))) << info.toStdString();
     EXPECT_TRUE(info.contains(QRegularExpression(u"Page size:\\s+595(\\.\\d+)? x 84[12](\\.\\d+)? pts \\(A4\\)"_s)))
         << info.toStdString();
     EXPECT_TRUE(info.contains(QRegularExpression(u"Title:\\s+Frame test\\n"_s))) << info.toStdString();
@@ -379,44 +363,19 @@ TEST_F(ViewerPrint, LandscapePageOnPortraitPaperIsTurnedAtRealSize)
     EXPECT_NEAR(words[u"PORTRAIT"_s].x(), 40 + 30, 1.5);
     EXPECT_NEAR(words[u"PORTRAIT"_s].y(), 50 + 6, 1.5);
 
-    // The page range is kept: only the second page.
-    const QString second = PrintToPdf(frame, 2, 2, QPageLayout::Portrait);
-    EXPECT_TRUE(Run(u"pdfinfo"_s, {second}).contains(QRegularExpression(u"Pages:\\s+1\\n"_s)));
-    EXPECT_TRUE(Run(u"pdftotext"_s, {second, u"-"_s}).contains(u"PORTRAIT"_s));
-}
-
-TEST_F(ViewerPrint, PrintingGivesEveryPageBackItsZoomAndOutColour)
-{
-    ZWViewReportFrame frame;
-    Show(frame,
-        Design({PageXml(250, 150, {{"A", 20, 30, 60, 12, "WEST"}}), PageXml(210, 297, {{"P", 40, 50, 60, 12, "P"}}),
-            PageXml(210, 297, {})}));
-    // Page 1 in fit mode, page 2 at 250 %, page 3 not yet fitted.
-    frame.PageWnd(1)->SetMode(2.5);
-    frame.PageWnd(2)->SetMode(ZW_NO_VALUE);
-    frame.PageWnd(0)->SetOutColor(ZWRGB(10, 20, 30));
-    const auto pages = [&frame] {
-        QStringList out;
-        for (int i = 0; i < 3; ++i) {
-            const ZWViewTemplateWnd* wnd = frame.PageWnd(i);
-            out << QString::number(Factor(wnd), 'g', 17) + u' ' + QString::number(wnd->GetOutColor(), 16)
-                    + (wnd->Page().IsFlipped() ? u" turned"_s : QString());
-        }
-        return out;
-    };
-    const QStringList before = pages();
-    ASSERT_LT(Factor(frame.PageWnd(0)), 0.0);
-    ASSERT_FALSE(before.join(u' ').contains(u"turned"_s));
-    PrintToPdf(frame, 1, 3, QPageLayout::Portrait);
+    // Every page window is back in its zoom, out colour and shape, the
+    // turned page's card where it was; the zoom selector did not follow.
     EXPECT_EQ(pages(), before);
-    // The turned page is back in its own shape, its card where it was.
     EXPECT_DOUBLE_EQ(frame.PageWnd(0)->GetWidth(), 250.0);
     const ZWCardControl* card = frame.PageWnd(0)->Page().Page().FindCard(u"A"_s);
     ASSERT_NE(card, nullptr);
     EXPECT_EQ(QRectF(card->x, card->y, card->width, card->height), QRectF(20.0, 30.0, 60.0, 12.0));
     EXPECT_EQ(frame.ZoomSelector()->currentIndex(), 0);
 
-    // An empty range prints nothing.
+    // The page range is kept: only the second page; an empty range prints nothing.
+    const QString second = PrintToPdf(frame, 2, 2, QPageLayout::Portrait);
+    EXPECT_TRUE(Run(u"pdfinfo"_s, {second}).contains(QRegularExpression(u"Pages:\\s+1\\n"_s)));
+    EXPECT_TRUE(Run(u"pdftotext"_s, {second, u"-"_s}).contains(u"PORTRAIT"_s));
     QPrinter printer;
     printer.setOutputFormat(QPrinter::PdfFormat);
     printer.setOutputFileName(m_dir.filePath(u"none.pdf"_s));
