@@ -6,16 +6,10 @@
 
 namespace zwtest {
 
-// A PostgreSQL server of the test process's own, on loopback and a free
-// port, in a temporary folder. PostgreSQL refuses to run as root: as root
-// the cluster belongs to the system user "postgres" (Debian's package makes
-// it), otherwise to the current user. The server is stopped when the object
-// goes, and also by a watchdog process when the test process dies without
-// stopping it.
-//
-// Binaries: $ZW_PG_BIN, else the newest /usr/lib/postgresql/*/bin.
-// ZW_TEST_SKIP_POSTGRES=1 opts out (Available() then says why, and tests
-// skip); without it, missing binaries are a failure.
+// The test process's own PostgreSQL server on loopback, in a temporary
+// folder; as root its cluster belongs to the user "postgres". A watchdog
+// stops it should the process die. Binaries: $ZW_PG_BIN, else the newest
+// /usr/lib/postgresql/*/bin; ZW_TEST_SKIP_POSTGRES=1 skips its tests.
 class ZWTestPostgres
 {
 public:
@@ -28,7 +22,6 @@ public:
     static void Shutdown();
 
     ~ZWTestPostgres();
-    int Port() const { return m_port; }
     // A URL for a new, empty database of this server.
     QString NewDatabaseUrl();
     // Stops and starts the server (fast shutdown: sessions are cut).

@@ -12,11 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace zwtest {
 
-QString FuzzRegressionsDir()
-{
-    return SourcePath(u"tests/data/qt-fuzz-regressions"_s);
-}
-
 QString SourcePath(const QString& relative)
 {
     return QStringLiteral(ZW_SOURCE_DIR_VALUE) + QLatin1Char('/') + relative;

@@ -16,8 +16,6 @@ namespace zwtest {
 
 // A file of the source tree (examples, fixtures).
 QString SourcePath(const QString& relative);
-// Inputs that once broke Qt's parsers, one folder per format.
-QString FuzzRegressionsDir();
 QByteArray ReadFile(const QString& path);
 bool WriteFile(const QString& path, const QByteArray& data);
 // "two-formula loop, other order" as "TwoFormulaLoopOtherOrder": a case's

@@ -35,9 +35,11 @@ protected:
 TEST_F(ViewerCommands, ScreenshotOfTheViewerOnThePeriodTheOtherCommandsShow)
 {
     ASSERT_EQ(Run(u"demo-db --db %1 --months 2 --step 15m"_s.arg(m_db)).status, 0);
-    const Result r = Run(
-        u"screenshot %1 --db %2 --unit month --size 800x600 --zoom 100 --page 2 -o %3"_s.arg(m_report, m_db, m_png));
+    // A date on a boundary shows the unit before it.
+    const Result r = Run(u"screenshot %1 --db %2 --unit month --date 2025-10-01T00:00:00 --size 800x600 --zoom 100 "
+                         u"--page 2 -o %3"_s.arg(m_report, m_db, m_png));
     ASSERT_EQ(r.status, 0) << r;
+    EXPECT_TRUE(r.out.contains(u"period 2025-09-01T00:00:00 2025-10-01T00:00:00"_s)) << r;
     const QImage image(m_png);
     ASSERT_EQ(image.size(), QSize(800, 600));
     // The page (white) fills part of the window at 100 %.
@@ -46,20 +48,6 @@ TEST_F(ViewerCommands, ScreenshotOfTheViewerOnThePeriodTheOtherCommandsShow)
         for (int x = 0; x < image.width(); x += 4)
             white += image.pixel(x, y) == qRgb(255, 255, 255);
     EXPECT_GT(white, 1000);
-
-    // A date on a boundary shows the unit before it.
-    const std::pair<const char*, const char*> cases[] = {
-        {"month --date 2025-10-01T00:00:00", "period 2025-09-01T00:00:00 2025-10-01T00:00:00"},
-        {"month --date 2025-10-01T00:00:01", "period 2025-10-01T00:00:00 2025-11-01T00:00:00"},
-        {"day --date 2025-03-05T00:00:00", "period 2025-03-04T00:00:00 2025-03-05T00:00:00"},
-        {"year --date 2025-01-01T00:00:00", "period 2024-01-01T00:00:00 2025-01-01T00:00:00"},
-    };
-    for (const auto& [unit, period] : cases) {
-        const Result shot = Run(u"screenshot %1 --db %2 --size 400x300 -o %3 --unit %4"_s.arg(
-            m_report, m_db, m_png, QString::fromLatin1(unit)));
-        ASSERT_EQ(shot.status, 0) << shot;
-        EXPECT_TRUE(shot.out.contains(QString::fromLatin1(period))) << unit << "\n" << shot;
-    }
 }
 
 TEST_F(ViewerCommands, RefusalsBeforeAnyWindow)

@@ -5,7 +5,6 @@
 using namespace Qt::StringLiterals;
 
 using namespace zwtest;
-using Method = ZWSqlLoggerStore::Method;
 
 namespace {
 
@@ -36,7 +35,7 @@ INSTANTIATE_TEST_SUITE_P(Backends, LoggerImport, testing::Values(Backend::SQLite
 
 } // namespace
 
-TEST_P(LoggerImport, ReadsInstantsLocalTimesQuotedNamesAndSkipsEmptyCells)
+TEST_P(LoggerImport, ReadsInstantsLocalTimesQuotedNamesLineEndsAndSkipsEmptyCells)
 {
     QString error;
     ASSERT_TRUE(Import("\xEF\xBB\xBFtime,Main meter.Active energy,\"Room \"\"A\"\", north.Temp, \xC2\xB0"
@@ -59,16 +58,13 @@ TEST_P(LoggerImport, ReadsInstantsLocalTimesQuotedNamesAndSkipsEmptyCells)
         = Values({u"Main meter.Active energy"_s, room, u"Main meter.Active energy:first"_s, room + u":count"_s}, T0,
             T0 + 2 * 3600);
     EXPECT_EQ(v, (std::vector<double>{103.0 - 101.5, (20.0 + 21.0 - 10.0) / 3.0, 101.5, 3.0}));
-}
 
-TEST_P(LoggerImport, LinesMayEndWithACarriageReturnAlone)
-{
-    QString error;
+    // Lines may end with a carriage return alone.
     ASSERT_TRUE(Import("time,A.x\r2025-01-06T00:00:00Z,1\r\r2025-01-06T01:00:00Z,2\r\n2025-01-06T02:00:00Z,3\n"
                        "2025-01-06T03:00:00Z,4",
         &error))
         << error.toStdString();
-    EXPECT_EQ(CountRows(u"samples"_s), 4);
+    EXPECT_EQ(CountRows(u"samples"_s), 6 + 4);
     EXPECT_EQ(Value(u"A.x:sum"_s, T0, T0 + 86400), 10.0);
     // A bad row after CR line ends is named by its line.
     EXPECT_FALSE(Import("time,A.x\r2025-01-06T00:00:00Z,1\rbad,2\r", &error));
@@ -138,10 +134,7 @@ TEST_P(LoggerImport, ImportingAgainReplacesValuesAndRollupsFollow)
         << error.toStdString();
     EXPECT_EQ(CountRows(u"samples"_s), 400);
     EXPECT_EQ(Value(u"Meter.E"_s, s, e), (1099.0 - 1000.0) + 0.5 + 1.0 + (1102.0 - 1.5) + (1199.0 - 1102.0));
-    EXPECT_EQ(Value(u"Meter.E"_s, s, e), Value(u"Meter.E"_s, s, e, Method::Raw));
     EXPECT_EQ(Value(u"Room.T:max"_s, s, e), 100.0);
-    EXPECT_EQ(Value(u"Room.T:max"_s, T0 + 7200, e), 6.0);
-    EXPECT_NEAR(Value(u"Room.T"_s, s, e), Value(u"Room.T"_s, s, e, Method::Raw), 1e-12);
     // Still a counter: the import names no kind for known variables.
     EXPECT_EQ(m_store->FindVariable(u"Meter.E"_s)->kind, ZWSqlLoggerStore::Kind::Counter);
 }

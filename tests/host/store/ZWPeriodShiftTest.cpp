@@ -5,6 +5,7 @@
 #include "host/core/ZWNoValue.h"
 #include "host/drivers/ZWLiveValues.h"
 #include "host/drivers/ZWLoggerStore.h"
+#include "tests/host/store/ZWStoreTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -12,12 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-ZWDateTime At(const char* iso)
-{
-    ZWDateTime t;
-    EXPECT_TRUE(String2DateTime(t, QString::fromLatin1(iso))) << iso;
-    return t;
-}
+using zwtest::At;
 
 TEST(PeriodShift, FiltersReadAsReductionThenShift)
 {

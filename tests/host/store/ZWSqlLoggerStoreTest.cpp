@@ -12,7 +12,6 @@
 #include <QThread>
 #include <csignal>
 #include <future>
-#include <random>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -30,19 +29,6 @@ class SqlLoggerStore : public StoreTest
 {};
 
 INSTANTIATE_TEST_SUITE_P(Backends, SqlLoggerStore, testing::Values(Backend::SQLite, Backend::PostgreSQL), BackendName);
-
-TEST_P(SqlLoggerStore, GaugeMeanTakesStartAndLeavesEnd)
-{
-    Write(u"Office.Temperature"_s, Kind::Gauge,
-        {{T0 - 60, 100.0}, {T0, 20.0}, {T0 + 600, 22.0}, {T0 + 1200, 24.0}, {T0 + H, 50.0}});
-    EXPECT_DOUBLE_EQ(Value(u"Office.Temperature"_s, T0, T0 + H), 22.0);
-    // One second later at both ends: the sample at T0 leaves, the one at T0 + H
-    // enters.
-    EXPECT_DOUBLE_EQ(Value(u"Office.Temperature"_s, T0 + 1, T0 + H + 1), (22.0 + 24.0 + 50.0) / 3.0);
-    // Whole days of rollups, edges of raw samples: same mean.
-    EXPECT_DOUBLE_EQ(
-        Value(u"Office.Temperature"_s, T0 - 2 * D + 17, T0 + 3 * D + 5), (100.0 + 20.0 + 22.0 + 24.0 + 50.0) / 5.0);
-}
 
 TEST_P(SqlLoggerStore, CounterIncreaseCountsResetsAndEdgeSamples)
 {
@@ -65,22 +51,6 @@ TEST_P(SqlLoggerStore, CounterIncreaseCountsResetsAndEdgeSamples)
             EXPECT_EQ(Value(name, start, end, m), increase)
                 << "period " << start - T0 << ".." << end - T0 << " method " << int(m);
     EXPECT_EQ(CountRows(u"counter_resets"_s), 1);
-}
-
-TEST_P(SqlLoggerStore, PeriodWithoutDataAndUnknownNamesHaveNoValue)
-{
-    Write(u"Office.Temperature"_s, Kind::Gauge, {{T0, 20.0}, {T0 + 60, 21.0}});
-    const std::vector<double> v
-        = Values({u"Office.Temperature"_s, u"Nowhere.Nothing"_s, u"Office.Temperature:median"_s, u"NoDot"_s}, T0 + D,
-            T0 + 2 * D);
-    ASSERT_EQ(v.size(), 4u);
-    for (const double x : v)
-        EXPECT_TRUE(IsNoValue(x));
-    EXPECT_FALSE(m_store->HasVariable(u"Nowhere.Nothing"_s));
-    EXPECT_FALSE(m_store->HasVariable(u"Office.Temperature:median"_s));
-    EXPECT_TRUE(m_store->HasVariable(u"Office.Temperature:MAX"_s));
-    // An empty or reversed period has no data either.
-    EXPECT_TRUE(IsNoValue(Value(u"Office.Temperature"_s, T0 + 60, T0)));
 }
 
 TEST_P(SqlLoggerStore, EveryReductionFilter)
@@ -109,6 +79,9 @@ TEST_P(SqlLoggerStore, EveryReductionFilter)
         // start to the last one at or before the end.
         {"Pump.Energy:hours", 3.0},
         {"Pump.Energy:HOURS", 3.0},
+        {"Nowhere.Nothing", ZW_NO_VALUE},
+        {"Pump.Pressure:median", ZW_NO_VALUE},
+        {"NoDot", ZW_NO_VALUE},
     };
     QStringList names;
     for (const auto& c : cases)
@@ -119,6 +92,12 @@ TEST_P(SqlLoggerStore, EveryReductionFilter)
         for (int i = 0; i < names.size(); ++i)
             EXPECT_DOUBLE_EQ(v[size_t(i)], cases[i].second) << cases[i].first << " method " << int(m);
     }
+    EXPECT_FALSE(m_store->HasVariable(u"Pump.Pressure:median"_s));
+    EXPECT_TRUE(m_store->HasVariable(u"Pump.Pressure:MAX"_s));
+    // A period after the data, and a reversed one, have no value.
+    EXPECT_EQ(Values({u"Pump.Pressure"_s, u"Pump.Energy"_s}, T0 + 3 * H + 1, T0 + D),
+        (std::vector<double>{ZW_NO_VALUE, ZW_NO_VALUE}));
+    EXPECT_TRUE(IsNoValue(Value(u"Pump.Pressure"_s, T0 + 60, T0)));
 }
 
 TEST_P(SqlLoggerStore, NamesAreValuesNeverSql)
@@ -150,104 +129,6 @@ TEST_P(SqlLoggerStore, NamesAreValuesNeverSql)
         m_store->FilterNames().join(QLatin1Char(',')), QStringLiteral("avg,min,max,sum,first,last,count,delta,hours"));
 }
 
-TEST_P(SqlLoggerStore, DaylightSavingDaysHave23And25Hours)
-{
-    // Hourly samples in UTC across both changes of 2025 in Madrid; the gauge
-    // reads 1 every hour, the counter grows by 1 an hour.
-    for (const auto& [day, label] :
-        {std::pair{qint64(1743206400), "spring"}, std::pair{qint64(1761350400), "autumn"}}) {
-        Samples gauge, counter;
-        const qint64 from = day - D;
-        for (qint64 i = 0; i <= 96; ++i) {
-            gauge.push_back({from + i * H, 1.0});
-            counter.push_back({from + i * H, double(i)});
-        }
-        Write(u"Site.Hourly %1"_s.arg(QLatin1String(label)), Kind::Gauge, gauge);
-        Write(u"Site.Meter %1"_s.arg(QLatin1String(label)), Kind::Counter, counter);
-    }
-    const std::tuple<ZWDateTime, const char*, double> cases[]
-        = {{ZWDateTime::FromDMY(2025, 3, 30), "spring", 23.0}, {ZWDateTime::FromDMY(2025, 3, 29), "spring", 24.0},
-            {ZWDateTime::FromDMY(2025, 10, 26), "autumn", 25.0}, {ZWDateTime::FromDMY(2025, 10, 27), "autumn", 24.0}};
-    for (const auto& [day, label, hours] : cases) {
-        std::vector<double> v;
-        QString error;
-        ASSERT_TRUE(m_store->PeriodValues(
-            {u"Site.Hourly %1:count"_s.arg(QLatin1String(label)), u"Site.Meter %1"_s.arg(QLatin1String(label))}, day,
-            day + ZWDateTimeSpan(1, 0, 0, 0), v, nullptr, &error))
-            << error.toStdString();
-        EXPECT_EQ(v, (std::vector<double>{hours, hours})) << day.ToIso().toStdString();
-    }
-}
-
-TEST_P(SqlLoggerStore, RollupsGiveTheRawValuesForRandomPeriods)
-{
-    std::mt19937 rng(4711);
-    std::uniform_int_distribution<int> gap(1, 400);
-    std::uniform_real_distribution<double> u(0.0, 1.0);
-    Samples gauge, counter;
-    double reading = 500.0;
-    int resets = 0;
-    // Six days of irregular samples, some exactly on hour boundaries.
-    for (qint64 t = T0 - 3 * D; t < T0 + 3 * D;) {
-        gauge.push_back({t, std::round((20.0 + 5.0 * u(rng)) * 100.0) / 100.0});
-        reading += u(rng) * 0.37;
-        if (u(rng) < 0.0015) {
-            reading = u(rng) * 2.0;
-            ++resets;
-        }
-        counter.push_back({t, reading});
-        t += u(rng) < 0.1 ? H - ZWDateTime::FloorMod(t, H) : gap(rng);
-    }
-    ASSERT_GT(resets, 1);
-    Write(u"Random.Gauge"_s, Kind::Gauge, gauge);
-    Write(u"Random.Counter"_s, Kind::Counter, counter);
-    const Reference refGauge(gauge), refCounter(counter);
-
-    const QStringList reductions
-        = {u"avg"_s, u"min"_s, u"max"_s, u"sum"_s, u"first"_s, u"last"_s, u"count"_s, u"delta"_s};
-    QStringList names;
-    std::vector<const Reference*> refs;
-    for (const auto& [variable, ref] :
-        {std::pair{u"Random.Gauge"_s, &refGauge}, std::pair{u"Random.Counter"_s, &refCounter}}) {
-        for (const QString& r : reductions) {
-            names << variable + QLatin1Char(':') + r;
-            refs.push_back(ref);
-        }
-    }
-    std::uniform_int_distribution<qint64> when(T0 - 4 * D, T0 + 4 * D);
-    for (int i = 0; i < 120; ++i) {
-        qint64 s = when(rng), e = when(rng);
-        if (i % 4 == 1)
-            s = ZWDateTime::FloorDiv(s, H) * H; // whole hours at one end
-        if (i % 4 == 2)
-            e = s + gap(rng); // shorter than an hour
-        if (i % 8 == 3)
-            e = s + 2 * D + H; // exact days and hours from a cut start
-        if (s > e)
-            std::swap(s, e);
-        const std::vector<double> rolled = Values(names, s, e, Method::Rollups);
-        const std::vector<double> raw = Values(names, s, e, Method::Raw);
-        ASSERT_EQ(rolled.size(), size_t(names.size()));
-        ASSERT_EQ(raw.size(), size_t(names.size()));
-        for (int k = 0; k < names.size(); ++k) {
-            const QString reduction = names[k].section(QLatin1Char(':'), -1);
-            const double expected = refs[size_t(k)]->Reduce(reduction, s, e);
-            const std::string what
-                = names[k].toStdString() + " over " + std::to_string(s - T0) + ".." + std::to_string(e - T0);
-            if (reduction == QLatin1String("avg") || reduction == QLatin1String("sum")) {
-                // Sums are added in another grouping (hours, days): the last
-                // bits may differ.
-                EXPECT_TRUE(Close(rolled[size_t(k)], raw[size_t(k)], 1e-13))
-                    << what << ": " << rolled[size_t(k)] << " vs " << raw[size_t(k)];
-            } else {
-                EXPECT_EQ(rolled[size_t(k)], raw[size_t(k)]) << what;
-            }
-            EXPECT_TRUE(Close(rolled[size_t(k)], expected, 1e-12))
-                << what << ": " << rolled[size_t(k)] << " vs reference " << expected;
-        }
-    }
-}
-
 TEST_P(SqlLoggerStore, RewritingSamplesKeepsRollupsAndResetsRight)
 {
     const QString name = u"Main meter.Active energy"_s;
@@ -269,17 +150,6 @@ TEST_P(SqlLoggerStore, RewritingSamplesKeepsRollupsAndResetsRight)
     EXPECT_EQ(Value(name + u":min"_s, T0, T0 + 2 * D), 100.0);
     EXPECT_EQ(Value(name + u":count"_s, T0, T0 + 2 * D), 288.0);
     EXPECT_EQ(Value(name + u":sum"_s, T0, T0 + 2 * D), Value(name + u":sum"_s, T0, T0 + 2 * D, Method::Raw));
-}
-
-TEST_P(SqlLoggerStore, OneQueryPerGathering)
-{
-    Write(u"A.g"_s, Kind::Gauge, {{T0, 1.0}, {T0 + 2 * H, 2.0}});
-    Write(u"A.c"_s, Kind::Counter, {{T0, 1.0}, {T0 + 2 * H, 2.0}});
-    const int before = m_store->PeriodQueryCount();
-    const std::vector<double> v
-        = Values({u"A.g"_s, u"A.c"_s, u"A.g:delta"_s, u"A.c:first"_s, u"A.g:max"_s}, T0 - 1234, T0 + D + 77);
-    EXPECT_EQ(m_store->PeriodQueryCount() - before, 1);
-    EXPECT_EQ(v, (std::vector<double>{1.5, 1.0, 1.0, 1.0, 2.0}));
 }
 
 TEST_P(SqlLoggerStore, LoggerDataReadsThroughTheStore)

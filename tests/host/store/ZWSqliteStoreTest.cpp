@@ -75,7 +75,7 @@ TEST(SqliteStore, AReaderRefusesWhatIsNoLoggerDatabaseAndCreatesNothing)
     EXPECT_EQ(tables.value(0).toInt(), 1);
 }
 
-TEST(SqliteStore, DemoDataIsPlausibleAndRollupsMatchRawSamples)
+TEST(SqliteStore, DemoDataIsPlausible)
 {
     QTemporaryDir dir;
     auto store = Store(u"sqlite:"_s + dir.path() + u"/demo.sqlite"_s);
@@ -107,18 +107,12 @@ TEST(SqliteStore, DemoDataIsPlausibleAndRollupsMatchRawSamples)
     EXPECT_EQ(
         reset, (QStringList{u"Circuit 002.Active energy"_s, u"Main meter.Active energy"_s, u"Water meter.Volume"_s}));
 
-    // November 2025 in Madrid, by rollups and by raw samples.
-    const qint64 s = 1761951600, e = 1764543600;
-    std::vector<double> rolled, raw;
-    ASSERT_TRUE(store->PeriodValuesUtc(names, s, e, rolled, &error)) << error.toStdString();
-    ASSERT_TRUE(store->PeriodValuesUtc(names, s, e, raw, &error, ZWSqlLoggerStore::Method::Raw));
-    for (int i = 0; i < names.size(); ++i) {
-        ASSERT_FALSE(IsNoValue(rolled[size_t(i)])) << names[i].toStdString();
-        EXPECT_NEAR(rolled[size_t(i)], raw[size_t(i)], 1e-9 * std::max(1.0, std::fabs(raw[size_t(i)])))
-            << names[i].toStdString();
-    }
-    // A month of an office: electricity in the thousands of kWh, a
-    // temperature indoors, power well below 100 kW.
+    // November 2025 in Madrid, a month of an office: electricity in the
+    // thousands of kWh, a temperature indoors, power well below 100 kW.
+    std::vector<double> rolled;
+    ASSERT_TRUE(store->PeriodValuesUtc(names, 1761951600, 1764543600, rolled, &error)) << error.toStdString();
+    for (int i = 0; i < names.size(); ++i)
+        EXPECT_FALSE(IsNoValue(rolled[size_t(i)])) << names[i].toStdString();
     const std::tuple<const char*, double, double> ranges[] = {{"Main meter.Active energy", 1000.0, 20000.0},
         {"Office.Temperature", 15.0, 28.0}, {"Main meter.Active power", 1.0, 100.0}, {"Gas meter.Volume", 0.0, 1e9}};
     for (const auto& [name, low, high] : ranges) {

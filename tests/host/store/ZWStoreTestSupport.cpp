@@ -131,6 +131,13 @@ double Reference::Increase(qint64 start, qint64 end) const
     return sum;
 }
 
+ZWDateTime At(const char* iso)
+{
+    ZWDateTime t;
+    EXPECT_TRUE(String2DateTime(t, QString::fromLatin1(iso))) << iso;
+    return t;
+}
+
 bool Close(double a, double b, double relative)
 {
     if (IsNoValue(a) || IsNoValue(b))

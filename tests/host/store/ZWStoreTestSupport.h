@@ -55,6 +55,9 @@ struct Reference
 // Equal within `relative`, or both the no-value marker.
 bool Close(double a, double b, double relative);
 
+// A local time written as ISO 8601.
+ZWDateTime At(const char* iso);
+
 // 2025-01-06T00:00:00Z, a Monday.
 constexpr qint64 T0 = 1736121600;
 
