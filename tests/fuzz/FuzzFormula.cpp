@@ -1,7 +1,5 @@
-// Fuzzes the formula engine end to end: the tokenizer, the grammar check
-// with its translation, the evaluation against a small formula library and
-// some live device values, the queries on a checked formula and the loop
-// check of a library that holds the input.
+// Fuzzes the formula engine end to end: tokens, grammar, evaluation against a
+// small library and live values, the queries and the loop check.
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWFormulaLibrary.h"
 #include "formula/ZWTokenProducer.h"

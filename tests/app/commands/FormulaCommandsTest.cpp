@@ -174,7 +174,7 @@ TEST_F(WithLibrary, UnreadableFilesFailAndTheFormulasWindowRefusesWhatIsNoLibrar
     EXPECT_FALSE(QFileInfo::exists(styles + u".bak"_s));
 }
 
-TEST(FormulaCommands, MessageUsageErrorsAndHelp)
+TEST(FormulaCommands, MessageUsageErrorsHelpAndHumanReadableForms)
 {
     for (const int code : {10, 99}) {
         const Result r = Zw(u"message "_s + QString::number(code));
@@ -194,10 +194,8 @@ TEST(FormulaCommands, MessageUsageErrorsAndHelp)
         EXPECT_EQ(r.status, 0);
         EXPECT_TRUE(r.raw.contains("Usage")) << command;
     }
-}
 
-TEST(FormulaCommands, HumanReadableForms)
-{
+    // The forms for people.
     Result r = Zw(u"eval 2+-3"_s);
     EXPECT_EQ(r.status, 1);
     EXPECT_TRUE(r.raw.contains("invalid formula")) << r;

@@ -227,12 +227,15 @@ TEST_F(MainWindow, ChoosingTheLoggerDatabase)
     EXPECT_TRUE(window.messages[0].contains(u"port"_s)) << window.messages[0].toStdString();
 }
 
-TEST_F(MainWindow, TheReportFolderIsChosenFromTheKeyboardAndKept)
+TEST_F(MainWindow, TheReportFolderIsChosenFromTheKeyboardKeptAndShownWhole)
 {
-    const QString other = m_dir.filePath(u"other"_s);
+    const QString other = m_dir.filePath(QStringLiteral("a-rather-long-folder-name/with/several/levels/"
+                                                        "of/sub-folders/that/keep/going/reports-of-the-site"));
     QDir().mkpath(other);
     ASSERT_TRUE(zwtest::WriteFile(other + u"/Heating.XRPT"_s, "<design/>"));
+    ZWMarentaSetup::instance().SetLoggerDatabase(u"sqlite:"_s + other + u"/logger.sqlite"_s);
     TestMainWindow window;
+    window.resize(360, 400);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     EXPECT_EQ(window.ReportFolderAction()->toolTip(), u"Report folder (Ctrl+Shift+O)"_s);
@@ -251,6 +254,18 @@ TEST_F(MainWindow, TheReportFolderIsChosenFromTheKeyboardAndKept)
     ZWMarentaSetup::instance().SetReportDirectory(QString());
     EXPECT_EQ(ZWMarentaSetup::instance().GetReportDirectory(), other + QLatin1Char('/'));
 
+    // The long folder and database texts are in their labels, which have the
+    // room to show them.
+    QApplication::processEvents();
+    for (QLabel* label : {window.FolderLabel(), window.DatabaseLabel()}) {
+        QString shown = label->text();
+        shown.remove(QChar(0x200B));
+        EXPECT_TRUE(shown.contains(other)) << shown.toStdString();
+        EXPECT_LE(label->width(), window.width());
+        EXPECT_GE(label->height(), label->heightForWidth(label->width())) << shown.toStdString();
+        EXPECT_LE(label->minimumSizeHint().width(), label->width()) << shown.toStdString();
+    }
+
     // The database dialog is reached from the keyboard as well.
     int dialogs = 0;
     window.onDialog = [&](QDialog& dialog) {
@@ -259,30 +274,6 @@ TEST_F(MainWindow, TheReportFolderIsChosenFromTheKeyboardAndKept)
     };
     QTest::keyClick(window.List(), Qt::Key_D, Qt::ControlModifier);
     EXPECT_EQ(dialogs, 1);
-}
-
-TEST_F(MainWindow, LongFolderAndDatabaseTextsAreShownWhole)
-{
-    const QString deep = m_dir.filePath(QStringLiteral("a-rather-long-folder-name/with/several/levels/"
-                                                       "of/sub-folders/that/keep/going/reports-of-the-site"));
-    QDir().mkpath(deep);
-    ZWMarentaSetup::instance().SetReportDirectory(deep);
-    ZWMarentaSetup::instance().SetLoggerDatabase(u"sqlite:"_s + deep + u"/logger.sqlite"_s);
-    TestMainWindow window;
-    window.resize(360, 400);
-    window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    QApplication::processEvents();
-    for (QLabel* label : {window.FolderLabel(), window.DatabaseLabel()}) {
-        ASSERT_NE(label, nullptr);
-        // All of the path is in the label, and the label has the room to show it.
-        QString shown = label->text();
-        shown.remove(QChar(0x200B));
-        EXPECT_TRUE(shown.contains(deep)) << shown.toStdString();
-        EXPECT_LE(label->width(), window.width());
-        EXPECT_GE(label->height(), label->heightForWidth(label->width())) << shown.toStdString();
-        EXPECT_LE(label->minimumSizeHint().width(), label->width()) << shown.toStdString();
-    }
 }
 
 TEST_F(MainWindow, EnterInTheDatabaseDialogMeansOkEvenAfterChoosingAFile)

@@ -11,6 +11,7 @@
 
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -499,16 +500,9 @@ TEST_P(TariffStore, CounterHoursFollowEveryWriteAndAnOlderDatabaseGetsThem)
         return rows();
     };
     const auto same = [](const Table& a, const Table& b) {
-        if (a.size() != b.size())
-            return false;
-        for (size_t i = 0; i < a.size(); ++i) {
-            if (a[i].size() != b[i].size())
-                return false;
-            for (size_t k = 0; k < a[i].size(); ++k)
-                if (!Close(a[i][k], b[i][k], 1e-12))
-                    return false;
-        }
-        return true;
+        const auto close = [](double x, double y) { return Close(x, y, 1e-12); };
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+            [&](const auto& x, const auto& y) { return std::equal(x.begin(), x.end(), y.begin(), y.end(), close); });
     };
     // Late samples: on the hour, a drop, a replaced value, before all others.
     const qint64 h = ZWLocalTime::ToUtc(At("2025-03-05T10:00:00"));
