@@ -11,13 +11,7 @@ namespace {
 
 QByteArray Nested(int depth)
 {
-    QByteArray s;
-    for (int i = 0; i < depth; ++i)
-        s += "<a>";
-    s += "x";
-    for (int i = 0; i < depth; ++i)
-        s += "</a>";
-    return s;
+    return QByteArray("<a>").repeated(depth) + "x" + QByteArray("</a>").repeated(depth);
 }
 
 // A root element with `count` attributes, each `valueBytes` long.

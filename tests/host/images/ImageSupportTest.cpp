@@ -22,12 +22,6 @@ namespace {
 
 using Status = ZWImageSupport::Status;
 
-void PutU16(QByteArray& b, int at, int v)
-{
-    b[at] = char(v & 0xFF);
-    b[at + 1] = char((v >> 8) & 0xFF);
-}
-
 QByteArray TgaHeader(int type, int width, int height, int depth, int descriptor, int mapType = 0, int mapLength = 0,
     int mapBits = 0, int idLength = 0)
 {
@@ -35,10 +29,10 @@ QByteArray TgaHeader(int type, int width, int height, int depth, int descriptor,
     h[0] = char(idLength);
     h[1] = char(mapType);
     h[2] = char(type);
-    PutU16(h, 5, mapLength);
+    qToLittleEndian<quint16>(quint16(mapLength), h.data() + 5);
     h[7] = char(mapBits);
-    PutU16(h, 12, width);
-    PutU16(h, 14, height);
+    qToLittleEndian<quint16>(quint16(width), h.data() + 12);
+    qToLittleEndian<quint16>(quint16(height), h.data() + 14);
     h[16] = char(depth);
     h[17] = char(descriptor);
     return h + QByteArray(idLength, 'i');
@@ -51,10 +45,10 @@ QByteArray PcxHeader(int bits, int planes, int width, int height, int bytesPerLi
     h[1] = 5;
     h[2] = encoded ? 1 : 0;
     h[3] = char(bits);
-    PutU16(h, 8, width - 1);
-    PutU16(h, 10, height - 1);
+    qToLittleEndian<quint16>(quint16(width - 1), h.data() + 8);
+    qToLittleEndian<quint16>(quint16(height - 1), h.data() + 10);
     h[65] = char(planes);
-    PutU16(h, 66, bytesPerLine);
+    qToLittleEndian<quint16>(quint16(bytesPerLine), h.data() + 66);
     return h;
 }
 

@@ -264,13 +264,14 @@ TEST_P(ShiftSeriesStore, SeriesReadEverySubPeriodInOneQuery)
     }
 }
 
-TEST_P(ShiftSeriesStore, LoggerDataSelectsASeriesOfItsNames)
+TEST_P(ShiftSeriesStore, LoggerDataSelectsThePeriodAndASeriesOfItsNames)
 {
     auto shared = std::shared_ptr<ZWSqlLoggerStore>(std::move(m_store));
     ZWLoggerData data(shared);
     ZWLoggerInfo info;
     info.AddVariable(Meter);
     info.AddVariable(Meter + u":@-1y"_s);
+    info.AddVariable(u"Site.Unknown"_s);
     ASSERT_TRUE(data.Setup(info));
     ZWSeries series, direct;
     ASSERT_TRUE(data.SelectSeries(At("2025-02-01"), At("2025-04-01"), ZWSeriesUnit::Month, series, nullptr))
@@ -286,6 +287,14 @@ TEST_P(ShiftSeriesStore, LoggerDataSelectsASeriesOfItsNames)
     EXPECT_FALSE(data.SelectSeries(At("2024-01-01"), At("2025-01-01"), ZWSeriesUnit::Hour, series, nullptr));
     EXPECT_TRUE(data.LastError().contains(u"more than 1000 points"_s));
     EXPECT_TRUE(series.values.empty());
+
+    // A period's record: its names' values, none for the unknown one.
+    const ZWDateTime start = At("2025-03-01"), end = At("2025-04-01");
+    ASSERT_TRUE(data.SelectData(start, end, nullptr)) << data.LastError().toStdString();
+    const ZWDataRecord* record = data.DataRecord(start, end);
+    ASSERT_NE(record, nullptr);
+    EXPECT_TRUE(Close(record->values[0], m_meter->Increase(ZWLocalTime::ToUtc(start), ZWLocalTime::ToUtc(end)), 1e-12));
+    EXPECT_EQ(record->values[2], ZW_NO_VALUE);
 }
 
 // Nights, weekends and a public holiday on a Wednesday (19 March 2025) in

@@ -1,8 +1,5 @@
-#include "host/core/ZWLocalTime.h"
 #include "host/core/ZWNoValue.h"
 #include "host/core/ZWProgress.h"
-#include "host/drivers/ZWDriverSupport.h"
-#include "host/drivers/ZWLoggerData.h"
 #include "host/store/ZWSqlLoggerConnection.h"
 #include "tests/host/store/ZWStoreTestSupport.h"
 #include "tests/support/ZWTestPostgres.h"
@@ -150,28 +147,6 @@ TEST_P(SqlLoggerStore, RewritingSamplesKeepsRollupsAndResetsRight)
     EXPECT_EQ(Value(name + u":min"_s, T0, T0 + 2 * D), 100.0);
     EXPECT_EQ(Value(name + u":count"_s, T0, T0 + 2 * D), 288.0);
     EXPECT_EQ(Value(name + u":sum"_s, T0, T0 + 2 * D), Value(name + u":sum"_s, T0, T0 + 2 * D, Method::Raw));
-}
-
-TEST_P(SqlLoggerStore, LoggerDataReadsThroughTheStore)
-{
-    Write(u"Office.Temperature"_s, Kind::Gauge, {{T0, 20.0}, {T0 + H, 22.0}, {T0 + 2 * H, 30.0}});
-    auto shared = std::shared_ptr<ZWSqlLoggerStore>(std::move(m_store));
-    ZWDriverSupport::SetStore(shared);
-    ZWLoggerInfo info;
-    info.AddVariable(u"Office.Temperature"_s);
-    info.AddVariable(u"Office.Temperature:max"_s);
-    info.AddVariable(u"Office.Humidity"_s);
-    ZWLoggerData data;
-    ASSERT_TRUE(data.Setup(info));
-    const ZWDateTime start = ZWLocalTime::FromUtc(T0), end = ZWLocalTime::FromUtc(T0 + 2 * H);
-    ASSERT_TRUE(data.SelectData(start, end, nullptr)) << data.LastError().toStdString();
-    const ZWDataRecord* record = data.DataRecord(start, end);
-    ASSERT_NE(record, nullptr);
-    EXPECT_EQ(record->values, (std::vector<double>{21.0, 22.0, ZW_NO_VALUE}));
-    double live = 0.0;
-    EXPECT_TRUE(shared->LiveValue(u"Office.Temperature"_s, live));
-    EXPECT_EQ(live, 30.0);
-    ZWDriverSupport::SetStore(nullptr);
 }
 
 TEST_P(SqlLoggerStore, WorkerThreadUsesItsOwnConnectionAndDropsIt)
