@@ -1,5 +1,4 @@
-// The reports of the report folder: which files are listed and which file a
-// name leads to.
+// The reports of the report folder: which files are listed and which file a name leads to.
 #include "viewer/ZWReportFiles.h"
 #include "host/core/ZWMarentaSetup.h"
 #include "tests/support/ZWTestSupport.h"

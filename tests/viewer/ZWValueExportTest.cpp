@@ -1,6 +1,4 @@
-// The export of a value document: CSV quoting, number formats and sheet
-// names by Excel's rules, and a document with every kind of entry written as
-// CSV, JSON and a workbook that is read back from its zip.
+// The export of a value document as CSV, JSON and a workbook read back from its zip, by Excel's rules.
 #include "viewer/ZWValueExport.h"
 #include "host/core/ZWLocale.h"
 #include "tests/support/ZWTestSupport.h"

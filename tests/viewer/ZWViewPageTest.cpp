@@ -69,7 +69,7 @@ protected:
     ZWViewPage m_view;
 };
 
-TEST_F(ZWViewPageTest, ValuesGoToTheCardWithTheirIdAndKind)
+TEST_F(ZWViewPageTest, ValuesGoToTheCardWithTheirIdAndKindAsTheyStand)
 {
     const QByteArray values = "<fields>"
                               "<formule><id>F</id><value>1,234.5</value></formule>"
@@ -101,10 +101,7 @@ TEST_F(ZWViewPageTest, ValuesGoToTheCardWithTheirIdAndKind)
     // An alternative id that the card does not have: none either.
     ASSERT_TRUE(m_view.SetUserData("<fields><conditioned><id>C</id><label><id>zz</id></label></conditioned></fields>"));
     EXPECT_EQ(conditioned->level, -1);
-}
 
-TEST_F(ZWViewPageTest, DateCardsShowTheValueTextAsItStands)
-{
     // The value document holds the date already written by the card's
     // pattern; read back as a date it would come out with day and month
     // swapped (3 February 2024 under "yyyy-dd-MM" is "2024-03-02").
@@ -128,19 +125,16 @@ TEST_F(ZWViewPageTest, DateCardsShowTheValueTextAsItStands)
     fixed.format = u"yyyy-dd-MM"_s;
     fixed.value = u"2024-03-02"_s;
     EXPECT_EQ(fixed.GetDrawText(), u"2024-02-03"_s);
-}
 
-TEST_F(ZWViewPageTest, PicturesFromTheValueDocument)
-{
+    // Pictures, also of an alternative.
     const QString png = EncodeBase64(zwtest::SolidPng(3, 2, Qt::red));
-    const QByteArray values = QStringLiteral("<fields><image><id>I</id><value>%1</value></image>"
-                                             "<conditioned><id>C</id><image><id>pic</id><value>%1</value></image>"
-                                             "</conditioned></fields>")
-                                  .arg(png)
-                                  .toUtf8();
-    ASSERT_TRUE(m_view.SetUserData(values));
+    const QByteArray pictures = QStringLiteral("<fields><image><id>I</id><value>%1</value></image>"
+                                               "<conditioned><id>C</id><image><id>pic</id><value>%1</value></image>"
+                                               "</conditioned></fields>")
+                                    .arg(png)
+                                    .toUtf8();
+    ASSERT_TRUE(m_view.SetUserData(pictures));
     EXPECT_EQ(Find<ZWCardImage>("I")->PictureSize(), QSize(3, 2));
-    auto* conditioned = Find<ZWCardConditioned>("C");
     // A picture alternative lies beneath the text cards.
     EXPECT_EQ(std::pair(conditioned->level, conditioned->layer), std::pair(2, 0));
     EXPECT_EQ(dynamic_cast<ZWCardImage*>(conditioned->GetCurrentControl())->PictureSize(), QSize(3, 2));
@@ -176,7 +170,7 @@ TEST_F(ZWViewPageTest, APictureThatCannotBeDrawnIsMarkedInWindowsNotOnPaper)
     EXPECT_EQ(marks(true, false), 0);
 }
 
-TEST_F(ZWViewPageTest, Modes)
+TEST_F(ZWViewPageTest, ModesAndQuarterTurns)
 {
     EXPECT_TRUE(m_view.SetMode(2));
     EXPECT_FALSE(m_view.SetMode(2));
@@ -193,10 +187,8 @@ TEST_F(ZWViewPageTest, Modes)
     // Without a window to measure: fit is pending.
     EXPECT_TRUE(m_view.SetMode(0));
     EXPECT_EQ(m_view.Factor(), ZW_NO_VALUE);
-}
 
-TEST_F(ZWViewPageTest, QuarterTurnThereAndBackIsExact)
-{
+    // A quarter turn there and back is exact.
     auto* label = Find<ZWCardLabel>("L");
     label->horizontalAlign = 1;
     label->verticalAlign = 8;
