@@ -1,13 +1,10 @@
 #include "tests/formula/FormulaTestSupport.h"
 
-#include "formula/ZWResultCode.h"
-
 #include "formula/ZWEvaluator.h"
 #include "formula/ZWFormulaLibrary.h"
+#include "formula/ZWResultCode.h"
 #include "host/drivers/ZWDriverSupport.h"
 #include "host/drivers/ZWLiveValues.h"
-
-#include <charconv>
 
 using namespace Qt::StringLiterals;
 
@@ -33,28 +30,6 @@ Evaluation Evaluate(const QString& formula, const EvaluationOptions& options)
     for (const ZWToken& token : *evaluator.GetUndefinedTokens())
         out.undefined << token.Text();
     return out;
-}
-
-QString Postfix(const QString& formula)
-{
-    ZWEvaluator evaluator(formula);
-    if (evaluator.AnalizeExpression() == -1)
-        return u"<invalid>"_s;
-    QStringList parts;
-    for (const ZWToken& token : evaluator.GetPolaca().GetTranslation()) {
-        if (token.GetType() == ZWToken::Constant) {
-            char buffer[32];
-            const auto r = std::to_chars(buffer, buffer + sizeof buffer, token.GetDoubleValue());
-            parts << QString::fromLatin1(buffer, r.ptr - buffer);
-        } else if (token.GetType() == ZWToken::UnaryMinus) {
-            parts << u"neg"_s;
-        } else if (token.GetType() == ZWToken::DeviceVariable) {
-            parts << QLatin1Char('[') + token.Text() + QLatin1Char(']');
-        } else {
-            parts << token.Text();
-        }
-    }
-    return parts.join(QLatin1Char(' '));
 }
 
 std::unique_ptr<XmlDocument> Library(const std::vector<std::pair<QString, QString>>& formulas)

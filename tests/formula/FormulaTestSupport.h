@@ -38,10 +38,6 @@ Evaluation Evaluate(const QString& formula, const EvaluationOptions& options = {
 // "DivideByZero (10)": a result code as a test reports it.
 std::string CodeName(int code);
 
-// The postfix translation as text: numbers in shortest form, the unary
-// minus as "neg", other tokens by their text.
-QString Postfix(const QString& formula);
-
 // A library document from (name, text) pairs, in order.
 std::unique_ptr<XmlDocument> Library(const std::vector<std::pair<QString, QString>>& formulas);
 

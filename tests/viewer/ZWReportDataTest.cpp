@@ -56,14 +56,6 @@ protected:
     ZWReportData m_data;
 };
 
-TEST_F(ZWReportDataTest, NoPagesGivesAnEmptyDocumentAndAnEmptyRange)
-{
-    RecordingProgress progress;
-    EXPECT_EQ(Gather(u"<design><name>x</name></design>"_s, &progress), u"<fields/>"_s);
-    EXPECT_EQ(progress.range, std::make_pair(0, 0));
-    EXPECT_EQ(m_data.LoggerInfo().GetCount(), 0);
-}
-
 TEST_F(ZWReportDataTest, VariablesAreCollectedOnceAndOnlyFromTheFirstCondition)
 {
     Gather(uR"(<design><formules>
@@ -155,9 +147,15 @@ TEST_F(ZWReportDataTest, TheFirstAlternativeThatHoldsWins)
         u"<conditioned><id>numeric</id><image><id>pic</id></image></conditioned></fields>"_s);
 }
 
-TEST_F(ZWReportDataTest, ProgressRunsOverPagesAndCards)
+TEST_F(ZWReportDataTest, ProgressRunsOverPagesAndCardsAndNoPagesGiveAnEmptyDocument)
 {
     RecordingProgress progress;
+    // No pages: an empty document and an empty range.
+    EXPECT_EQ(Gather(u"<design><name>x</name></design>"_s, &progress), u"<fields/>"_s);
+    EXPECT_EQ(progress.range, std::make_pair(0, 0));
+    EXPECT_EQ(m_data.LoggerInfo().GetCount(), 0);
+
+    progress.positions.clear();
     const QString design = u"<design><page><formule><id>a</id><value>1</value></formule><formule><id>b</id>"
                            u"<value>2</value></formule><label><id>x</id></label></page><page><formule><id>c</id>"
                            u"<value>3</value></formule></page></design>"_s;

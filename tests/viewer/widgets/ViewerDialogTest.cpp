@@ -301,24 +301,7 @@ TEST_F(ViewerDialog, GatheringRunsOnAWorkerWhileTheWindowLives)
     EXPECT_FALSE(viewer.isVisible());
 }
 
-TEST_F(ViewerDialog, UnreadableDataIsReportedAndTheReportStillShows)
-{
-    ZWDriverSupport::SetStore(nullptr);
-    TestViewer viewer;
-    Open(viewer, ID_GROUPBY_DAY);
-    ASSERT_EQ(viewer.messages.size(), 1u);
-    EXPECT_TRUE(viewer.messages[0].startsWith(u"The logged data could not be read: "_s))
-        << viewer.messages[0].toStdString();
-    EXPECT_EQ(Card(viewer, "B"), u"2026-03-10 00:00"_s);
-
-    // A report that is missing opens empty and says so.
-    TestViewer missing;
-    QString name = u"Gone"_s;
-    EXPECT_FALSE(missing.Setup(name, ID_GROUPBY_DAY));
-    EXPECT_EQ(missing.Frame()->PageCount(), 1);
-}
-
-TEST_F(ViewerDialog, SaysWhenThePeriodHasNoLoggedDataOrTheDatabaseHoldsNoVariables)
+TEST_F(ViewerDialog, SaysWhenThePeriodHasNoDataTheDatabaseNoVariablesOrTheDataCannotBeRead)
 {
     TestViewer viewer;
     Open(viewer, ID_GROUPBY_MONTH);
@@ -345,6 +328,20 @@ TEST_F(ViewerDialog, SaysWhenThePeriodHasNoLoggedDataOrTheDatabaseHoldsNoVariabl
     EXPECT_TRUE(notice->isVisible());
     EXPECT_TRUE(notice->text().startsWith(u"The logger database holds no variables"_s)) << notice->text().toStdString();
     EXPECT_TRUE(viewer.messages.empty());
+
+    // No data that can be read: said once, and the report still shows its period.
+    ZWDriverSupport::SetStore(nullptr);
+    viewer.OnRefresh();
+    ASSERT_EQ(viewer.messages.size(), 1u);
+    EXPECT_TRUE(viewer.messages[0].startsWith(u"The logged data could not be read: "_s))
+        << viewer.messages[0].toStdString();
+    EXPECT_EQ(Card(viewer, "B"), u"2026-02-01 00:00"_s);
+
+    // A report that is missing opens empty and says so.
+    TestViewer missing;
+    QString name = u"Gone"_s;
+    EXPECT_FALSE(missing.Setup(name, ID_GROUPBY_DAY));
+    EXPECT_EQ(missing.Frame()->PageCount(), 1);
 }
 
 TEST_F(ViewerDialog, EmptyNameOpensTheLastReport)

@@ -15,7 +15,6 @@
 #include <QScrollBar>
 #include <QToolBar>
 #include <QToolButton>
-#include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 

@@ -17,8 +17,6 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <QWheelEvent>
-#include <gtest/gtest.h>
-#include <string>
 
 using namespace Qt::StringLiterals;
 
