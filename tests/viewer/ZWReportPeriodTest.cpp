@@ -48,10 +48,7 @@ TEST_F(ZWReportPeriodTest, AdjustToGroupBy)
     for (const auto& [date, unit, expected] : cases)
         EXPECT_EQ(ZWReportPeriod::AdjustToGroupBy(date, unit).ToIso(), expected.ToIso())
             << date.ToIso().toStdString() << " unit " << unit;
-}
-
-TEST_F(ZWReportPeriodTest, WeekFollowsTheLocalesFirstDay)
-{
+    // The week follows the locale's first day.
     ASSERT_TRUE(ZWSetLocaleOverride(u"en_US"_s)); // Sunday
     EXPECT_EQ(ZWReportPeriod::AdjustToGroupBy(T(2024, 3, 5, 9), ID_GROUPBY_WEEK), T(2024, 3, 3));
     EXPECT_EQ(ZWReportPeriod::AdjustToGroupBy(T(2024, 3, 3, 9), ID_GROUPBY_WEEK), T(2024, 3, 3));
@@ -109,7 +106,7 @@ TEST_F(ZWReportPeriodTest, SetupDataPeriodRule)
     }
 }
 
-TEST_F(ZWReportPeriodTest, NavigationAndReloads)
+TEST_F(ZWReportPeriodTest, NavigationReloadsAndGoTo)
 {
     const ZWDateTime now = T(2026, 11, 21, 10);
     ZWReportPeriod p;
@@ -144,12 +141,8 @@ TEST_F(ZWReportPeriodTest, NavigationAndReloads)
     EXPECT_TRUE(p.ChooseUserInterval(T(2026, 1, 5, 8), T(2026, 1, 5, 18), now));
     EXPECT_FALSE(p.CanNext(now));
     EXPECT_FALSE(p.CanGoTo());
-}
 
-TEST_F(ZWReportPeriodTest, GoTo)
-{
-    const ZWDateTime now = T(2026, 11, 21, 10);
-    ZWReportPeriod p;
+    // Go to, by weeks: the dialog opens on the period's start.
     p.Reset(ID_GROUPBY_WEEK);
     p.SetupData(now, ID_GROUPBY_WEEK, false, now);
     EXPECT_EQ(p.GoToInitialDate(), T(2026, 11, 16));

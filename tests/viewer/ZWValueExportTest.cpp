@@ -127,7 +127,7 @@ protected:
     QTemporaryDir m_dir;
 };
 
-TEST_F(ValueExportDocument, CsvHasARowPerShownValue)
+TEST_F(ValueExportDocument, CsvHasARowPerShownValueJsonAnObjectPerCard)
 {
     const QString expected = uR"csv(id,kind,text,value
 F,formule,[M.E] * 2,"12,345.60"
@@ -150,10 +150,8 @@ T,table,"Cost, ""EUR"" (Total)","1,234"
 H,chart,error,more than 1000 points
 )csv"_s;
     EXPECT_EQ(m_export.Csv().toStdString(), QString(expected).replace(u"\n"_s, u"\r\n"_s).toStdString());
-}
 
-TEST_F(ValueExportDocument, JsonHasAnObjectPerCard)
-{
+    // JSON: an object per card.
     QJsonParseError error;
     const QJsonDocument doc = QJsonDocument::fromJson(m_export.Json(), &error);
     ASSERT_EQ(error.error, QJsonParseError::NoError) << m_export.Json().toStdString();

@@ -51,12 +51,10 @@ TEST(ZWViewZoom, FitTakesTheLimitingSide)
 
 TEST(ZWViewZoom, ScrollStepsAreATwentiethAndAWholeView)
 {
-    EXPECT_EQ(ZWViewZoom::LineStep(800), 40);
-    EXPECT_EQ(ZWViewZoom::LineStep(610), 31); // 30.5 rounds up
-    EXPECT_EQ(ZWViewZoom::LineStep(10), 1);   // never less than a pixel
-    EXPECT_EQ(ZWViewZoom::LineStep(0), 1);
-    EXPECT_EQ(ZWViewZoom::PageStep(613), 613);
-    EXPECT_EQ(ZWViewZoom::PageStep(0), 1);
+    // 30.5 rounds up; never less than a pixel.
+    EXPECT_EQ(std::tuple(ZWViewZoom::LineStep(800), ZWViewZoom::LineStep(610), ZWViewZoom::LineStep(10),
+                  ZWViewZoom::LineStep(0), ZWViewZoom::PageStep(613), ZWViewZoom::PageStep(0)),
+        std::tuple(40, 31, 1, 1, 613, 1));
 }
 
 // A zoom from one page size to another with a point of the view held: the

@@ -2,7 +2,6 @@
 #include "host/core/ZWSettingsKeys.h"
 #include "tests/support/ZWTestSupport.h"
 #include "tests/viewer/widgets/ViewerTestSupport.h"
-#include "viewer/ZWActionTexts.h"
 #include "viewer/ZWViewZoom.h"
 
 #include <QAction>
@@ -143,7 +142,6 @@ TEST_F(ViewerKeys, TheViewerOpensWithTheKeyboardOnTheFittedPageAndEveryCommandHa
     EXPECT_EQ(viewer.GatheringCount(), gathered + 1);
     // Tool tips name the keys.
     EXPECT_EQ(viewer.Button(ID_VIEWER_PREVIOUS)->toolTip(), u"Previous (Alt+Left)"_s);
-    EXPECT_EQ(viewer.Button(ID_VIEWER_GOTO)->toolTip(), u"Go to date (Ctrl+G)"_s);
 }
 
 // One key from a place on a page of the frame at 200 %.
@@ -327,9 +325,7 @@ TEST_F(ViewerKeys, TheFramesZoomAndPrintKeys)
     EXPECT_EQ(frame.dialogs, 1);
 
     // The tool tips name the keys.
-    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_NEXT_PAGE)->toolTip(), u"Next page (Ctrl+PgDown)"_s);
     EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_ZOOM_IN)->toolTip(), u"Zoom in (Ctrl++)"_s);
-    EXPECT_EQ(frame.Action(ZWViewReportFrame::ID_FILE_PRINT)->toolTip(), u"Print (Ctrl+P)"_s);
 }
 
 QRect Stored()
