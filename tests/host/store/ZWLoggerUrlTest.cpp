@@ -54,11 +54,7 @@ TEST(LoggerUrl, Forms)
 // The test process runs in Europe/Madrid (see the store tests' environment).
 TEST(LocalTime, GapsAndFoldsMapToTheFirstInstantShowingTheTime)
 {
-    struct Case
-    {
-        ZWDateTime local;
-        qint64 utc;
-    } cases[] = {
+    const std::pair<ZWDateTime, qint64> cases[] = {
         {ZWDateTime::FromDMY(2025, 1, 6), 1736118000},             // CET
         {ZWDateTime::FromDMY(2025, 7, 1), 1751320800},             // CEST
         {ZWDateTime::FromDMY(2025, 3, 30, 1, 59, 59), 1743296399}, // just before the gap
@@ -68,9 +64,8 @@ TEST(LocalTime, GapsAndFoldsMapToTheFirstInstantShowingTheTime)
         {ZWDateTime::FromDMY(2025, 10, 26, 2, 30, 0), 1761438600}, // fold: first (CEST) occurrence
         {ZWDateTime::FromDMY(2025, 10, 26, 3, 0, 0), 1761444000},  // after the fold, CET
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(ZWLocalTime::ToUtc(c.local), c.utc) << c.local.ToIso().toStdString();
-    }
+    for (const auto& [local, utc] : cases)
+        EXPECT_EQ(ZWLocalTime::ToUtc(local), utc) << local.ToIso().toStdString();
     EXPECT_EQ(ZWLocalTime::FromUtc(1761438600), ZWDateTime::FromDMY(2025, 10, 26, 2, 30, 0));
     EXPECT_EQ(ZWLocalTime::FromUtc(1761442200), ZWDateTime::FromDMY(2025, 10, 26, 2, 30, 0));
 }
