@@ -1,6 +1,5 @@
 // The commands on the selected cards: align, distribute, centre, one size,
-// copy, cut, paste with its cascade, delete and select by id. One pixel is
-// 0.25 mm on this 200 × 100 mm page.
+// copy, cut, paste with its cascade, delete and select by id.
 #include "editor/ZWLayoutCommands.h"
 #include "tests/editor/EditorTestSupport.h"
 
@@ -117,42 +116,28 @@ const LayoutCase layoutCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Layout, LayoutTest, ::testing::ValuesIn(layoutCases), byName);
 
-struct PasteCase
+TEST(LayoutCommandsTest, EachPasteLandsOneOffsetFurtherAndIsSelected)
 {
-    const char* name;
-    double grid;
-    Geometry copied;
-    int pastes;
-    Geometry expected;
-};
-
-class PasteTest : public ::testing::TestWithParam<PasteCase>
-{};
-
-TEST_P(PasteTest, EachPasteLandsOneOffsetFurther)
-{
-    const PasteCase& c = GetParam();
-    Fixture f({c.copied}, c.grid);
-    f.Select({0});
-    ZWLayoutCommands::ControlCopy(f.edit);
-    for (int i = 0; i < c.pastes; ++i)
-        ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
-    ASSERT_EQ(f.page.cards.size(), size_t(1 + c.pastes));
-    ExpectCards({f.Cards().back()}, {c.expected});
-    ASSERT_EQ(f.Selected(), 1);
-    EXPECT_EQ(f.edit.Selection().GetSelectedControl(0), f.page.cards.back().get());
+    // grid, copied card, pastes, where the last lands
+    const std::tuple<double, Geometry, int, Geometry> cases[] = {
+        {0, {10, 20, 30, 40}, 1, {17.5, 27.5, 30, 40}}, // thirty pixels without grid
+        {0, {10, 20, 30, 40}, 2, {25, 35, 30, 40}}, {5, {10, 20, 30, 40}, 2, {20, 30, 30, 40}}, // a grid step with grid
+        {0, {165, 20, 30, 10}, 1, {0, 27.5, 30, 10}},     // crossing the right edge restarts at zero
+        {0, {162.5, 20, 30, 10}, 1, {170, 27.5, 30, 10}}, // ending on it stays
+        {0, {10, 70, 30, 25}, 1, {17.5, 0, 30, 25}},      // crossing the bottom restarts at the top
+    };
+    for (const auto& [grid, copied, pastes, expected] : cases) {
+        SCOPED_TRACE(testing::Message() << "grid " << grid << ", " << pastes << " paste(s) of x " << copied[0]);
+        Fixture f({copied}, grid);
+        f.Select({0});
+        ZWLayoutCommands::ControlCopy(f.edit);
+        for (int i = 0; i < pastes; ++i)
+            ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
+        ASSERT_EQ(f.page.cards.size(), size_t(1 + pastes));
+        EXPECT_GEOMETRY(f.Cards().back(), expected);
+        EXPECT_EQ(f.SelectedIds(), std::vector<QString>{f.page.cards.back()->id});
+    }
 }
-
-const PasteCase pasteCases[] = {
-    {"ThirtyPixelsWithoutGrid", 0, {10, 20, 30, 40}, 1, {17.5, 27.5, 30, 40}},
-    {"SecondPasteCascades", 0, {10, 20, 30, 40}, 2, {25, 35, 30, 40}},
-    {"OneGridStepWithGrid", 5, {10, 20, 30, 40}, 2, {20, 30, 30, 40}},
-    {"CrossingTheRightEdgeRestartsAtZero", 0, {165, 20, 30, 10}, 1, {0, 27.5, 30, 10}},
-    {"EndingOnTheRightEdgeStays", 0, {162.5, 20, 30, 10}, 1, {170, 27.5, 30, 10}},
-    {"CrossingTheBottomRestartsAtTheTop", 0, {10, 70, 30, 25}, 1, {17.5, 0, 30, 25}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Paste, PasteTest, ::testing::ValuesIn(pasteCases), byName);
 
 TEST(LayoutCommandsTest, PasteAppendsFreshIdentitiesInSelectionOrder)
 {
@@ -166,7 +151,7 @@ TEST(LayoutCommandsTest, PasteAppendsFreshIdentitiesInSelectionOrder)
     EXPECT_TRUE(!ids[2].isEmpty() && ids[2] != u"1"_s && ids[2] != ids[3]) << ids[2].toStdString();
 }
 
-TEST(LayoutCommandsTest, CutRemovesTheCardsAndPasteBringsThemBack)
+TEST(LayoutCommandsTest, CutRemovesTheCardsAndPasteBringsThemBackButACutOfNothingEmptiesTheClipboard)
 {
     Fixture f({{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}});
     f.Select({1});
@@ -174,18 +159,12 @@ TEST(LayoutCommandsTest, CutRemovesTheCardsAndPasteBringsThemBack)
     EXPECT_EQ(std::tuple(f.Ids(), f.Selected()), std::tuple(std::vector<QString>{u"0"_s, u"2"_s}, 0));
     ASSERT_TRUE(ZWLayoutCommands::ControlPaste(f.edit));
     ExpectCards(f.Cards(), {{10, 20, 30, 40}, {100, 50, 20, 20}, {57.5, 27.5, 10, 10}});
-}
 
-TEST(LayoutCommandsTest, CutOfNothingLeavesTheClipboardEmpty)
-{
-    Fixture f({{10, 20, 30, 40}});
-    f.Select({0});
-    ZWLayoutCommands::ControlCopy(f.edit);
     f.Select({});
     ZWLayoutCommands::ControlCut(f.edit);
     EXPECT_TRUE(f.edit.clipboard.empty());
     EXPECT_FALSE(ZWLayoutCommands::ControlPaste(f.edit));
-    EXPECT_EQ(f.page.cards.size(), 1u);
+    EXPECT_EQ(f.page.cards.size(), 3u);
 }
 
 TEST(LayoutCommandsTest, DeleteKeepsTheOrderOfTheRest)

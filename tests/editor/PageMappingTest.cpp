@@ -19,9 +19,7 @@ struct Page
 
     Page(double width = 200.0, double height = 100.0, double grid = 0.0)
     {
-        props.width = width;
-        props.height = height;
-        props.xgrid = props.ygrid = grid;
+        std::tie(props.width, props.height, props.xgrid, props.ygrid) = std::tuple(width, height, grid, grid);
         mapping.SetDevice(4.0, 4.0);
         mapping.SetClientSize(1000, 600);
     }
@@ -32,8 +30,6 @@ struct Page
         return zoom;
     }
 };
-
-const auto byName = [](const auto& info) { return std::string(info.param.name); };
 
 struct MappingCase
 {
@@ -79,7 +75,8 @@ const MappingCase mappingCases[] = {
     {"TallPageStartsAtTheTopScrollPosition", 3.7795, 210, 297, 800, 600, 1.0, 0, 40, {0, 0, 10, 10}, {3, -40, 41, -2}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Mapping, CardRectTest, ::testing::ValuesIn(mappingCases), byName);
+INSTANTIATE_TEST_SUITE_P(Mapping, CardRectTest, ::testing::ValuesIn(mappingCases),
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(PageMappingTest, FitModeKeepsTheSmallerFactorStoresItNegativeAndFollowsTurns)
 {
@@ -120,130 +117,71 @@ TEST(PageMappingTest, FitWithoutDeviceWaitsAndBecomesFullSize)
     EXPECT_DOUBLE_EQ(d.pageWidthPx, 800.0);
 }
 
-struct ModeCase
+TEST(PageMappingTest, ZoomModesStoreTheirFactorAndSayWhetherItChanged)
 {
-    const char* name;
-    double start;
-    int mode;
-    double expected;
-    bool changed;
-};
-
-class SetModeTest : public ::testing::TestWithParam<ModeCase>
-{};
-
-TEST_P(SetModeTest, StoresTheFactorAndSaysWhetherItChanged)
-{
-    const ModeCase& c = GetParam();
-    Page page;
-    page.mapping.SetMode(c.start);
-    EXPECT_EQ(page.mapping.SetMode(c.mode), c.changed);
-    EXPECT_EQ(page.Zoom(), c.expected);
+    // start, mode, factor after, changed
+    const std::tuple<double, int, double, bool> cases[]
+        = {{1.0, 2, 2.0, true}, {1.0, 4, 4.0, true}, {3.0, 3, 3.0, false}, // the same again is no change
+            {1.37, 100, 1.37, false},                                      // 100 keeps the percentage
+            {2.0, 7, 1.0, true}, {1.0, -1, 1.0, false}};                   // unknown and negative modes are full size
+    for (const auto& [start, mode, factor, changed] : cases) {
+        Page page;
+        page.mapping.SetMode(start);
+        EXPECT_EQ(page.mapping.SetMode(mode), changed) << start << " mode " << mode;
+        EXPECT_EQ(page.Zoom(), factor) << start << " mode " << mode;
+    }
 }
 
-const ModeCase modeCases[] = {
-    {"TwoDoubles", 1.0, 2, 2.0, true},
-    {"FourQuadruples", 1.0, 4, 4.0, true},
-    {"ThreeAgainIsNoChange", 3.0, 3, 3.0, false},
-    {"HundredKeepsThePercentage", 1.37, 100, 1.37, false},
-    {"UnknownModeIsFullSize", 2.0, 7, 1.0, true},
-    {"NegativeModeIsFullSize", 1.0, -1, 1.0, false},
-};
-
-INSTANTIATE_TEST_SUITE_P(Zoom, SetModeTest, ::testing::ValuesIn(modeCases), byName);
-
-struct OrientationCase
+TEST(PageMappingTest, OrientationSwapsTheSidesOnlyWhenTheyDisagree)
 {
-    const char* name;
-    double width, height;
-    int orientation;
-    bool swapped;
-};
-
-class SetOrientationTest : public ::testing::TestWithParam<OrientationCase>
-{};
-
-TEST_P(SetOrientationTest, SwapsSidesOnlyWhenTheyDisagree)
-{
-    const OrientationCase& c = GetParam();
-    Page page(c.width, c.height);
-    EXPECT_EQ(page.mapping.SetOrientation(c.orientation), c.swapped);
-    EXPECT_EQ(std::tuple(page.mapping.GetOrientation(), page.props.width, page.props.height),
-        std::tuple(c.orientation, c.swapped ? c.height : c.width, c.swapped ? c.width : c.height));
+    // width, height, orientation, swapped
+    const std::tuple<double, double, int, bool> cases[]
+        = {{200, 100, 1, true}, {100, 200, 0, true}, {200, 100, 0, false}, {150, 150, 0, false}, {150, 150, 1, false}};
+    for (const auto& [width, height, orientation, swapped] : cases) {
+        Page page(width, height);
+        EXPECT_EQ(page.mapping.SetOrientation(orientation), swapped) << width << "x" << height << " " << orientation;
+        EXPECT_EQ(std::tuple(page.mapping.GetOrientation(), page.props.width, page.props.height),
+            std::tuple(orientation, swapped ? height : width, swapped ? width : height));
+    }
 }
 
-const OrientationCase orientationCases[] = {
-    {"LandscapePageTurnedPortrait", 200, 100, 1, true},
-    {"PortraitPageTurnedLandscape", 100, 200, 0, true},
-    {"LandscapePageStaysLandscape", 200, 100, 0, false},
-    {"SquarePageNeverSwaps", 150, 150, 0, false},
-    {"SquarePageNeverSwapsToPortrait", 150, 150, 1, false},
-};
-
-INSTANTIATE_TEST_SUITE_P(Orientation, SetOrientationTest, ::testing::ValuesIn(orientationCases), byName);
-
-struct InitialCase
+TEST(PageMappingTest, ANewCardIsThirtyPixelsOrOneGridStepAtTheMouseAndLiesOnThePage)
 {
-    const char* name;
-    double grid;
-    QPoint mouse;
-    Geometry expected;
-    double ppm = 4.0;
-};
-
-class InitialDimensionsTest : public ::testing::TestWithParam<InitialCase>
-{};
-
-TEST_P(InitialDimensionsTest, NewCardLiesOnThePage)
-{
-    const InitialCase& c = GetParam();
-    Page page(200, 100, c.grid);
-    page.mapping.SetDevice(c.ppm, c.ppm);
-    Geometry g{-1, -1, -1, -1};
-    page.mapping.GetInitialControlDimensions(c.mouse, g[0], g[1], g[2], g[3]);
-    EXPECT_GEOMETRY(g, c.expected);
+    // grid, pixels per mm, mouse, expected
+    const std::tuple<double, double, QPoint, Geometry> cases[] = {
+        {0, 4, {140, 180}, {10, 20, 7.5, 7.5}},
+        {0, 4, {890, 480}, {192.25, 92.25, 7.5, 7.5}}, // pulled back to end on the last pixel
+        {0, 4, {869, 469}, {192.25, 92.25, 7.5, 7.5}}, // fits exactly there
+        {0, 4, {50, 50}, {0, 0, 7.5, 7.5}},            // pushed onto the page
+        {5, 4, {143, 181}, {10, 20, 5, 5}},            // snapped to the grid
+        {0, 0, {300, 300}, {0, 0, 10, 10}},            // no device: 10 mm at the origin
+    };
+    for (const auto& [grid, ppm, mouse, expected] : cases) {
+        Page page(200, 100, grid);
+        page.mapping.SetDevice(ppm, ppm);
+        Geometry g{-1, -1, -1, -1};
+        page.mapping.GetInitialControlDimensions(mouse, g[0], g[1], g[2], g[3]);
+        EXPECT_GEOMETRY(g, expected) << mouse.x() << "," << mouse.y();
+    }
 }
 
-const InitialCase initialCases[] = {
-    {"ThirtyPixelsAtTheMouseWithoutGrid", 0, {140, 180}, {10, 20, 7.5, 7.5}},
-    {"PulledBackToEndOnTheLastPixel", 0, {890, 480}, {192.25, 92.25, 7.5, 7.5}},
-    {"ExactlyFittingAtTheLastPixelStays", 0, {869, 469}, {192.25, 92.25, 7.5, 7.5}},
-    {"PushedOntoThePageFromTheLeft", 0, {50, 50}, {0, 0, 7.5, 7.5}},
-    {"OneGridStepSnappedToTheGrid", 5, {143, 181}, {10, 20, 5, 5}},
-    {"WithoutDeviceTenMillimetresAtTheOrigin", 0, {300, 300}, {0, 0, 10, 10}, 0.0},
-};
-
-INSTANTIATE_TEST_SUITE_P(NewCard, InitialDimensionsTest, ::testing::ValuesIn(initialCases), byName);
-
-struct AdjustCase
+// One pixel is 0.25 mm here: edges within one pixel of a grid line go on it.
+TEST(PageMappingTest, CardEdgesNearAGridLineAreAdjustedOntoIt)
 {
-    const char* name;
-    double grid, x, w, expectedX, expectedW;
-};
-
-class AdjustToGridTest : public ::testing::TestWithParam<AdjustCase>
-{};
-
-// One pixel is 0.25 mm here.
-TEST_P(AdjustToGridTest, EdgesWithinOnePixelOfALineGoOnIt)
-{
-    const AdjustCase& c = GetParam();
-    Page page(200, 100, c.grid);
-    ZWPageMapping::Dimensions d;
-    ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
-    auto card = zwtest::MakeCard({}, {c.x, c.x, c.w, c.w}, {});
-    page.mapping.IntelligentAdjustToGrid(*card, d);
-    EXPECT_GEOMETRY(zwtest::GeometryOf(*card), c.expectedX, c.expectedX, c.expectedW, c.expectedW);
+    // grid, x and y, width and height, expected position, expected size
+    const std::tuple<double, double, double, double, double> cases[]
+        = {{5, 5.2, 10.1, 5, 10}, {5, 5.25, 9.5, 5.25, 9.5}, // exactly one pixel away stays
+            {5, 5.3, 9.8, 5.3, 9.7},                         // only the far edge is near a line
+            {0, 5.2, 10.1, 5.2, 10.1}};
+    for (const auto& [grid, x, w, expectedX, expectedW] : cases) {
+        Page page(200, 100, grid);
+        ZWPageMapping::Dimensions d;
+        ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
+        auto card = zwtest::MakeCard({}, {x, x, w, w}, {});
+        page.mapping.IntelligentAdjustToGrid(*card, d);
+        EXPECT_GEOMETRY(zwtest::GeometryOf(*card), expectedX, expectedX, expectedW, expectedW) << x << " " << w;
+    }
 }
-
-const AdjustCase adjustCases[] = {
-    {"BothEdgesPulledOntoTheGrid", 5, 5.2, 10.1, 5, 10},
-    {"ExactlyOnePixelAwayStays", 5, 5.25, 9.5, 5.25, 9.5},
-    {"NearEdgeFarAwayOnlyFarEdgeSnaps", 5, 5.3, 9.8, 5.3, 9.7},
-    {"NoGridNoChange", 0, 5.2, 10.1, 5.2, 10.1},
-};
-
-INSTANTIATE_TEST_SUITE_P(Grid, AdjustToGridTest, ::testing::ValuesIn(adjustCases), byName);
 
 TEST(PageMappingTest, PressedPointSnapsToTheNearestDotOnThePage)
 {

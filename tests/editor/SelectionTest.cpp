@@ -1,6 +1,5 @@
-// The selection and the handle zones of a card: which zone a point is in,
-// the cursor and the fixed corner of each, and how a resize step moves the
-// free edges.
+// The selection and a card's handle zones: which zone a point is in, each
+// zone's cursors and fixed corner, and how a resize step moves the free edges.
 #include "editor/ZWHandleZones.h"
 #include "editor/ZWSelection.h"
 #include "template/ZWCardControl.h"
@@ -12,8 +11,6 @@
 namespace {
 
 using Cursor = ZWHandleZones::Cursor;
-
-const auto byName = [](const auto& info) { return std::string(info.param.name); };
 
 struct ZoneCase
 {
@@ -31,6 +28,7 @@ TEST_P(HandleZoneTest, PointFallsInItsZone)
     ZWCardControl card;
     const ZWRect rect{100, 100, 200, 160};
     EXPECT_EQ(ZWHandleZones::GetDraggingStyle(&card, GetParam().point, rect), GetParam().style);
+    EXPECT_EQ(ZWHandleZones::GetDraggingStyle(nullptr, GetParam().point, rect), 0) << "no card has no zone";
 }
 
 const ZoneCase zoneCases[] = {
@@ -57,84 +55,53 @@ const ZoneCase zoneCases[] = {
     {"RightEdge", {197, 130}, 2},
 };
 
-INSTANTIATE_TEST_SUITE_P(Zones, HandleZoneTest, ::testing::ValuesIn(zoneCases), byName);
+INSTANTIATE_TEST_SUITE_P(Zones, HandleZoneTest, ::testing::ValuesIn(zoneCases),
+    [](const auto& info) { return std::string(info.param.name); });
 
-TEST(HandleZonesTest, NoCardHasNoZone)
+TEST(HandleZonesTest, EachZoneHasItsCursorsAndFixedCorner)
 {
-    EXPECT_EQ(ZWHandleZones::GetDraggingStyle(nullptr, {100, 100}, ZWRect{100, 100, 200, 160}), 0);
+    // zone, cursor while dragging and hovering, fixed corner of ZWRect{10, 20, 30, 40} (none: (-7, -7))
+    const std::tuple<int, Cursor, Cursor, QPoint> cases[] = {
+        {1, Cursor::SizeWestEast, Cursor::SizeWestEast, {30, 20}},     // left edge: top right
+        {2, Cursor::SizeWestEast, Cursor::SizeWestEast, {10, 20}},     // right edge: top left
+        {4, Cursor::SizeNorthSouth, Cursor::SizeNorthSouth, {10, 20}}, // bottom edge: top left
+        {8, Cursor::SizeNorthSouth, Cursor::SizeNorthSouth, {10, 40}}, // top edge: bottom left
+        {5, Cursor::SizeNorthEastSouthWest, Cursor::SizeNorthEastSouthWest, {30, 20}},
+        {10, Cursor::SizeNorthEastSouthWest, Cursor::SizeNorthEastSouthWest, {10, 40}},
+        {6, Cursor::SizeNorthWestSouthEast, Cursor::SizeNorthWestSouthEast, {10, 20}},
+        {9, Cursor::SizeNorthWestSouthEast, Cursor::SizeNorthWestSouthEast, {30, 40}},
+        {15, Cursor::Moving, Cursor::OverCard, {-7, -7}}, // a move has no fixed corner
+        {0, Cursor::Moving, Cursor::OverCard, {-7, -7}},  // nor has a card that cannot be resized
+    };
+    for (const auto& [style, drag, hover, expected] : cases) {
+        QPoint anchor(-7, -7);
+        EXPECT_EQ(std::tuple(ZWHandleZones::DragCursor(style), ZWHandleZones::HoverCursor(style),
+                      ZWHandleZones::AnchorFor(style, ZWRect{10, 20, 30, 40}, anchor), anchor),
+            std::tuple(drag, hover, expected != QPoint(-7, -7), expected))
+            << "zone " << style;
+    }
 }
 
-struct StyleCase
+TEST(SelectionTest, AResizeStepMovesTheFreeEdgesAndNormalises)
 {
-    const char* name;
-    int style;
-    Cursor drag, hover;
-    bool anchored;
-    QPoint anchor;
-};
-
-class StyleTableTest : public ::testing::TestWithParam<StyleCase>
-{};
-
-TEST_P(StyleTableTest, CursorsAndFixedCorner)
-{
-    const StyleCase& c = GetParam();
-    EXPECT_EQ(ZWHandleZones::DragCursor(c.style), c.drag);
-    EXPECT_EQ(ZWHandleZones::HoverCursor(c.style), c.hover);
-    QPoint anchor(-7, -7);
-    EXPECT_EQ(ZWHandleZones::AnchorFor(c.style, ZWRect{10, 20, 30, 40}, anchor), c.anchored);
-    EXPECT_EQ(anchor, c.anchored ? c.anchor : QPoint(-7, -7));
+    // zone, mouse step, dragging rectangle of the card at {100, 100, 200, 160}
+    const std::tuple<int, QPoint, ZWRect> cases[] = {
+        {2, {15, 0}, {100, 100, 215, 160}}, {1, {15, 0}, {115, 100, 200, 160}}, {8, {0, -20}, {100, 80, 200, 160}},
+        {6, {5, 7}, {100, 100, 205, 167}}, {9, {5, 7}, {105, 107, 200, 160}},
+        {2, {-130, 0}, {70, 100, 100, 160}}, // the right edge dragged past the left flips
+    };
+    for (const auto& [style, delta, expected] : cases) {
+        ZWCardControl card;
+        ZWSelection selection;
+        const ZWRect rect{100, 100, 200, 160};
+        QPoint anchor;
+        ZWHandleZones::AnchorFor(style, rect, anchor);
+        selection.AddSelection(rect, anchor, &card);
+        selection.ActualizeResizeDraggingRect(delta);
+        EXPECT_EQ(selection.GetDraggingRect(0), expected)
+            << "zone " << style << " by " << delta.x() << "," << delta.y();
+    }
 }
-
-const StyleCase styleCases[] = {
-    {"LeftEdgeKeepsTopRight", 1, Cursor::SizeWestEast, Cursor::SizeWestEast, true, {30, 20}},
-    {"RightEdgeKeepsTopLeft", 2, Cursor::SizeWestEast, Cursor::SizeWestEast, true, {10, 20}},
-    {"BottomEdgeKeepsTopLeft", 4, Cursor::SizeNorthSouth, Cursor::SizeNorthSouth, true, {10, 20}},
-    {"TopEdgeKeepsBottomLeft", 8, Cursor::SizeNorthSouth, Cursor::SizeNorthSouth, true, {10, 40}},
-    {"BottomLeftKeepsTopRight", 5, Cursor::SizeNorthEastSouthWest, Cursor::SizeNorthEastSouthWest, true, {30, 20}},
-    {"TopRightKeepsBottomLeft", 10, Cursor::SizeNorthEastSouthWest, Cursor::SizeNorthEastSouthWest, true, {10, 40}},
-    {"BottomRightKeepsTopLeft", 6, Cursor::SizeNorthWestSouthEast, Cursor::SizeNorthWestSouthEast, true, {10, 20}},
-    {"TopLeftKeepsBottomRight", 9, Cursor::SizeNorthWestSouthEast, Cursor::SizeNorthWestSouthEast, true, {30, 40}},
-    {"MoveHasNoFixedCorner", 15, Cursor::Moving, Cursor::OverCard, false, {}},
-    {"NotResizableMoves", 0, Cursor::Moving, Cursor::OverCard, false, {}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Styles, StyleTableTest, ::testing::ValuesIn(styleCases), byName);
-
-struct ResizeCase
-{
-    const char* name;
-    int style;
-    QPoint delta;
-    ZWRect expected;
-};
-
-class ResizeStepTest : public ::testing::TestWithParam<ResizeCase>
-{};
-
-TEST_P(ResizeStepTest, MovesTheFreeEdgesAndNormalises)
-{
-    const ResizeCase& c = GetParam();
-    ZWCardControl card;
-    ZWSelection selection;
-    const ZWRect rect{100, 100, 200, 160};
-    QPoint anchor;
-    ZWHandleZones::AnchorFor(c.style, rect, anchor);
-    selection.AddSelection(rect, anchor, &card);
-    selection.ActualizeResizeDraggingRect(c.delta);
-    EXPECT_EQ(selection.GetDraggingRect(0), c.expected);
-}
-
-const ResizeCase resizeCases[] = {
-    {"RightEdgeOut", 2, {15, 0}, {100, 100, 215, 160}},
-    {"LeftEdgeIn", 1, {15, 0}, {115, 100, 200, 160}},
-    {"TopEdgeUp", 8, {0, -20}, {100, 80, 200, 160}},
-    {"BottomRightBoth", 6, {5, 7}, {100, 100, 205, 167}},
-    {"TopLeftBoth", 9, {5, 7}, {105, 107, 200, 160}},
-    {"RightEdgeDraggedPastTheLeftFlips", 2, {-130, 0}, {70, 100, 100, 160}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Resize, ResizeStepTest, ::testing::ValuesIn(resizeCases), byName);
 
 TEST(SelectionTest, TargetEdgeIsTheOneAwayFromTheAnchor)
 {

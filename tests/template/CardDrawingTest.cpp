@@ -1,6 +1,5 @@
-// How cards draw themselves: the device mapping of the drawing record, the
-// editor's outline pixel by pixel, label placement and rotation, picture
-// placement and its resampling cache, page clipping and backgrounds.
+// How cards draw themselves, pixel by pixel: the device mapping, the editor's
+// outline, labels and pictures placed and clipped, the resampling cache, pages.
 #include "host/core/ZWFont.h"
 #include "host/core/ZWMath.h"
 #include "host/core/ZWRemote.h"
@@ -98,7 +97,7 @@ QImage Border(const ZWRect& rect, bool thick, bool dashed, bool dense, int phase
     return image;
 }
 
-TEST(DrawBorder, SolidThinAndThickIncludeBothEnds)
+TEST(DrawBorder, SolidThinAndThickIncludeBothEndsAndThickDashesAreThreeLinesDeep)
 {
     const ZWRect rect{5, 6, 16, 14}; // 12 × 9 pixels, ends included
     const QImage thin = Border(rect, false, false, false, 0);
@@ -110,6 +109,11 @@ TEST(DrawBorder, SolidThinAndThickIncludeBothEnds)
     EXPECT_EQ(InkBounds(thick), QRect(QPoint(5, 6), QPoint(16, 14)));
     EXPECT_EQ(Pixels(thick, 10, 6, 9, true), u"111000111"_s);
     EXPECT_EQ(Pixels(thick, 5, 10, 12), u"111000000111"_s);
+    // Thick dashes set all three lines (top row pattern 011000011000).
+    const QImage dashed = Border(ZWRect{4, 4, 15, 15}, true, true, false, 0);
+    for (int k = 0; k < 3; ++k)
+        EXPECT_EQ(Pixels(dashed, 4, 4 + k, 12).mid(3, 6), u"000011"_s) << k;
+    EXPECT_EQ(std::tuple(dashed.pixel(5, 4), dashed.pixel(5, 6)), std::tuple(qRgb(255, 0, 0), qRgb(255, 0, 0)));
 }
 
 TEST(DrawBorder, DashedPatternsForEveryPhase)
@@ -136,16 +140,6 @@ TEST(DrawBorder, DashedPatternsForEveryPhase)
         EXPECT_EQ(image.pixel(4, 11) != White, on(7) || on(8));   // bottom-left
         EXPECT_EQ(image.pixel(15, 11) != White, on(19));          // bottom-right
     }
-}
-
-TEST(DrawBorder, ThickDashesSetAllThreeLines)
-{
-    const QImage image = Border(ZWRect{4, 4, 15, 15}, true, true, false, 0);
-    // Top row pattern 011000011000, three lines deep.
-    for (int k = 0; k < 3; ++k)
-        EXPECT_EQ(Pixels(image, 4, 4 + k, 12).mid(3, 6), u"000011"_s) << k;
-    EXPECT_EQ(image.pixel(5, 4), qRgb(255, 0, 0));
-    EXPECT_EQ(image.pixel(5, 6), qRgb(255, 0, 0));
 }
 
 // ---------------------------------------------------------------- labels
@@ -256,22 +250,7 @@ TEST_F(LabelDrawing, InkLiesWhereTheAlignmentPutsIt)
     }
 }
 
-TEST_F(LabelDrawing, NinetyDegreesCentredSitsInTheMiddleOfTheCard)
-{
-    ZWCardLabel label = Label(u"HHHHHH"_s, 16.0);
-    zwtest::Place(label, 10.0, 5.0, 20.0, 50.0);
-    label.orientation = 90.0;
-    const tagDraw draw = PageDraw(5.0);
-    const QRect ink = InkBounds(Draw(label, draw));
-    // Turned a quarter counter-clockwise: as tall as the text is long.
-    EXPECT_NEAR(ink.height(), Extent(label, draw).width(), 6.0);
-    EXPECT_GT(ink.height(), 2 * ink.width());
-    const QPointF centre = draw.CardRect(10, 5, 20, 50).ToQRect().toRectF().center();
-    EXPECT_NEAR((ink.left() + ink.right() + 1) / 2.0, centre.x(), 3.0);
-    EXPECT_NEAR((ink.top() + ink.bottom() + 1) / 2.0, centre.y(), 3.0);
-}
-
-TEST_F(LabelDrawing, EscapementTurnsTheTextByWholeTenths)
+TEST_F(LabelDrawing, TurnedTextKeepsItsAngleAndAQuarterTurnCentredSitsInTheMiddleOfTheCard)
 {
     ZWCardLabel label = Label(u"________________"_s, 14.0);
     zwtest::Place(label, 5.0, 5.0, 70.0, 40.0);
@@ -289,6 +268,18 @@ TEST_F(LabelDrawing, EscapementTurnsTheTextByWholeTenths)
     const int x0 = ink.left() + 10, x1 = ink.right() - 10;
     const double slope = double(lowest(x0) - lowest(x1)) / (x1 - x0);
     EXPECT_NEAR(std::atan(slope) * 180.0 / M_PI, 12.3, 0.6);
+
+    label = Label(u"HHHHHH"_s, 16.0);
+    zwtest::Place(label, 10.0, 5.0, 20.0, 50.0);
+    label.orientation = 90.0;
+    const tagDraw draw = PageDraw(5.0);
+    const QRect turned = InkBounds(Draw(label, draw));
+    // Turned a quarter counter-clockwise: as tall as the text is long.
+    EXPECT_NEAR(turned.height(), Extent(label, draw).width(), 6.0);
+    EXPECT_GT(turned.height(), 2 * turned.width());
+    const QPointF centre = draw.CardRect(10, 5, 20, 50).ToQRect().toRectF().center();
+    EXPECT_NEAR((turned.left() + turned.right() + 1) / 2.0, centre.x(), 3.0);
+    EXPECT_NEAR((turned.top() + turned.bottom() + 1) / 2.0, centre.y(), 3.0);
 }
 
 TEST_F(LabelDrawing, TextIsClippedToTheCardTheVisibleAreaAndTheRoundedPage)

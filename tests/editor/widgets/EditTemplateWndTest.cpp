@@ -67,62 +67,45 @@ struct Window
     QString Id(int index) const { return wnd->Page().cards.at(size_t(index))->id; }
 };
 
-struct DragCase
+TEST(EditTemplateWndTest, AMoveAndADrawingAreOneUndoStepEachAndATooSmallDrawingNone)
 {
-    const char* name;
-    double grid;
-    int tool;
-    QPoint from, to;
-    Qt::KeyboardModifiers mods;
-    // The card that changes (its list position) and where it ends.
-    int card;
-    Geometry expected;
-    QStringList selection; // none: the new card
-};
+    // tool, from, to, the card that changes (its list position) and where it ends
+    const std::tuple<int, QPoint, QPoint, int, Geometry> cases[] = {
+        {ZWEditPage::SelectTool, {200, 260}, {240, 300}, 0, {20, 30, 30, 40}},
+        {ZWEditPage::LabelTool, {500, 300}, {580, 340}, 2, {100, 50, 20, 10}},
+    };
+    for (const auto& [tool, from, to, card, expected] : cases) {
+        SCOPED_TRACE(testing::Message() << "tool " << tool);
+        Window w(0, tool);
+        QSignalSpy created(w.wnd.get(), &ZWEditTemplateWnd::cardCreated);
+        if (tool == ZWEditPage::LabelTool) {
+            w.Drag(from, from + QPoint(5, 40));
+            EXPECT_EQ(std::tuple(w.Count(), w.stack.count(), created.count()), std::tuple(size_t(2), 0, 0));
+        }
+        const Geometry before = card < 2 ? w.Card(card) : Geometry{};
+        QSignalSpy selections(w.wnd.get(), &ZWEditTemplateWnd::selectionChanged);
+        w.Drag(from, to);
+        ASSERT_GT(int(w.Count()), card);
+        const Geometry after = w.Card(card);
+        EXPECT_GEOMETRY(after, expected);
+        EXPECT_EQ(w.wnd->SelectedIds(), QStringList{w.Id(card)});
+        EXPECT_EQ(std::tuple(selections.count(), w.wnd->IsTimerRunning(), created.count()),
+            std::tuple(1, true, card < 2 ? 0 : 1));
+        if (created.count() == 1) {
+            EXPECT_EQ(created.at(0).at(0).value<ZWCardControl*>(), w.wnd->Page().cards.back().get());
+        }
 
-class WindowDragTest : public ::testing::TestWithParam<DragCase>
-{};
-
-TEST_P(WindowDragTest, EndsWhereExpectedAndUndoesAndRedoesExactly)
-{
-    const DragCase& c = GetParam();
-    Window w(c.grid, c.tool);
-    const size_t cardsBefore = w.Count();
-    const Geometry before = c.card < int(cardsBefore) ? w.Card(c.card) : Geometry{};
-    QSignalSpy selections(w.wnd.get(), &ZWEditTemplateWnd::selectionChanged);
-    w.Drag(c.from, c.to, c.mods);
-
-    ASSERT_GT(int(w.Count()), c.card);
-    const Geometry after = w.Card(c.card);
-    EXPECT_GEOMETRY(after, c.expected);
-    EXPECT_EQ(w.wnd->SelectedIds(), c.selection.isEmpty() ? QStringList{w.wnd->Page().cards.back()->id} : c.selection);
-    EXPECT_EQ(std::tuple(selections.count(), w.wnd->IsTimerRunning()), std::tuple(1, true));
-
-    // One drag is one undo step that gives back the page as it was.
-    ASSERT_EQ(w.stack.count(), 1);
-    w.Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(w.Count(), cardsBefore);
-    if (c.card < int(cardsBefore)) {
-        EXPECT_EQ(w.Card(c.card), before);
+        ASSERT_EQ(w.stack.count(), 1);
+        w.Key(Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(w.Count(), 2u);
+        if (card < 2) {
+            EXPECT_EQ(w.Card(card), before);
+        }
+        w.Key(Qt::Key_Y, Qt::ControlModifier);
+        ASSERT_GT(int(w.Count()), card);
+        EXPECT_EQ(w.Card(card), after);
     }
-    w.Key(Qt::Key_Y, Qt::ControlModifier);
-    ASSERT_GT(int(w.Count()), c.card);
-    EXPECT_EQ(w.Card(c.card), after);
 }
-
-const DragCase dragCases[] = {
-    {"a card moves by the mouse's way in millimetres", 0, ZWEditPage::SelectTool, {200, 260}, {240, 300}, {}, 0,
-        {20, 30, 30, 40}, {u"a"_s}},
-    {"a card moved on a grid lands on a grid line", 5, ZWEditPage::SelectTool, {200, 260}, {231, 275}, {}, 0,
-        {20, 25, 30, 40}, {u"a"_s}},
-    {"the bottom right corner resizes the card", 0, ZWEditPage::SelectTool, {258, 338}, {298, 358}, {}, 0,
-        {10, 20, 40, 45}, {u"a"_s}},
-    {"the label tool draws a new label", 0, ZWEditPage::LabelTool, {500, 300}, {580, 340}, {}, 2, {100, 50, 20, 10},
-        {}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Window, WindowDragTest, ::testing::ValuesIn(dragCases),
-    [](const auto& info) { return zwtest::CaseName(info.param.name); });
 
 TEST(EditTemplateWndTest, BandSelectsTheCardsInsideAndCtrlBandTogglesThem)
 {
@@ -140,90 +123,62 @@ TEST(EditTemplateWndTest, BandSelectsTheCardsInsideAndCtrlBandTogglesThem)
         std::tuple(Geometry{20, 20, 30, 40}, Geometry{60, 20, 10, 10}, 1));
 }
 
-TEST(EditTemplateWndTest, DrawingThatIsTooSmallMakesNoCardAndNoUndoStep)
+TEST(EditTemplateWndTest, ArrowsMoveTheSelectionAndMergeIntoOneStep)
 {
-    Window w(0, ZWEditPage::LabelTool);
-    QSignalSpy created(w.wnd.get(), &ZWEditTemplateWnd::cardCreated);
-    w.Drag({500, 300}, {505, 340});
-    EXPECT_EQ(std::tuple(w.Count(), w.stack.count(), created.count()), std::tuple(size_t(2), 0, 0));
-    w.Drag({500, 300}, {540, 340});
-    ASSERT_EQ(std::tuple(w.Count(), created.count()), std::tuple(size_t(3), 1));
-    EXPECT_EQ(created.at(0).at(0).value<ZWCardControl*>(), w.wnd->Page().cards.back().get());
-}
-
-struct KeyCase
-{
-    const char* name;
-    double grid;
-    std::vector<std::pair<int, Qt::KeyboardModifiers>> keys;
-    Geometry expected;
-    // Undo steps on the stack afterwards.
-    int steps;
-};
-
-class WindowKeyTest : public ::testing::TestWithParam<KeyCase>
-{};
-
-TEST_P(WindowKeyTest, ArrowsMoveTheSelectionAndMergeIntoOneStep)
-{
-    const KeyCase& c = GetParam();
-    Window w(c.grid);
-    w.Drag({200, 260}, {200, 260}); // selects a
-    for (const auto& [key, mods] : c.keys)
-        w.Key(key, mods);
-    EXPECT_GEOMETRY(w.Card(0), c.expected);
-    EXPECT_EQ(w.stack.count(), c.steps);
-    if (c.steps > 0) {
-        w.wnd->Undo();
-        EXPECT_EQ(w.Card(0), (Geometry{10, 20, 30, 40}));
-        EXPECT_EQ(w.wnd->SelectedIds(), QStringList{u"a"_s});
+    using Keys = std::vector<std::pair<int, Qt::KeyboardModifiers>>;
+    // grid, keys, where card a ends, undo steps afterwards
+    const std::tuple<double, Keys, Geometry, int> cases[] = {
+        {0, {{Qt::Key_Right, {}}, {Qt::Key_Right, {}}, {Qt::Key_Right, {}}}, {10.75, 20, 30, 40}, 1},
+        {5, {{Qt::Key_Down, Qt::ShiftModifier}}, {10, 25, 30, 40}, 1},  // a grid step
+        {0, {{Qt::Key_Left, Qt::ShiftModifier}}, {7.5, 20, 30, 40}, 1}, // ten pixels without grid
+        {0, {{Qt::Key_Left, {}}, {Qt::Key_Right, {}}}, {10, 20, 30, 40}, 0},
+        {5, Keys(5, {Qt::Key_Up, Qt::ShiftModifier}), {10, 0, 30, 40}, 1}, // the page's top edge stops it
+        {0, {{Qt::Key_Up, {}}, {Qt::Key_Left, {}}}, {9.75, 19.75, 30, 40}, 1},
+    };
+    for (const auto& [grid, keys, expected, steps] : cases) {
+        SCOPED_TRACE(testing::Message() << "grid " << grid << ", " << keys.size() << " key(s) ending on " << expected[0]
+                                        << "," << expected[1]);
+        Window w(grid);
+        w.Drag({200, 260}, {200, 260}); // selects a
+        for (const auto& [key, mods] : keys)
+            w.Key(key, mods);
+        EXPECT_GEOMETRY(w.Card(0), expected);
+        EXPECT_EQ(w.stack.count(), steps);
+        if (steps > 0) {
+            w.wnd->Undo();
+            EXPECT_EQ(
+                std::tuple(w.Card(0), w.wnd->SelectedIds()), std::tuple(Geometry{10, 20, 30, 40}, QStringList{u"a"_s}));
+        }
     }
 }
 
-const KeyCase keyCases[] = {
-    {"right three times is three pixels in one step", 0,
-        {{Qt::Key_Right, {}}, {Qt::Key_Right, {}}, {Qt::Key_Right, {}}}, {10.75, 20, 30, 40}, 1},
-    {"shift down is one grid step", 5, {{Qt::Key_Down, Qt::ShiftModifier}}, {10, 25, 30, 40}, 1},
-    {"shift without a grid is ten pixels", 0, {{Qt::Key_Left, Qt::ShiftModifier}}, {7.5, 20, 30, 40}, 1},
-    {"left and right again leave no step", 0, {{Qt::Key_Left, {}}, {Qt::Key_Right, {}}}, {10, 20, 30, 40}, 0},
-    {"the page's top edge stops the card", 5,
-        std::vector(5, std::pair(int(Qt::Key_Up), Qt::KeyboardModifiers(Qt::ShiftModifier))), {10, 0, 30, 40}, 1},
-    {"up then left is still one step", 0, {{Qt::Key_Up, {}}, {Qt::Key_Left, {}}}, {9.75, 19.75, 30, 40}, 1},
-};
-
-INSTANTIATE_TEST_SUITE_P(Window, WindowKeyTest, ::testing::ValuesIn(keyCases),
-    [](const auto& info) { return zwtest::CaseName(info.param.name); });
-
+// Where pastes land and what each command leaves is the layout commands'
+// test; here the keys reach them and are undone in order.
 TEST(EditTemplateWndTest, ClipboardAndDeleteKeysAreUndoneInOrder)
 {
     Window w(5);
     w.Drag({200, 260}, {200, 260});
     w.Key(Qt::Key_C, Qt::ControlModifier);
     w.Key(Qt::Key_V, Qt::ControlModifier);
-    w.Key(Qt::Key_V, Qt::ControlModifier);
-    ASSERT_EQ(w.Count(), 4u);
-    // Each paste one grid step further.
-    EXPECT_EQ(std::tuple(w.Card(2), w.Card(3)), std::tuple(Geometry{15, 25, 30, 40}, Geometry{20, 30, 30, 40}));
-    EXPECT_EQ(w.wnd->SelectedIds(), QStringList{w.Id(3)});
+    ASSERT_EQ(w.Count(), 3u);
     const QString pastedId = w.Id(2);
-    EXPECT_NE(pastedId, u"a"_s);
+    EXPECT_EQ(std::tuple(w.Card(2), w.wnd->SelectedIds()), std::tuple(Geometry{15, 25, 30, 40}, QStringList{pastedId}));
     w.Key(Qt::Key_Delete);
-    EXPECT_EQ(std::tuple(w.Count(), w.wnd->SelectedIds()), std::tuple(size_t(3), QStringList()));
+    EXPECT_EQ(std::tuple(w.Count(), w.wnd->SelectedIds()), std::tuple(size_t(2), QStringList()));
     w.Drag({200, 260}, {200, 260});
     w.Key(Qt::Key_X, Qt::ControlModifier);
-    EXPECT_EQ(std::tuple(w.Count(), w.Id(0), w.stack.count()), std::tuple(size_t(2), u"b"_s, 4));
+    EXPECT_EQ(std::tuple(w.Count(), w.Id(0), w.stack.count()), std::tuple(size_t(1), u"b"_s, 3));
 
-    // Back through cut, delete and the two pastes; then forward again.
+    // Back through cut, delete and paste; then forward again.
     w.Key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(std::tuple(w.Id(0), w.wnd->SelectedIds()), std::tuple(u"a"_s, QStringList{u"a"_s}));
     w.Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(w.Count(), 4u);
-    w.Key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(w.Count(), 3u);
     w.Key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(std::tuple(w.Count(), w.stack.canUndo()), std::tuple(size_t(2), false));
     w.Key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     ASSERT_EQ(w.Count(), 3u);
-    EXPECT_EQ(std::tuple(w.Id(2), w.Card(2)), std::tuple(pastedId, Geometry{15, 25, 30, 40}));
+    EXPECT_EQ(w.Id(2), pastedId);
 }
 
 TEST(EditTemplateWndTest, OtherKeysGoOnToTheParent)
@@ -309,9 +264,6 @@ TEST(EditTemplateWndTest, WiderPageScrollsByExactlyItsOverflow)
     EXPECT_EQ(w.wnd->SelectedIds(), QStringList{u"c"_s});
     w.wnd->SetMode(0);
     EXPECT_EQ(w.wnd->horizontalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
-    double zoom = 0;
-    w.wnd->GetMode(zoom);
-    EXPECT_DOUBLE_EQ(zoom, -1.25);
 }
 
 TEST(EditTemplateWndTest, PaintsTheGridTheOutlinesAndTheDrag)
