@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -24,95 +23,68 @@ struct Fixture : zwtest::EditFixture
     {}
 };
 
-const auto byName = [](const auto& info) { return std::string(info.param.name); };
-
-struct DragCase
+TEST(EditPageTest, ADraggedCardEndsWhereExpected)
 {
-    const char* name;
-    double grid;
-    QPoint from, to;
-    Geometry expected;
-    unsigned long clickOnly;
-};
-
-class DragCardTest : public ::testing::TestWithParam<DragCase>
-{};
-
-TEST_P(DragCardTest, CardEndsWhereExpected)
-{
-    const DragCase& c = GetParam();
-    Fixture f(c.grid);
-    EXPECT_EQ(f.Drag(c.from, c.to), c.clickOnly);
-    EXPECT_GEOMETRY(zwtest::GeometryOf(*f.a), c.expected);
-    EXPECT_EQ(f.edit.GetOperation(), 0);
+    // grid, from, to, where card a ends, the button-up's "only a click"
+    const std::tuple<const char*, double, QPoint, QPoint, Geometry, unsigned long> cases[] = {
+        {"MovedByThePixelsDragged", 0, {200, 250}, {230, 260}, {17.5, 22.5, 30, 40}, 0},
+        {"MoveStopsOnePixelInsideTheRightEdge", 0, {200, 250}, {1000, 250}, {169.75, 20, 30, 40}, 0},
+        {"MoveStopsOnTheTopLeftCorner", 0, {200, 250}, {0, 0}, {0, 0, 30, 40}, 0},
+        {"MoveStopsOnePixelInsideTheBottomEdge", 0, {200, 250}, {200, 900}, {10, 59.75, 30, 40}, 0},
+        // 10 mm below 200 would touch the edge; the group is pulled back by
+        // whole 5 mm steps until its right edge is clear of it.
+        {"GridMovePulledBackFromTheRightEdge", 5, {200, 250}, {1000, 250}, {165, 20, 30, 40}, 0},
+        {"GridMoveLandsOnGridLines", 5, {200, 250}, {213, 250}, {15, 20, 30, 40}, 0},
+        {"GridMoveStopsAtTheLeftEdge", 5, {200, 250}, {0, 250}, {0, 20, 30, 40}, 0},
+        {"RightEdgeResized", 0, {259, 250}, {300, 250}, {10, 20, 40.25, 40}, 0},
+        {"RightEdgeResizeStopsAtTheLastPixel", 0, {259, 250}, {2000, 250}, {10, 20, 189.75, 40}, 0},
+        {"GridResizeSnapsTheDraggedEdge", 5, {259, 250}, {300, 250}, {10, 20, 40, 40}, 0},
+        {"GridResizeOfTheLeftEdgeKeepsTheRightEdge", 5, {141, 260}, {118, 260}, {5, 20, 35, 40}, 0},
+        {"TopLeftResizedBothWays", 0, {140, 180}, {120, 170}, {5, 17.5, 35, 42.5}, 0},
+        {"ResizeBelowTenPixelsIsRefused", 0, {141, 250}, {255, 250}, {10, 20, 30, 40}, 1},
+        {"ClickWithoutMoveChangesNothing", 0, {200, 250}, {200, 250}, {10, 20, 30, 40}, 1},
+    };
+    for (const auto& [name, grid, from, to, expected, clickOnly] : cases) {
+        SCOPED_TRACE(name);
+        Fixture f(grid);
+        EXPECT_EQ(f.Drag(from, to), clickOnly);
+        EXPECT_GEOMETRY(zwtest::GeometryOf(*f.a), expected);
+        EXPECT_EQ(f.edit.GetOperation(), 0);
+    }
 }
 
-const DragCase dragCases[] = {
-    {"MovedByThePixelsDragged", 0, {200, 250}, {230, 260}, {17.5, 22.5, 30, 40}, 0},
-    {"MoveStopsOnePixelInsideTheRightEdge", 0, {200, 250}, {1000, 250}, {169.75, 20, 30, 40}, 0},
-    {"MoveStopsOnTheTopLeftCorner", 0, {200, 250}, {0, 0}, {0, 0, 30, 40}, 0},
-    {"MoveStopsOnePixelInsideTheBottomEdge", 0, {200, 250}, {200, 900}, {10, 59.75, 30, 40}, 0},
-    // 10 mm below 200 would touch the edge; the group is pulled back by
-    // whole 5 mm steps until its right edge is clear of it.
-    {"GridMovePulledBackFromTheRightEdge", 5, {200, 250}, {1000, 250}, {165, 20, 30, 40}, 0},
-    {"GridMoveLandsOnGridLines", 5, {200, 250}, {213, 250}, {15, 20, 30, 40}, 0},
-    {"GridMoveStopsAtTheLeftEdge", 5, {200, 250}, {0, 250}, {0, 20, 30, 40}, 0},
-    {"RightEdgeResized", 0, {259, 250}, {300, 250}, {10, 20, 40.25, 40}, 0},
-    {"RightEdgeResizeStopsAtTheLastPixel", 0, {259, 250}, {2000, 250}, {10, 20, 189.75, 40}, 0},
-    {"GridResizeSnapsTheDraggedEdge", 5, {259, 250}, {300, 250}, {10, 20, 40, 40}, 0},
-    {"GridResizeOfTheLeftEdgeKeepsTheRightEdge", 5, {141, 260}, {118, 260}, {5, 20, 35, 40}, 0},
-    {"TopLeftResizedBothWays", 0, {140, 180}, {120, 170}, {5, 17.5, 35, 42.5}, 0},
-    {"ResizeBelowTenPixelsIsRefused", 0, {141, 250}, {255, 250}, {10, 20, 30, 40}, 1},
-    {"ClickWithoutMoveChangesNothing", 0, {200, 250}, {200, 250}, {10, 20, 30, 40}, 1},
-};
-
-INSTANTIATE_TEST_SUITE_P(Drag, DragCardTest, ::testing::ValuesIn(dragCases), byName);
-
-struct PressCase
+TEST(EditPageTest, PressAndFirstMoveSetTheOperation)
 {
-    const char* name;
-    int activeState;
-    bool preselectA;
-    QPoint point;
-    bool ctrl, shift;
-    int down, moved;
-};
-
-class MouseOperationTest : public ::testing::TestWithParam<PressCase>
-{};
-
-TEST_P(MouseOperationTest, PressAndFirstMoveSetTheOperation)
-{
-    const PressCase& c = GetParam();
-    Fixture f;
-    f.edit.SetActiveState(c.activeState);
-    if (c.preselectA)
-        f.Drag({200, 250}, {200, 250});
-    f.edit.ButtonDown(c.point, c.ctrl, c.shift);
-    EXPECT_EQ(f.edit.GetOperation(), c.down);
-    f.edit.MouseMove(c.point + QPoint(1, 1));
-    EXPECT_EQ(f.edit.GetOperation(), c.moved);
+    // tool, card a selected first, point, Ctrl, Shift, operation on pressing and after the first move
+    const std::tuple<const char*, int, bool, QPoint, bool, bool, int, int> cases[] = {
+        {"UnselectedCardPlain", 2, false, {200, 250}, false, false, 3, 7},
+        {"UnselectedCardCtrl", 2, false, {200, 250}, true, false, 4, 8},
+        {"UnselectedCardShift", 2, false, {200, 250}, false, true, 19, 21},
+        {"UnselectedCardCtrlBeatsShift", 2, false, {200, 250}, true, true, 4, 8},
+        {"SelectedCardPlain", 2, true, {200, 250}, false, false, 5, 9},
+        {"SelectedCardCtrl", 2, true, {200, 250}, true, false, 6, 10},
+        {"SelectedCardShift", 2, true, {200, 250}, false, true, 20, 22},
+        {"EmptyPageBand", 2, false, {600, 400}, false, false, 13, 15},
+        {"EmptyPageBandCtrl", 2, false, {600, 400}, true, false, 14, 16},
+        {"EmptyPageBandShift", 2, false, {600, 400}, false, true, 17, 18},
+        {"EmptyPageNewCard", 0, false, {600, 400}, false, false, 1, 11},
+        {"EmptyPageNewCardCtrl", 4, false, {600, 400}, true, false, 2, 12},
+        {"OutsideThePageNothing", 2, false, {50, 50}, false, false, 0, 0},
+        {"LastPageColumnIsOnThePage", 2, false, {899, 499}, false, false, 13, 15},
+        {"FirstColumnPastThePageIsOff", 0, false, {900, 300}, false, false, 0, 0},
+    };
+    for (const auto& [name, activeState, preselectA, point, ctrl, shift, down, moved] : cases) {
+        SCOPED_TRACE(name);
+        Fixture f;
+        f.edit.SetActiveState(activeState);
+        if (preselectA)
+            f.Drag({200, 250}, {200, 250});
+        f.edit.ButtonDown(point, ctrl, shift);
+        EXPECT_EQ(f.edit.GetOperation(), down);
+        f.edit.MouseMove(point + QPoint(1, 1));
+        EXPECT_EQ(f.edit.GetOperation(), moved);
+    }
 }
-
-const PressCase pressCases[] = {
-    {"UnselectedCardPlain", 2, false, {200, 250}, false, false, 3, 7},
-    {"UnselectedCardCtrl", 2, false, {200, 250}, true, false, 4, 8},
-    {"UnselectedCardShift", 2, false, {200, 250}, false, true, 19, 21},
-    {"UnselectedCardCtrlBeatsShift", 2, false, {200, 250}, true, true, 4, 8},
-    {"SelectedCardPlain", 2, true, {200, 250}, false, false, 5, 9},
-    {"SelectedCardCtrl", 2, true, {200, 250}, true, false, 6, 10},
-    {"SelectedCardShift", 2, true, {200, 250}, false, true, 20, 22},
-    {"EmptyPageBand", 2, false, {600, 400}, false, false, 13, 15},
-    {"EmptyPageBandCtrl", 2, false, {600, 400}, true, false, 14, 16},
-    {"EmptyPageBandShift", 2, false, {600, 400}, false, true, 17, 18},
-    {"EmptyPageNewCard", 0, false, {600, 400}, false, false, 1, 11},
-    {"EmptyPageNewCardCtrl", 4, false, {600, 400}, true, false, 2, 12},
-    {"OutsideThePageNothing", 2, false, {50, 50}, false, false, 0, 0},
-    {"LastPageColumnIsOnThePage", 2, false, {899, 499}, false, false, 13, 15},
-    {"FirstColumnPastThePageIsOff", 0, false, {900, 300}, false, false, 0, 0},
-};
-
-INSTANTIATE_TEST_SUITE_P(Press, MouseOperationTest, ::testing::ValuesIn(pressCases), byName);
 
 TEST(EditPageTest, ABandSelectsTheCardsWhollyInsideItAndItsModifiersAddOrToggle)
 {

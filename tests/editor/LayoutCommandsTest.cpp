@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <string>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -40,81 +39,68 @@ void ExpectCards(const std::vector<Geometry>& actual, const std::vector<Geometry
         EXPECT_GEOMETRY(actual[i], expected[i]) << "card " << i;
 }
 
-const auto byName = [](const auto& info) { return std::string(info.param.name); };
-
 enum class Command { Align, Distribute, Justify, JustifyGroup, SameWidth, SameSize };
-
-struct LayoutCase
-{
-    const char* name;
-    std::vector<Geometry> cards;
-    std::vector<int> selection;
-    Command command;
-    int mode;
-    std::vector<Geometry> expected;
-};
-
-class LayoutTest : public ::testing::TestWithParam<LayoutCase>
-{};
-
-TEST_P(LayoutTest, CardsEndWhereExpected)
-{
-    const LayoutCase& c = GetParam();
-    Fixture f(c.cards);
-    f.Select(c.selection);
-    using L = ZWLayoutCommands;
-    const std::function<void()> commands[]
-        = {[&] { L::AlignSelectedControls(f.edit, c.mode); }, [&] { L::DistributeSelectedControls(f.edit, c.mode); },
-            [&] { L::JustifySelectedControls(f.edit, c.mode, false); },
-            [&] { L::JustifySelectedControls(f.edit, c.mode, true); },
-            [&] { L::ResizeSelectedControls(f.edit, true, false); },
-            [&] { L::ResizeSelectedControls(f.edit, true, true); }};
-    commands[int(c.command)]();
-    ExpectCards(f.Cards(), c.expected);
-}
 
 const std::vector<Geometry> threeCards = {{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}};
 
-const LayoutCase layoutCases[] = {
-    {"AlignLeftOnTheLastSelected", threeCards, {0, 1, 2}, Command::Align, 1,
-        {{100, 20, 30, 40}, {100, 20, 10, 10}, {100, 50, 20, 20}}},
-    {"AlignRightEdges", threeCards, {0, 1, 2}, Command::Align, 2,
-        {{90, 20, 30, 40}, {110, 20, 10, 10}, {100, 50, 20, 20}}},
-    {"AlignTop", threeCards, {0, 1, 2}, Command::Align, 4, {{10, 50, 30, 40}, {50, 50, 10, 10}, {100, 50, 20, 20}}},
-    {"AlignBottomEdges", threeCards, {0, 1, 2}, Command::Align, 8,
-        {{10, 30, 30, 40}, {50, 60, 10, 10}, {100, 50, 20, 20}}},
-    {"AlignOnTheReferenceOnlyTouchingTheBottomEndsOnePixelInside",
-        {{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 80, 20, 20}}, {0, 1, 2}, Command::Align, 8,
-        {{10, 59.75, 30, 40}, {50, 89.75, 10, 10}, {100, 80, 20, 20}}},
-    {"AlignWithOneCardChangesNothing", {{-5, 0, 30, 40}}, {0}, Command::Align, 1, {{-5, 0, 30, 40}}},
-    {"UnknownAlignStillClampsToThePage", {{-5, 70, 30, 30}, {170, 20, 30, 10}, {0, 0, 1, 1}}, {0, 1, 2}, Command::Align,
-        3, {{0, 69.75, 30, 30}, {169.75, 20, 30, 10}, {0, 0, 1, 1}}},
-    {"DistributeAcrossEqualGapsInOrderOfX", {{10, 0, 20, 10}, {100, 0, 10, 10}, {40, 0, 30, 10}}, {0, 1, 2},
-        Command::Distribute, 0, {{10, 0, 20, 10}, {100, 0, 10, 10}, {50, 0, 30, 10}}},
-    {"DistributeDownEqualGapsInOrderOfY", {{0, 10, 10, 20}, {0, 60, 10, 5}, {0, 35, 10, 10}}, {0, 1, 2},
-        Command::Distribute, 1, {{0, 10, 10, 20}, {0, 60, 10, 5}, {0, 40, 10, 10}}},
-    {"DistributeTwoCardsLeavesThem", {{10, 0, 20, 10}, {100, 0, 10, 10}}, {1, 0}, Command::Distribute, 0,
-        {{10, 0, 20, 10}, {100, 0, 10, 10}}},
-    {"DistributeOneCardMovesNothing", {{10, 0, 20, 10}}, {0}, Command::Distribute, 0, {{10, 0, 20, 10}}},
-    {"DistributeEqualXKeepsSelectionOrder", {{10, 0, 20, 10}, {10, 0, 40, 10}, {100, 0, 10, 10}}, {1, 0, 2},
-        Command::Distribute, 0, {{65, 0, 20, 10}, {10, 0, 40, 10}, {100, 0, 10, 10}}},
-    {"CentreEachAcross", threeCards, {0, 1}, Command::Justify, 0,
-        {{85, 20, 30, 40}, {95, 20, 10, 10}, {100, 50, 20, 20}}},
-    {"CentreEachDown", threeCards, {0}, Command::Justify, 1, {{10, 30, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}}},
-    {"CentreGroupAcrossKeepsDistances", threeCards, {0, 1}, Command::JustifyGroup, 0,
-        {{75, 20, 30, 40}, {115, 20, 10, 10}, {100, 50, 20, 20}}},
-    {"CentreGroupDownKeepsDistances", threeCards, {0, 1}, Command::JustifyGroup, 1,
-        {{10, 30, 30, 40}, {50, 30, 10, 10}, {100, 50, 20, 20}}},
-    {"CentreWithUnknownModeDoesNothing", threeCards, {0, 1}, Command::Justify, 2, threeCards},
-    {"SameWidthOnly", {{10, 20, 30, 40}, {100, 10, 20, 80}}, {0, 1}, Command::SameWidth, 0,
-        {{10, 20, 20, 40}, {100, 10, 20, 80}}},
-    // Reaching the bottom edge exactly is allowed here; crossing the right
-    // one pulls the card back one pixel inside.
-    {"SameSizeKeepsCardsOnThePage", {{10, 20, 30, 40}, {190, 20, 5, 5}, {100, 10, 20, 80}}, {0, 1, 2},
-        Command::SameSize, 0, {{10, 20, 20, 80}, {179.75, 20, 20, 80}, {100, 10, 20, 80}}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Layout, LayoutTest, ::testing::ValuesIn(layoutCases), byName);
+TEST(LayoutCommandsTest, CardsEndWhereEachCommandPutsThem)
+{
+    // cards, selection order, command, mode, cards afterwards
+    const std::tuple<const char*, std::vector<Geometry>, std::vector<int>, Command, int, std::vector<Geometry>> cases[]
+        = {
+            {"AlignLeftOnTheLastSelected", threeCards, {0, 1, 2}, Command::Align, 1,
+                {{100, 20, 30, 40}, {100, 20, 10, 10}, {100, 50, 20, 20}}},
+            {"AlignRightEdges", threeCards, {0, 1, 2}, Command::Align, 2,
+                {{90, 20, 30, 40}, {110, 20, 10, 10}, {100, 50, 20, 20}}},
+            {"AlignTop", threeCards, {0, 1, 2}, Command::Align, 4,
+                {{10, 50, 30, 40}, {50, 50, 10, 10}, {100, 50, 20, 20}}},
+            {"AlignBottomEdges", threeCards, {0, 1, 2}, Command::Align, 8,
+                {{10, 30, 30, 40}, {50, 60, 10, 10}, {100, 50, 20, 20}}},
+            {"AlignOnTheReferenceOnlyTouchingTheBottomEndsOnePixelInside",
+                {{10, 20, 30, 40}, {50, 20, 10, 10}, {100, 80, 20, 20}}, {0, 1, 2}, Command::Align, 8,
+                {{10, 59.75, 30, 40}, {50, 89.75, 10, 10}, {100, 80, 20, 20}}},
+            {"AlignWithOneCardChangesNothing", {{-5, 0, 30, 40}}, {0}, Command::Align, 1, {{-5, 0, 30, 40}}},
+            {"UnknownAlignStillClampsToThePage", {{-5, 70, 30, 30}, {170, 20, 30, 10}, {0, 0, 1, 1}}, {0, 1, 2},
+                Command::Align, 3, {{0, 69.75, 30, 30}, {169.75, 20, 30, 10}, {0, 0, 1, 1}}},
+            {"DistributeAcrossEqualGapsInOrderOfX", {{10, 0, 20, 10}, {100, 0, 10, 10}, {40, 0, 30, 10}}, {0, 1, 2},
+                Command::Distribute, 0, {{10, 0, 20, 10}, {100, 0, 10, 10}, {50, 0, 30, 10}}},
+            {"DistributeDownEqualGapsInOrderOfY", {{0, 10, 10, 20}, {0, 60, 10, 5}, {0, 35, 10, 10}}, {0, 1, 2},
+                Command::Distribute, 1, {{0, 10, 10, 20}, {0, 60, 10, 5}, {0, 40, 10, 10}}},
+            {"DistributeTwoCardsLeavesThem", {{10, 0, 20, 10}, {100, 0, 10, 10}}, {1, 0}, Command::Distribute, 0,
+                {{10, 0, 20, 10}, {100, 0, 10, 10}}},
+            {"DistributeEqualXKeepsSelectionOrder", {{10, 0, 20, 10}, {10, 0, 40, 10}, {100, 0, 10, 10}}, {1, 0, 2},
+                Command::Distribute, 0, {{65, 0, 20, 10}, {10, 0, 40, 10}, {100, 0, 10, 10}}},
+            {"CentreEachAcross", threeCards, {0, 1}, Command::Justify, 0,
+                {{85, 20, 30, 40}, {95, 20, 10, 10}, {100, 50, 20, 20}}},
+            {"CentreEachDown", threeCards, {0}, Command::Justify, 1,
+                {{10, 30, 30, 40}, {50, 20, 10, 10}, {100, 50, 20, 20}}},
+            {"CentreGroupAcrossKeepsDistances", threeCards, {0, 1}, Command::JustifyGroup, 0,
+                {{75, 20, 30, 40}, {115, 20, 10, 10}, {100, 50, 20, 20}}},
+            {"CentreGroupDownKeepsDistances", threeCards, {0, 1}, Command::JustifyGroup, 1,
+                {{10, 30, 30, 40}, {50, 30, 10, 10}, {100, 50, 20, 20}}},
+            {"CentreWithUnknownModeDoesNothing", threeCards, {0, 1}, Command::Justify, 2, threeCards},
+            {"SameWidthOnly", {{10, 20, 30, 40}, {100, 10, 20, 80}}, {0, 1}, Command::SameWidth, 0,
+                {{10, 20, 20, 40}, {100, 10, 20, 80}}},
+            // Reaching the bottom edge exactly is allowed here; crossing the right
+            // one pulls the card back one pixel inside.
+            {"SameSizeKeepsCardsOnThePage", {{10, 20, 30, 40}, {190, 20, 5, 5}, {100, 10, 20, 80}}, {0, 1, 2},
+                Command::SameSize, 0, {{10, 20, 20, 80}, {179.75, 20, 20, 80}, {100, 10, 20, 80}}},
+        };
+    using L = ZWLayoutCommands;
+    for (const auto& [name, cards, selection, command, mode, expected] : cases) {
+        SCOPED_TRACE(name);
+        Fixture f(cards);
+        f.Select(selection);
+        const std::function<void()> commands[]
+            = {[&] { L::AlignSelectedControls(f.edit, mode); }, [&] { L::DistributeSelectedControls(f.edit, mode); },
+                [&] { L::JustifySelectedControls(f.edit, mode, false); },
+                [&] { L::JustifySelectedControls(f.edit, mode, true); },
+                [&] { L::ResizeSelectedControls(f.edit, true, false); },
+                [&] { L::ResizeSelectedControls(f.edit, true, true); }};
+        commands[int(command)]();
+        ExpectCards(f.Cards(), expected);
+    }
+}
 
 TEST(LayoutCommandsTest, EachPasteLandsOneOffsetFurtherAndIsSelected)
 {

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace {
 
 using zwtest::Geometry;
@@ -31,52 +29,40 @@ struct Page
     }
 };
 
-struct MappingCase
+TEST(PageMappingTest, CardsOccupyTheirPixelsAtEachZoomAndScrollPosition)
 {
-    const char* name;
-    double ppm, pageW, pageH;
-    int clientW, clientH;
-    double zoom;
-    int scrollX, scrollY;
-    Geometry card;
-    ZWRect expected;
-};
-
-class CardRectTest : public ::testing::TestWithParam<MappingCase>
-{};
-
-TEST_P(CardRectTest, CardOccupiesExpectedPixels)
-{
-    const MappingCase& c = GetParam();
-    Page page(c.pageW, c.pageH);
-    page.mapping.SetDevice(c.ppm, c.ppm);
-    page.mapping.SetClientSize(c.clientW, c.clientH);
-    page.mapping.SetScrollPosition(c.scrollX, c.scrollY);
-    page.mapping.SetMode(c.zoom);
-    ZWPageMapping::Dimensions d;
-    ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
-    const ZWRect r = page.mapping.CardRect(*zwtest::MakeCard({}, c.card, {}), d);
-    EXPECT_EQ(r, c.expected);
-    // Back to millimetres: the left edge within one pixel.
-    EXPECT_NEAR(page.mapping.PixelToMmX(r.left, d), c.card[0], c.pageW / d.pageWidthPx);
+    // pixels per mm, page, window, zoom, scroll position, card, its pixels
+    const std::tuple<const char*, double, QSizeF, QSize, double, QPoint, Geometry, ZWRect> cases[] = {
+        {"centred at full size", 4, {200, 100}, {1000, 600}, 1.0, {0, 0}, {10, 20, 30, 40}, {140, 180, 260, 340}},
+        {"centred at half size", 4, {200, 100}, {1000, 600}, 0.5, {0, 0}, {10, 20, 30, 40}, {320, 240, 380, 320}},
+        {"scrolled when ten times larger than the window", 4, {200, 100}, {1000, 600}, 10.0, {500, 300},
+            {10, 20, 30, 40}, {-100, 500, 1100, 2100}},
+        {"the scroll position is ignored while the page fits", 4, {200, 100}, {1000, 600}, 1.0, {500, 300},
+            {10, 20, 30, 40}, {140, 180, 260, 340}},
+        {"fit mode uses the absolute factor", 4, {200, 100}, {1000, 600}, -1.25, {0, 0}, {10, 20, 30, 40},
+            {50, 150, 200, 350}},
+        // 96 dpi: the right edge is rounded from the unrounded left edge (9),
+        // not from the rounded one (10).
+        {"the right edge is rounded from the exact left edge", 3.7795, {210, 297}, {800, 600}, 1.0, {0, 0},
+            {0.1, 0, 1.5, 1}, {4, 0, 9, 4}},
+        {"a tall page starts at the top scroll position", 3.7795, {210, 297}, {800, 600}, 1.0, {0, 40}, {0, 0, 10, 10},
+            {3, -40, 41, -2}},
+    };
+    for (const auto& [name, ppm, size, client, zoom, scroll, card, expected] : cases) {
+        SCOPED_TRACE(name);
+        Page page(size.width(), size.height());
+        page.mapping.SetDevice(ppm, ppm);
+        page.mapping.SetClientSize(client.width(), client.height());
+        page.mapping.SetScrollPosition(scroll.x(), scroll.y());
+        page.mapping.SetMode(zoom);
+        ZWPageMapping::Dimensions d;
+        ASSERT_TRUE(page.mapping.GetTemplateDimensions(d));
+        const ZWRect r = page.mapping.CardRect(*zwtest::MakeCard({}, card, {}), d);
+        EXPECT_EQ(r, expected);
+        // Back to millimetres: the left edge within one pixel.
+        EXPECT_NEAR(page.mapping.PixelToMmX(r.left, d), card[0], size.width() / d.pageWidthPx);
+    }
 }
-
-const MappingCase mappingCases[] = {
-    {"CentredAtFullSize", 4, 200, 100, 1000, 600, 1.0, 0, 0, {10, 20, 30, 40}, {140, 180, 260, 340}},
-    {"CentredAtHalfSize", 4, 200, 100, 1000, 600, 0.5, 0, 0, {10, 20, 30, 40}, {320, 240, 380, 320}},
-    {"ScrolledWhenTenTimesLargerThanTheWindow", 4, 200, 100, 1000, 600, 10.0, 500, 300, {10, 20, 30, 40},
-        {-100, 500, 1100, 2100}},
-    {"ScrollPositionIgnoredWhileThePageFits", 4, 200, 100, 1000, 600, 1.0, 500, 300, {10, 20, 30, 40},
-        {140, 180, 260, 340}},
-    {"FitModeUsesTheAbsoluteFactor", 4, 200, 100, 1000, 600, -1.25, 0, 0, {10, 20, 30, 40}, {50, 150, 200, 350}},
-    // 96 dpi: the right edge is rounded from the unrounded left edge (9), not
-    // from the rounded one (10).
-    {"RightEdgeRoundedFromTheExactLeftEdge", 3.7795, 210, 297, 800, 600, 1.0, 0, 0, {0.1, 0, 1.5, 1}, {4, 0, 9, 4}},
-    {"TallPageStartsAtTheTopScrollPosition", 3.7795, 210, 297, 800, 600, 1.0, 0, 40, {0, 0, 10, 10}, {3, -40, 41, -2}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Mapping, CardRectTest, ::testing::ValuesIn(mappingCases),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(PageMappingTest, FitModeKeepsTheSmallerFactorStoresItNegativeAndFollowsTurns)
 {

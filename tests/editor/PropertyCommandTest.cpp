@@ -46,7 +46,7 @@ struct Fixture
     }
 };
 
-TEST(PropertyCommand, UndoAndRedoGiveBackTheExactFieldsInTheSameCards)
+TEST(PropertyCommand, UndoAndRedoGiveBackTheExactFieldsInTheSameCardsAndTheAlternativesOfConditionedOnes)
 {
     Fixture f;
     const QByteArray original = f.Xml();
@@ -63,6 +63,18 @@ TEST(PropertyCommand, UndoAndRedoGiveBackTheExactFieldsInTheSameCards)
     EXPECT_EQ(f.page.cards[2]->layer, 1);
     f.stack.redo();
     EXPECT_EQ(std::tuple(f.Xml(), f.Label(2).size, f.page.cards[2]->layer), std::tuple(edited, 14.5, 0));
+
+    f.Edit({3}, -1, [](ZWCardControl& card) {
+        auto alternative = ZWCardControl::CreateFromElement(u"label"_s);
+        static_cast<ZWCardLabel&>(*alternative).value = u"Alarm"_s;
+        static_cast<ZWCardConditioned&>(card).AddCondition(u"[a.b] > 3"_s, std::move(alternative));
+    });
+    f.stack.undo();
+    EXPECT_EQ(f.Xml(), edited);
+    f.stack.redo();
+    const auto& conditioned = static_cast<ZWCardConditioned&>(*f.page.cards[3]);
+    ASSERT_EQ(std::tuple(conditioned.conditions.size(), conditioned.controls.size()), std::tuple(1u, 1u));
+    EXPECT_EQ(static_cast<ZWCardLabel&>(*conditioned.controls[0]).value, u"Alarm"_s);
 }
 
 // Typing a field to the end is one step: the panel's test.
@@ -85,26 +97,7 @@ TEST(PropertyCommand, OtherFieldsAndCardsAreOtherStepsAndTypingBackToTheStartIsN
     EXPECT_FALSE(f.Edit({0}, 7, [](ZWCardControl&) {})) << "an edit that changes nothing is not pushed";
 }
 
-TEST(PropertyCommand, ConditionedCardsGetBackTheirConditionsAndAlternatives)
-{
-    Fixture f;
-    const QByteArray original = f.Xml();
-    f.Edit({3}, -1, [](ZWCardControl& card) {
-        auto& conditioned = static_cast<ZWCardConditioned&>(card);
-        auto alternative = ZWCardControl::CreateFromElement(u"label"_s);
-        static_cast<ZWCardLabel&>(*alternative).value = u"Alarm"_s;
-        conditioned.AddCondition(u"[a.b] > 3"_s, std::move(alternative));
-    });
-    EXPECT_EQ(static_cast<ZWCardConditioned&>(*f.page.cards[3]).conditions.size(), 1u);
-    f.stack.undo();
-    EXPECT_EQ(f.Xml(), original);
-    f.stack.redo();
-    const auto& conditioned = static_cast<ZWCardConditioned&>(*f.page.cards[3]);
-    ASSERT_EQ(conditioned.controls.size(), 1u);
-    EXPECT_EQ(static_cast<ZWCardLabel&>(*conditioned.controls[0]).value, u"Alarm"_s);
-}
-
-TEST(PropertyCommand, PageEditsUndoTheSizeGridAndOutColour)
+TEST(PropertyCommand, PageEditsUndoTheSizeGridAndOutColourAndCardsAreAssignedOnlyFromTheirKind)
 {
     Fixture f;
     auto command = std::make_unique<ZWPropertyCommand>(f.page, u"page"_s, 3);
@@ -119,11 +112,8 @@ TEST(PropertyCommand, PageEditsUndoTheSizeGridAndOutColour)
     EXPECT_EQ(std::tuple(p.width, p.xgrid, p.outColor), std::tuple(210.0, -3.0, outBefore));
     f.stack.redo();
     EXPECT_EQ(std::tuple(p.width, p.outColor), std::tuple(420.0, 0x123456u));
-}
 
-TEST(PropertyCommand, AssigningACardOfAnotherKindChangesNothing)
-{
-    Fixture f;
+    // A card is assigned only from one of its own kind.
     EXPECT_FALSE(ZWPropertyCommand::Assign(*f.page.cards[0], *f.page.cards[1]));
     EXPECT_EQ(f.Label(0).value, u"Title"_s);
     EXPECT_TRUE(ZWPropertyCommand::Assign(*f.page.cards[0], *f.page.cards[2]));

@@ -6,57 +6,43 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace {
 
 using Cursor = ZWHandleZones::Cursor;
 
-struct ZoneCase
-{
-    const char* name;
-    QPoint point;
-    int style;
-};
-
-class HandleZoneTest : public ::testing::TestWithParam<ZoneCase>
-{};
-
 // The card spans x 100..199 and y 100..159 (right and bottom excluded).
-TEST_P(HandleZoneTest, PointFallsInItsZone)
+TEST(HandleZonesTest, EachPointFallsInItsZone)
 {
+    const std::tuple<const char*, QPoint, int> cases[] = {
+        {"TopLeftCorner", {100, 100}, 9},
+        {"TopLeftArmEndsAtTenPixels", {109, 102}, 9},
+        {"PastTheTopLeftArmIsTheTopEdge", {110, 100}, 8},
+        {"TopLeftDownArmEndsAtSixPixels", {102, 105}, 9},
+        {"BelowTheTopLeftDownArmIsTheLeftEdge", {102, 106}, 1},
+        {"BottomLeftCorner", {100, 159}, 5},
+        {"BottomLeftArm", {109, 157}, 5},
+        {"BottomLeftUpArm", {102, 154}, 5},
+        {"AboveTheBottomLeftUpArmIsTheLeftEdge", {102, 153}, 1},
+        {"TopRightCorner", {199, 100}, 10},
+        {"TopRightArm", {190, 102}, 10},
+        {"LeftOfTheTopRightArmIsTheTopEdge", {189, 100}, 8},
+        {"TopRightDownArm", {197, 105}, 10},
+        {"BelowTheTopRightDownArmIsTheRightEdge", {197, 106}, 2},
+        {"BottomRightCorner", {199, 159}, 6},
+        {"BottomEdge", {150, 157}, 4},
+        {"JustAboveTheBottomEdgeMoves", {150, 156}, 15},
+        {"JustBelowTheTopEdgeMoves", {150, 103}, 15},
+        {"JustRightOfTheLeftEdgeMoves", {103, 130}, 15},
+        {"JustLeftOfTheRightEdgeMoves", {196, 130}, 15},
+        {"RightEdge", {197, 130}, 2},
+    };
     ZWCardControl card;
     const ZWRect rect{100, 100, 200, 160};
-    EXPECT_EQ(ZWHandleZones::GetDraggingStyle(&card, GetParam().point, rect), GetParam().style);
-    EXPECT_EQ(ZWHandleZones::GetDraggingStyle(nullptr, GetParam().point, rect), 0) << "no card has no zone";
+    for (const auto& [name, point, style] : cases) {
+        EXPECT_EQ(ZWHandleZones::GetDraggingStyle(&card, point, rect), style) << name;
+        EXPECT_EQ(ZWHandleZones::GetDraggingStyle(nullptr, point, rect), 0) << name << ": no card has no zone";
+    }
 }
-
-const ZoneCase zoneCases[] = {
-    {"TopLeftCorner", {100, 100}, 9},
-    {"TopLeftArmEndsAtTenPixels", {109, 102}, 9},
-    {"PastTheTopLeftArmIsTheTopEdge", {110, 100}, 8},
-    {"TopLeftDownArmEndsAtSixPixels", {102, 105}, 9},
-    {"BelowTheTopLeftDownArmIsTheLeftEdge", {102, 106}, 1},
-    {"BottomLeftCorner", {100, 159}, 5},
-    {"BottomLeftArm", {109, 157}, 5},
-    {"BottomLeftUpArm", {102, 154}, 5},
-    {"AboveTheBottomLeftUpArmIsTheLeftEdge", {102, 153}, 1},
-    {"TopRightCorner", {199, 100}, 10},
-    {"TopRightArm", {190, 102}, 10},
-    {"LeftOfTheTopRightArmIsTheTopEdge", {189, 100}, 8},
-    {"TopRightDownArm", {197, 105}, 10},
-    {"BelowTheTopRightDownArmIsTheRightEdge", {197, 106}, 2},
-    {"BottomRightCorner", {199, 159}, 6},
-    {"BottomEdge", {150, 157}, 4},
-    {"JustAboveTheBottomEdgeMoves", {150, 156}, 15},
-    {"JustBelowTheTopEdgeMoves", {150, 103}, 15},
-    {"JustRightOfTheLeftEdgeMoves", {103, 130}, 15},
-    {"JustLeftOfTheRightEdgeMoves", {196, 130}, 15},
-    {"RightEdge", {197, 130}, 2},
-};
-
-INSTANTIATE_TEST_SUITE_P(Zones, HandleZoneTest, ::testing::ValuesIn(zoneCases),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(HandleZonesTest, EachZoneHasItsCursorsAndFixedCorner)
 {

@@ -1,6 +1,5 @@
-// The editor's frame with real pages: loading, the save question, pages,
-// zoom steps, the support mask, saving through the report folder and the
-// recovery of an unsaved state.
+// The editor's frame with real pages: loading, the save question, pages, zoom,
+// the support mask, saving through the report folder and crash recovery.
 #include "editor/ZWRecovery.h"
 #include "editor/widgets/CDlgEditor.h"
 #include "editor/widgets/ZWEditTemplateWnd.h"
@@ -94,8 +93,9 @@ TEST_F(EditorFrame, AReportWithoutAnIdentityIsModifiedAtOnceAndClosingAsks)
     EXPECT_EQ(std::tuple(frame.PageCount(), frame.IsModified()), std::tuple(1, true));
 }
 
-TEST_F(EditorFrame, TheOnlyPageIsKeptAndNewPagesBecomeCurrent)
+TEST_F(EditorFrame, PagesZoomStepsAndTheSupportMaskOfANewReport)
 {
+    SCOPED_TRACE("the only page is kept; new pages become current");
     EXPECT_FALSE(frame.OnDeletePage());
     EXPECT_EQ(std::tuple(frame.messages.size(), frame.Action(32514)->isEnabled()), std::tuple(1, false));
     frame.OnNewPage();
@@ -104,10 +104,8 @@ TEST_F(EditorFrame, TheOnlyPageIsKeptAndNewPagesBecomeCurrent)
         std::tuple(2, 1, u"Page 2"_s, true));
     EXPECT_TRUE(frame.OnDeletePage());
     EXPECT_EQ(std::tuple(frame.PageCount(), frame.CurrentIndex()), std::tuple(1, 0));
-}
 
-TEST_F(EditorFrame, ZoomStepsStopAtTheLimitsAndLeaveFitMode)
-{
+    SCOPED_TRACE("zoom steps stop at the limits and leave fit mode");
     EXPECT_LT(Factor(), 0.0) << "a page starts fitted";
     frame.OnZoomSelector(20);
     EXPECT_EQ(Factor(), 10.0);
@@ -121,10 +119,8 @@ TEST_F(EditorFrame, ZoomStepsStopAtTheLimitsAndLeaveFitMode)
     frame.OnZoomIn();
     EXPECT_GT(Factor(), fitted);
     EXPECT_LE(Factor(), fitted + 0.5);
-}
 
-TEST_F(EditorFrame, TheConditionedCardAloneCannotBeMade)
-{
+    SCOPED_TRACE("the conditioned card alone cannot be made");
     frame.SetSupportMask(16);
     EXPECT_FALSE(frame.Action(32489)->isEnabled());
     EXPECT_EQ(frame.CurrentPage()->GetSupportMask() & 16, 0);
