@@ -89,9 +89,9 @@ TEST(SelectionTest, AResizeStepMovesTheFreeEdgesAndNormalises)
     }
 }
 
-TEST(SelectionTest, TargetEdgeIsTheOneAwayFromTheAnchor)
+TEST(SelectionTest, TargetEdgeIsTheOneAwayFromTheAnchorAndTheGlobalRectSkipsEmptyRectanglesAndPrefersTheBand)
 {
-    ZWCardControl a, b;
+    ZWCardControl a, b, c;
     ZWSelection selection;
     EXPECT_EQ(selection.GetTargetX(), 0);
     selection.AddSelection({100, 100, 200, 160}, {200, 160}, &a); // top-left handle
@@ -99,12 +99,8 @@ TEST(SelectionTest, TargetEdgeIsTheOneAwayFromTheAnchor)
     EXPECT_EQ(std::tuple(selection.GetTargetX(), selection.GetTargetY()), std::tuple(100, 50));
     selection.GetAnclePoint(0) = QPoint(100, 100); // bottom-right handle
     EXPECT_EQ(std::tuple(selection.GetTargetX(), selection.GetTargetY()), std::tuple(350, 160));
-}
 
-TEST(SelectionTest, GlobalRectSkipsEmptyRectanglesAndPrefersTheBand)
-{
-    ZWCardControl a, b, c;
-    ZWSelection selection;
+    selection.Clear();
     selection.AddSelection({}, {}, &a);
     selection.AddSelection({100, 100, 200, 160}, {}, &b);
     selection.AddSelection({50, 120, 150, 300}, {}, &c);

@@ -37,8 +37,9 @@ TEST(Conditioned, LayerFollowsTheCurrentAlternative)
     }
 }
 
-TEST(Conditioned, DeleteCondition)
+TEST(Conditioned, DeletingAnAlternativeMovesTheLevelOntoTheOneThatTakesItsPlace)
 {
+    // alternatives, level, deleted, result, level after, ids after
     const std::tuple<int, int, int, bool, int, const char*> cases[]
         = {{3, 2, 2, true, 1, "alt0,alt1"},                           // the last of three: level on the new last
             {3, 0, 0, true, 0, "alt1,alt2"},                          // the first: the former second is current

@@ -16,10 +16,10 @@ class FormatTest : public ::testing::Test
 {
 protected:
     void SetUp() override { ASSERT_TRUE(ZWSetLocaleOverride(u"C"_s)); }
-    void TearDown() override { ZWSetLocaleOverride(u"C"_s); }
+    void TearDown() override { ZWSetLocaleOverride(u"C"_s); } // for the files after this one
 };
 
-TEST_F(FormatTest, FormatNumberRoundsTiesAwayFromZero)
+TEST_F(FormatTest, NumbersRoundTiesAwayFromZeroAndIntegersAreZeroFilled)
 {
     const std::tuple<double, int, bool, const char*> cases[]
         = {{2.5, 0, false, "3"}, {-2.5, 0, false, "-3"}, {0.125, 2, false, "0.13"}, {-0.125, 2, false, "-0.13"},
@@ -33,14 +33,11 @@ TEST_F(FormatTest, FormatNumberRoundsTiesAwayFromZero)
         FormatNumber(out, value, places, grouping);
         EXPECT_EQ(out, QString::fromLatin1(expected)) << value << " places " << places;
     }
-}
-
-TEST_F(FormatTest, FormatIntegerZeroFillsAndNeverShortens)
-{
-    const std::tuple<qint64, int, const char*> cases[]
+    // Integers are zero-filled to their width and never shortened.
+    const std::tuple<qint64, int, const char*> integers[]
         = {{5, 2, "05"}, {5, 1, "5"}, {2024, 2, "2024"}, {2024, 4, "2024"}, {7, 0, "7"}, {-7, 3, "-07"}, {0, 3, "000"},
             {std::numeric_limits<qint64>::min(), 1, "-9223372036854775808"}};
-    for (const auto& [value, width, expected] : cases) {
+    for (const auto& [value, width, expected] : integers) {
         QString out;
         FormatInteger(out, value, width);
         EXPECT_EQ(out, QString::fromLatin1(expected)) << value << " width " << width;

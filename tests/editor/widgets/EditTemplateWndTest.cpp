@@ -181,7 +181,7 @@ TEST(EditTemplateWndTest, ClipboardAndDeleteKeysAreUndoneInOrder)
     EXPECT_EQ(w.Id(2), pastedId);
 }
 
-TEST(EditTemplateWndTest, OtherKeysGoOnToTheParent)
+TEST(EditTemplateWndTest, OtherKeysGoOnToTheParentAndALostCaptureDropsTheDrag)
 {
     Window w;
     QKeyEvent tab(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, u"a"_s);
@@ -190,11 +190,8 @@ TEST(EditTemplateWndTest, OtherKeysGoOnToTheParent)
     QKeyEvent del(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier);
     QApplication::sendEvent(w.wnd.get(), &del);
     EXPECT_TRUE(del.isAccepted());
-}
 
-TEST(EditTemplateWndTest, LostCaptureInADragLeavesTheCardsAndDropsTheSelection)
-{
-    Window w;
+    // A capture lost in a drag leaves the cards and drops the selection.
     QTest::mousePress(w.Area(), Qt::LeftButton, {}, {200, 260});
     QTest::mouseMove(w.Area(), {300, 300});
     w.wnd->OnCaptureChanged();
