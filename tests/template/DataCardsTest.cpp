@@ -339,7 +339,7 @@ TEST_F(DataCards, ComparisonsAreLighterAndGapsBreakLines)
     EXPECT_EQ(BluePixels(alone, 0, int(middle) - 6) + BluePixels(alone, int(middle) + 6, alone.width() - 1), 0);
 }
 
-TEST_F(DataCards, PdfTextShowsFormattedTicksThinnedLabelsAndCutRows)
+TEST_F(DataCards, PdfTextShowsFormattedTicksThinnedLabelsCutRowsAndWithoutValuesSamples)
 {
     // Ticks in the card's format with thousands grouped.
     ZWCardChart chart = Chart(ZWCardChart::Type::Bar);
@@ -392,27 +392,23 @@ TEST_F(DataCards, PdfTextShowsFormattedTicksThinnedLabelsAndCutRows)
     const QString errorText = PdfText(table);
     EXPECT_TRUE(errorText.contains(u"The data cannot be read"_s));
     EXPECT_FALSE(errorText.contains(u"Energy"_s));
-}
 
-TEST_F(DataCards, WithoutValuesTheCardsShowSamples)
-{
-    ZWCardChart chart = Chart(ZWCardChart::Type::Bar);
-    chart.labelFormat = u"dd/MM"_s;
-    const QString text = PdfText(chart);
-    // Twelve days from a fixed date, by the card's pattern.
-    EXPECT_TRUE(text.contains(u"01/01"_s)) << text.toStdString();
-    EXPECT_GT(zwtest::CountColour(Picture(chart), Blue), 200);
-
-    ZWCardTable table;
-    zwtest::Place(table, 5.0, 5.0, 80.0, 60.0);
-    std::tie(table.unit, table.labelFormat) = std::tuple(u"month"_s, u"MM/yyyy"_s);
-    table.columns = {{u"Cost"_s, u"1"_s, u"03.03"_s, false, QString(), QString()}};
-    const QString sample = PdfText(table);
+    // Without values the cards show samples: twelve days from a fixed date,
+    // by the card's pattern, and seven months.
+    ZWCardChart sampleChart = Chart(ZWCardChart::Type::Bar);
+    sampleChart.labelFormat = u"dd/MM"_s;
+    EXPECT_TRUE(PdfText(sampleChart).contains(u"01/01"_s));
+    EXPECT_GT(zwtest::CountColour(Picture(sampleChart), Blue), 200);
+    ZWCardTable sampleTable;
+    zwtest::Place(sampleTable, 5.0, 5.0, 80.0, 60.0);
+    std::tie(sampleTable.unit, sampleTable.labelFormat) = std::tuple(u"month"_s, u"MM/yyyy"_s);
+    sampleTable.columns = {{u"Cost"_s, u"1"_s, u"03.03"_s, false, QString(), QString()}};
+    const QString sample = PdfText(sampleTable);
     EXPECT_TRUE(sample.contains(u"07/2024"_s)) << sample.toStdString();
     EXPECT_FALSE(sample.contains(u"08/2024"_s));
     EXPECT_TRUE(sample.contains(QRegularExpression(u"\\b\\d{3}\\.000\\b"_s)) && sample.contains(u"Total"_s))
         << sample.toStdString();
-    EXPECT_EQ(table.DrawnRows(), 7);
+    EXPECT_EQ(sampleTable.DrawnRows(), 7);
 }
 
 } // namespace

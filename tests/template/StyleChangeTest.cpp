@@ -20,7 +20,7 @@ ZWTextStyle Style(const QString& name, double size = 10.0)
     return style;
 }
 
-TEST(StyleChange, VerdictsFollowTheNameSizeAndExistingFiles)
+TEST(StyleChange, VerdictsFollowTheNameSizeAndExistingFilesAndACommitMovesOrReplacesTheFile)
 {
     zwtest::TempDataDir data;
     ASSERT_TRUE(Style(u"Taken"_s).SaveByName());
@@ -54,24 +54,17 @@ TEST(StyleChange, VerdictsFollowTheNameSizeAndExistingFiles)
         EXPECT_EQ(judged, verdict);
         EXPECT_EQ(ZWStyleChange::MessageId(judged), message);
     }
-}
 
-TEST(StyleChange, ARenamedStyleMovesItsFileAndAReplacedOneIsOverwritten)
-{
-    zwtest::TempDataDir data;
-    ASSERT_TRUE(Style(u"Old"_s).SaveByName());
-    ASSERT_TRUE(Style(u"Other"_s, 20.0).SaveByName());
-
-    ASSERT_TRUE(ZWStyleChange(Style(u"Old"_s), true).Commit(Style(u"Renamed"_s, 14.0)));
-    EXPECT_FALSE(QFileInfo::exists(ZWTextStyle::PathFor(u"Old"_s)));
+    // A renamed style moves its file; renaming onto another (after the user
+    // said yes) replaces it.
+    ASSERT_TRUE(ZWStyleChange(Style(u"Mine"_s), true).Commit(Style(u"Renamed"_s, 14.0)));
+    EXPECT_FALSE(QFileInfo::exists(ZWTextStyle::PathFor(u"Mine"_s)));
     ZWTextStyle read;
     ASSERT_TRUE(read.Load(ZWTextStyle::PathFor(u"Renamed"_s)));
     EXPECT_EQ(std::tuple(read.name, read.size), std::tuple(u"Renamed"_s, 14.0));
-
-    // Renaming onto an existing style (after the user said yes) replaces it.
-    ASSERT_TRUE(ZWStyleChange(Style(u"Renamed"_s), true).Commit(Style(u"Other"_s, 9.0)));
-    EXPECT_EQ(ZWTextStyle::List(), QStringList{u"Other"_s});
-    ASSERT_TRUE(read.Load(ZWTextStyle::PathFor(u"Other"_s)));
+    ASSERT_TRUE(ZWStyleChange(Style(u"Renamed"_s), true).Commit(Style(u"Taken"_s, 9.0)));
+    EXPECT_EQ(ZWTextStyle::List(), QStringList{u"Taken"_s});
+    ASSERT_TRUE(read.Load(ZWTextStyle::PathFor(u"Taken"_s)));
     EXPECT_EQ(read.size, 9.0);
 }
 

@@ -170,7 +170,7 @@ TEST(TemplateRoundTrip, ImageEmbedsItsBytesUnlessItHasAFileWhoseNameIsKeptEvenWh
     EXPECT_EQ(CardXml(*orphan), CardXml(linked));
 }
 
-TEST(TemplateRoundTrip, ConditionedKeepsAlternativesInOrderWithItsGeometry)
+TEST(TemplateRoundTrip, ConditionedKeepsAlternativesInOrderWithItsGeometryAndSkipsWhatIsNone)
 {
     ZWCardConditioned card;
     SetCommon(card);
@@ -206,11 +206,8 @@ TEST(TemplateRoundTrip, ConditionedKeepsAlternativesInOrderWithItsGeometry)
     ASSERT_EQ(c.GetNumberOfConditions(), 4);
     EXPECT_STREQ(c.GetControl(3)->GetRuntimeClass(), "ZWCardFormule");
     EXPECT_EQ(std::tuple(c.level, c.layer), std::tuple(0, 1)); // a label is shown
-}
 
-TEST(TemplateRoundTrip, ConditionedReadingSkipsWhatIsNoAlternative)
-{
-    XmlDocument document;
+    // Reading skips what is no alternative.
     ASSERT_TRUE(document.Parse("<conditioned><x>1</x>"
                                "<control><condition>a</condition></control>"
                                "<control><condition>b</condition><conditioned/><image><x>2</x></image>"
@@ -218,11 +215,11 @@ TEST(TemplateRoundTrip, ConditionedReadingSkipsWhatIsNoAlternative)
                                "<other><label/></other>"
                                "<control><label><value>no condition</value></label></control>"
                                "</conditioned>"));
-    ZWCardConditioned card;
-    card.GetFromXml(document.Root());
-    ASSERT_EQ(card.GetNumberOfConditions(), 2);
-    EXPECT_STREQ(card.GetControl(0)->GetRuntimeClass(), "ZWCardLabel"); // "label" is tested before "image"
-    EXPECT_EQ(std::tuple(card.GetCondition(0), card.GetCondition(1), card.level), std::tuple(u"b"_s, QString(), 0));
+    ZWCardConditioned read;
+    read.GetFromXml(document.Root());
+    ASSERT_EQ(read.GetNumberOfConditions(), 2);
+    EXPECT_STREQ(read.GetControl(0)->GetRuntimeClass(), "ZWCardLabel"); // "label" is tested before "image"
+    EXPECT_EQ(std::tuple(read.GetCondition(0), read.GetCondition(1), read.level), std::tuple(u"b"_s, QString(), 0));
 
     ASSERT_TRUE(document.Parse("<conditioned/>"));
     ZWCardConditioned none;
@@ -230,7 +227,7 @@ TEST(TemplateRoundTrip, ConditionedReadingSkipsWhatIsNoAlternative)
     EXPECT_EQ(std::tuple(none.level, none.layer), std::tuple(-1, 1));
 }
 
-TEST(TemplateRoundTrip, PagePropertiesAndBackground)
+TEST(TemplateRoundTrip, PagePropertiesAndBackgroundAndAPageWithoutOneGetsAnEmptyOneCoveringIt)
 {
     ZWTemplatePage page;
     ZWGlobalProperties& p = page.properties;
@@ -274,10 +271,8 @@ TEST(TemplateRoundTrip, PagePropertiesAndBackground)
     properties.GetFromXml(document.Root());
     EXPECT_TRUE(properties.ThereAreBackground());
     EXPECT_EQ(properties.background->valueFile, u"paper.png"_s);
-}
 
-TEST(TemplateRoundTrip, PageWithoutBackgroundGetsAnEmptyOneCoveringThePage)
-{
+    // A page without background gets an empty one covering it.
     const std::pair<const char*, bool> cases[] = {{"<page><width>297.00</width><height>210.00</height></page>", false},
         {"<page><width>210.00</width><height>210.00</height></page>", true},
         {"<page><width>100</width><height>150</height></page>", true}};

@@ -31,7 +31,7 @@ protected:
     zwtest::TempDataDir m_data;
 };
 
-TEST_F(TextStyle, AStyleFileSetsTheLookOnlyByTheElementsPresentAndABadOneChangesNothing)
+TEST_F(TextStyle, AStyleFileSetsTheLookByTheElementsPresentABadOneChangesNothingAndCardsUpdateFromTheirs)
 {
     Write("Heading",
         "<design><id>x</id><name>Heading</name><font>Arial</font><style>1</style>"
@@ -59,23 +59,13 @@ TEST_F(TextStyle, AStyleFileSetsTheLookOnlyByTheElementsPresentAndABadOneChanges
         EXPECT_EQ(label.GetStyleFromFile(QString::fromLatin1(name)), expected != nullptr) << name;
         EXPECT_EQ(look(label), QString::fromLatin1(expected ? expected : "Courier New 0 30 8 111111")) << name;
     }
-}
 
-TEST_F(TextStyle, UpdateStyleFromFileUsesTheCardsStyle)
-{
+    // Cards update from the style they name.
     Write("Value", "<design><font>Times New Roman</font><size>14</size></design>");
     ZWCardFormule formule;
     formule.styleFile = u"Value"_s;
     EXPECT_TRUE(formule.UpdateStyleFromFile());
     EXPECT_EQ(formule.font, u"Times New Roman"_s);
-
-    // No style, or one that has gone: the card keeps its own look.
-    for (const QString& name : {QString(), u"Gone"_s}) {
-        ZWCardLabel label = Plain();
-        label.styleFile = name;
-        EXPECT_FALSE(label.UpdateStyleFromFile());
-        EXPECT_DOUBLE_EQ(label.size, 8.0);
-    }
 
     ZWCardConditioned conditioned;
     auto alternative = std::make_unique<ZWCardLabel>();

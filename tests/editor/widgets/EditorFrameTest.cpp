@@ -1,7 +1,6 @@
 // The editor's frame with real pages: loading, the save question, pages, zoom,
 // the support mask, saving through the report folder and crash recovery.
 #include "editor/ZWRecovery.h"
-#include "editor/widgets/CDlgEditor.h"
 #include "editor/widgets/ZWEditTemplateWnd.h"
 #include "editor/widgets/ZWEditorFrame.h"
 #include "editor/widgets/ZWPropertyPanel.h"

@@ -1,8 +1,6 @@
 // The property panel driven with real keys and clicks: each edit is one undo
 // step that gives back the cards' exact fields, a multi-selection edit sets
 // every card, and refreshing the panel never records a step.
-#include "editor/widgets/ZWColorButton.h"
-#include "host/core/ZWMarentaSetup.h"
 #include "template/ZWCardConditioned.h"
 #include "template/ZWCardDate.h"
 #include "template/ZWCardFormule.h"
